@@ -1,0 +1,42 @@
+# How targets are declared in this project, so that adding a file is one line.
+
+find_package(Threads REQUIRED)
+
+# Compiler settings shared by every target.
+add_library(orvane_compile_options INTERFACE)
+target_compile_options(orvane_compile_options INTERFACE
+  -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Wnon-virtual-dtor -Wimplicit-fallthrough
+  # Results are pinned in tests: a multiply and an add are fused only where the code says so.
+  -ffp-contract=off
+  # No path of the building machine in the binaries.
+  "-ffile-prefix-map=${PROJECT_SOURCE_DIR}/=")
+if(ORVANE_WARNINGS_AS_ERRORS)
+  target_compile_options(orvane_compile_options INTERFACE -Werror)
+endif()
+if(ORVANE_SANITIZE)
+  target_compile_options(orvane_compile_options INTERFACE
+    "-fsanitize=${ORVANE_SANITIZE}" -fno-omit-frame-pointer -fno-sanitize-recover=all)
+  target_link_options(orvane_compile_options INTERFACE "-fsanitize=${ORVANE_SANITIZE}")
+  target_compile_definitions(orvane_compile_options INTERFACE _GLIBCXX_ASSERTIONS)
+endif()
+
+# orvane_sources(<target> HEADERS ... PRIVATE_HEADERS ... SOURCES ...)
+# Adds the calling folder's files to a library. HEADERS are installed and must compile alone.
+function(orvane_sources target)
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "HEADERS;PRIVATE_HEADERS;SOURCES")
+  list(TRANSFORM arg_HEADERS PREPEND "${CMAKE_CURRENT_SOURCE_DIR}/")
+  list(TRANSFORM arg_PRIVATE_HEADERS PREPEND "${CMAKE_CURRENT_SOURCE_DIR}/")
+  list(TRANSFORM arg_SOURCES PREPEND "${CMAKE_CURRENT_SOURCE_DIR}/")
+  target_sources(${target} PRIVATE ${arg_SOURCES} ${arg_PRIVATE_HEADERS}
+    PUBLIC FILE_SET HEADERS BASE_DIRS "${PROJECT_SOURCE_DIR}" FILES ${arg_HEADERS})
+endfunction()
+
+# orvane_test(<name> SOURCES ... [LIBRARIES ...])
+# One GoogleTest binary; each of its tests becomes a ctest entry.
+function(orvane_test name)
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;LIBRARIES")
+  add_executable(${name} ${arg_SOURCES})
+  target_link_libraries(${name} PRIVATE orvane_compile_options orvane_test_support ${arg_LIBRARIES}
+    GTest::gmock GTest::gtest GTest::gtest_main)
+  gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 600)
+endfunction()

@@ -1,0 +1,1 @@
+#include "orvane/platform/audio_file/audio_file.h"

@@ -1,0 +1,80 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "orvane/platform/audio_format.h"
+#include "orvane/platform/export.h"
+#include "orvane/platform/pcm_buffer.h"
+
+namespace orvane {
+
+/// A finding about a curious but usable file.
+struct AudioFileWarning {
+  enum class Code {
+    truncatedAudio,    ///< the header promises more audio than the file holds
+    openDataSize,      ///< the header leaves the size open; everything to the end is taken
+    severalDataChunks, ///< only the first one is used
+    unusualLayout,     ///< chunks in an unusual order or the like
+  };
+  Code code{};
+  std::string text{};  ///< one sentence for the user
+
+  bool operator==(const AudioFileWarning&) const = default;
+};
+
+/// What an audio file really holds, found from its bytes alone.
+struct AudioFileDescription {
+  FourCC fileTypeID = 0;            ///< container code: `WAVE`, `caff`, `m4af` …
+  StreamDescription dataFormat{};   ///< of the chosen audio stream
+  std::optional<ChannelLayout> layout{};
+  /// Bits of the original audio for lossless codecs that carry it (FLAC, ALAC …), else 0.
+  int sourceBitDepth = 0;
+  std::vector<AudioFileWarning> warnings{};
+
+  bool operator==(const AudioFileDescription&) const = default;
+};
+
+struct AudioFileOpenOptions {
+  /// Which audio stream of a file with several, counted from 0; absent for the default one.
+  std::optional<int> streamIndex{};
+  /// Threads that a read may use.
+  std::size_t threadCount = 1;
+};
+
+/// The platform's audio-file service for reading. PCM containers are read by parsers of our own,
+/// everything else by FFmpeg.
+class ORVANE_API AudioFile {
+ public:
+  virtual ~AudioFile();
+
+  /// Opens by the file's bytes, whatever its extension. Throws `PlatformError` for what cannot be
+  /// read or is no audio file.
+  static std::unique_ptr<AudioFile> open(const std::filesystem::path& path,
+                                         const AudioFileOpenOptions& options = {});
+
+  virtual const AudioFileDescription& description() const noexcept = 0;
+
+  /// Exact length in frames, known without decoding. May be 0.
+  virtual std::int64_t frameLength() const noexcept = 0;
+
+  /// Planar float at the file's own rate, channels in stored order.
+  AudioFormat processingFormat() const;
+
+  /// The stored format in the form that writers take.
+  AudioFormatSettings fileFormat() const;
+
+  /// Reads the next frames into `buffer`, from its start, up to its capacity, and sets its frame
+  /// length; 0 at the end. May deliver fewer than asked for before the end. Throws `PlatformError`.
+  virtual void read(PCMBuffer& buffer) = 0;
+};
+
+/// Container and stream format of a file, without preparing to decode it; absent for what cannot be
+/// read or is no audio file.
+ORVANE_API std::optional<AudioFileDescription> describeAudioFile(const std::filesystem::path& path);
+
+}  // namespace orvane

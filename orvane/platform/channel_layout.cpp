@@ -1,0 +1,1 @@
+#include "orvane/platform/channel_layout.h"

@@ -1,0 +1,22 @@
+#include "orvane/platform/error.h"
+
+#include <utility>
+
+namespace orvane {
+
+Error::Error(std::string description) : description_(std::move(description)) {}
+Error::~Error() = default;
+
+PlatformError::PlatformError(const std::filesystem::path& file, const std::string& message,
+                             std::error_code code)
+    : Error(file.filename().string() + ": " + message), message_(message), code_(code) {}
+
+PlatformError::PlatformError(const std::filesystem::path& file, std::error_code code)
+    : PlatformError(file, code.message(), code) {}
+
+PlatformError::~PlatformError() = default;
+
+Cancelled::Cancelled() : Error("The operation was cancelled.") {}
+Cancelled::~Cancelled() = default;
+
+}  // namespace orvane

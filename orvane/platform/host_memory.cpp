@@ -1,0 +1,1 @@
+#include "orvane/platform/host_memory.h"

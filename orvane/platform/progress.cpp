@@ -1,0 +1,7 @@
+#include "orvane/platform/progress.h"
+
+namespace orvane {
+
+ProgressObserver::~ProgressObserver() = default;
+
+}  // namespace orvane

@@ -1,0 +1,1 @@
+#include "orvane/platform/sample_conversion.h"

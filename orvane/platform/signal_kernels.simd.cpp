@@ -1,0 +1,1 @@
+#include "orvane/platform/signal_kernels.h"
