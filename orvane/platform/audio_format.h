@@ -36,6 +36,7 @@ inline constexpr std::uint32_t kFormatFlagIsFloat = 1U << 0;
 inline constexpr std::uint32_t kFormatFlagIsBigEndian = 1U << 1;
 inline constexpr std::uint32_t kFormatFlagIsSignedInteger = 1U << 2;
 inline constexpr std::uint32_t kFormatFlagIsPacked = 1U << 3;
+inline constexpr std::uint32_t kFormatFlagIsAlignedHigh = 1U << 4;  ///< left-justified in its bytes
 inline constexpr std::uint32_t kFormatFlagIsNonInterleaved = 1U << 5;
 
 /// The settings under which a file's format is described to writers. Every entry may be missing.

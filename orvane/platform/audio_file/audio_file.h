@@ -10,16 +10,17 @@
 #include "orvane/platform/audio_format.h"
 #include "orvane/platform/export.h"
 #include "orvane/platform/pcm_buffer.h"
+#include "orvane/platform/progress.h"
 
 namespace orvane {
 
 /// A finding about a curious but usable file.
 struct AudioFileWarning {
   enum class Code {
-    truncatedAudio,    ///< the header promises more audio than the file holds
-    openDataSize,      ///< the header leaves the size open; everything to the end is taken
-    severalDataChunks, ///< only the first one is used
-    unusualLayout,     ///< chunks in an unusual order or the like
+    truncatedAudio,     ///< the header promises more audio than the file holds
+    openDataSize,       ///< the header leaves the size open; everything to the end is taken
+    severalDataChunks,  ///< only the first one is used
+    unusualLayout,      ///< chunks in an unusual order or the like
   };
   Code code{};
   std::string text{};  ///< one sentence for the user
@@ -29,8 +30,8 @@ struct AudioFileWarning {
 
 /// What an audio file really holds, found from its bytes alone.
 struct AudioFileDescription {
-  FourCC fileTypeID = 0;            ///< container code: `WAVE`, `caff`, `m4af` …
-  StreamDescription dataFormat{};   ///< of the chosen audio stream
+  FourCC fileTypeID = 0;           ///< container code: `WAVE`, `caff`, `m4af` …
+  StreamDescription dataFormat{};  ///< of the chosen audio stream
   std::optional<ChannelLayout> layout{};
   /// Bits of the original audio for lossless codecs that carry it (FLAC, ALAC …), else 0.
   int sourceBitDepth = 0;
@@ -44,6 +45,8 @@ struct AudioFileOpenOptions {
   std::optional<int> streamIndex{};
   /// Threads that a read may use.
   std::size_t threadCount = 1;
+  /// Told of the reading ("Reading", share of the frames) and able to cancel it; not owned.
+  ProgressObserver* observer = nullptr;
 };
 
 /// The platform's audio-file service for reading. PCM containers are read by parsers of our own,
