@@ -104,19 +104,24 @@ struct ORVANE_API ChannelLayout {
   /// The layout of a WAVE_FORMAT_EXTENSIBLE mask: channels take the set bits in ascending order,
   /// channels beyond the last set bit are unknown, excess bits are ignored. With both the back pair
   /// (BL, BR) and the side pair (SL, SR) present the back pair is Rls/Rrs and the side pair Ls/Rs;
-  /// a lone pair of either kind is Ls/Rs. Absent when the mask is 0 or names no position.
+  /// a lone pair of either kind is Ls/Rs. Half a pair counts as the pair. Absent when the mask is 0
+  /// or names no position.
   static std::optional<ChannelLayout> fromWaveMask(std::uint32_t mask, std::uint32_t channelCount);
 
   /// The inverse of `fromWaveMask`: the mask whose ascending bits are these labels, in this order.
-  /// Ls/Rs become the side pair beside Rls/Rrs and the back pair alone. Absent when the labels have
-  /// no bits or are not in ascending bit order.
+  /// Ls/Rs become the side pair beside Rls/Rrs and the back pair alone; Lsd/Rsd are the side pair,
+  /// mono is the centre; unknown channels at the end have no bit. Absent when other labels have no
+  /// bits or are not in ascending bit order.
   std::optional<std::uint32_t> waveMask() const;
 
-  /// The layout of a Core Audio channel bitmap (bits 0 … 17 as labels 1 … 18, no pair rule).
+  /// The layout of a Core Audio channel bitmap: bits 0 … 17 are labels 1 … 18, without a pair rule;
+  /// bits 21 and 23 … 26 are the top-middle and top-rear positions. Channels beyond the last bit
+  /// are unknown, excess bits are ignored; absent when no bit names a position.
   static std::optional<ChannelLayout> fromBitmap(std::uint32_t bitmap, std::uint32_t channelCount);
 };
 
-/// Short name as printed in tables: "L", "R", "C", "LFE", "Ls", "Rls", "D3" …; empty when unknown.
+/// Short name as printed in tables: "L", "R", "C", "LFE", "Ls", "Rls" …; discrete channels count
+/// from "D1" (`discrete0`). Empty when unknown.
 ORVANE_API std::string shortName(ChannelLabel label);
 
 }  // namespace orvane

@@ -3,6 +3,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -17,12 +18,12 @@ struct ORVANE_API RawPCMFormat {
   enum class Encoding { uint8, int16, int24Packed, int24In32, int32, float32, float64 };
   enum class Endianness { little, big };
 
-  double sampleRate = 0;                      ///< frames per second, Hz
+  double sampleRate = 0;  ///< frames per second, Hz
   std::int64_t channelCount = 0;
   Encoding encoding = Encoding::int16;
   Endianness endianness = Endianness::little;
-  bool isPlanar = false;                      ///< each channel's whole run stored one after another
-  std::int64_t headerSkipBytes = 0;           ///< bytes at the start that are not audio
+  bool isPlanar = false;             ///< each channel's whole run stored one after another
+  std::int64_t headerSkipBytes = 0;  ///< bytes at the start that are not audio
   /// Bytes beyond the last whole frame that are accepted and ignored; interleaved files only.
   std::int64_t trailingBytesTolerance = 0;
 
@@ -49,9 +50,9 @@ struct ORVANE_API RawPCMFormat {
 };
 
 inline constexpr std::array kAllRawPCMEncodings = {
-    RawPCMFormat::Encoding::uint8,     RawPCMFormat::Encoding::int16,
+    RawPCMFormat::Encoding::uint8,       RawPCMFormat::Encoding::int16,
     RawPCMFormat::Encoding::int24Packed, RawPCMFormat::Encoding::int24In32,
-    RawPCMFormat::Encoding::int32,     RawPCMFormat::Encoding::float32,
+    RawPCMFormat::Encoding::int32,       RawPCMFormat::Encoding::float32,
     RawPCMFormat::Encoding::float64};
 inline constexpr std::array kAllRawPCMEndiannesses = {RawPCMFormat::Endianness::little,
                                                       RawPCMFormat::Endianness::big};
