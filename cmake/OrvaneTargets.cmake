@@ -31,6 +31,18 @@ function(orvane_sources target)
     PUBLIC FILE_SET HEADERS BASE_DIRS "${PROJECT_SOURCE_DIR}" FILES ${arg_HEADERS})
 endfunction()
 
+# orvane_export_only_own_symbols(<target>)
+# Nothing but namespace orvane leaves the library: neither a static library linked into it nor an
+# instantiated template of the standard library. What it uses must be linked to it.
+function(orvane_export_only_own_symbols target)
+  if(ORVANE_SANITIZE)
+    return()  # the sanitizers' run-time symbols are found through the executable
+  endif()
+  set(map "${PROJECT_SOURCE_DIR}/cmake/exported_symbols.map")
+  target_link_options(${target} PRIVATE "LINKER:--version-script=${map}" LINKER:--no-undefined)
+  set_property(TARGET ${target} APPEND PROPERTY LINK_DEPENDS "${map}")
+endfunction()
+
 # orvane_test(<name> SOURCES ... [LIBRARIES ...])
 # One GoogleTest binary; each of its tests becomes a ctest entry.
 function(orvane_test name)

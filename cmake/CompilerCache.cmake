@@ -1,0 +1,12 @@
+# Uses ccache where it is installed and nothing else was chosen.
+if(PROJECT_IS_TOP_LEVEL)
+  find_program(ORVANE_CCACHE ccache)
+  mark_as_advanced(ORVANE_CCACHE)
+  if(ORVANE_CCACHE)
+    foreach(language C CXX)
+      if(NOT DEFINED CMAKE_${language}_COMPILER_LAUNCHER)
+        set(CMAKE_${language}_COMPILER_LAUNCHER "${ORVANE_CCACHE}")
+      endif()
+    endforeach()
+  endif()
+endif()

@@ -1,0 +1,36 @@
+# What an installation holds: the libraries, their headers, the program, and the files by which
+# CMake and pkg-config find them.
+
+include(CMakePackageConfigHelpers)
+
+install(TARGETS OrvaneCore OrvaneHeadless
+  EXPORT OrvaneTargets
+  LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}"
+  FILE_SET HEADERS DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}")
+
+# The installed program finds its libraries wherever the prefix is moved to.
+file(RELATIVE_PATH ORVANE_BIN_TO_LIB
+  "${CMAKE_INSTALL_FULL_BINDIR}" "${CMAKE_INSTALL_FULL_LIBDIR}")
+set_target_properties(orvane PROPERTIES INSTALL_RPATH "$ORIGIN/${ORVANE_BIN_TO_LIB}")
+install(TARGETS orvane RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
+
+set(ORVANE_CMAKE_DIR "${CMAKE_INSTALL_LIBDIR}/cmake/Orvane")
+install(EXPORT OrvaneTargets NAMESPACE Orvane:: DESTINATION "${ORVANE_CMAKE_DIR}")
+configure_package_config_file(cmake/OrvaneConfig.cmake.in
+  "${PROJECT_BINARY_DIR}/OrvaneConfig.cmake" INSTALL_DESTINATION "${ORVANE_CMAKE_DIR}")
+# Before 1.0 every minor version may break what was built against the one before.
+write_basic_package_version_file("${PROJECT_BINARY_DIR}/OrvaneConfigVersion.cmake"
+  COMPATIBILITY SameMinorVersion)
+install(FILES
+  "${PROJECT_BINARY_DIR}/OrvaneConfig.cmake" "${PROJECT_BINARY_DIR}/OrvaneConfigVersion.cmake"
+  DESTINATION "${ORVANE_CMAKE_DIR}")
+
+# pkg-config: the prefix is told from where the file lies, so that a moved installation still works.
+file(RELATIVE_PATH ORVANE_PKGCONFIG_TO_PREFIX
+  "${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig" "${CMAKE_INSTALL_PREFIX}")
+string(REGEX REPLACE "/$" "" ORVANE_PKGCONFIG_TO_PREFIX "${ORVANE_PKGCONFIG_TO_PREFIX}")
+foreach(library IN ITEMS core headless)
+  configure_file("cmake/orvane-${library}.pc.in" "${PROJECT_BINARY_DIR}/orvane-${library}.pc" @ONLY)
+  install(FILES "${PROJECT_BINARY_DIR}/orvane-${library}.pc"
+    DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
+endforeach()

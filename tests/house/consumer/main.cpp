@@ -1,0 +1,10 @@
+#include <iostream>
+
+#include "orvane/platform/channel_layout.h"
+#include "orvane/platform/input_file.h"
+
+// Uses a symbol of each library: channel names of OrvaneCore, files of OrvaneHeadless.
+int main(int, char** arguments) {
+  std::cout << orvane::shortName(orvane::ChannelLabel::left) << ' '
+            << orvane::InputFile(arguments[0]).size() << '\n';
+}
