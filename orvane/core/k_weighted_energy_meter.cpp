@@ -65,8 +65,7 @@ void KWeightedEnergyMeter::processInOrder(std::span<const float* const> channelD
     const std::size_t first = group * kKWeightingLanes;
     const std::size_t count = std::min(kKWeightingLanes, channels_.size() - first);
     std::array<const float*, kKWeightingLanes> lanes{};
-    for (std::size_t i = 0; i < count; ++i)
-      lanes[i] = channelData[channels_[first + i]] + offset;
+    for (std::size_t i = 0; i < count; ++i) lanes[i] = channelData[channels_[first + i]] + offset;
     kWeightedSums(coefficients_, lanes.data(), count, frames, states_[group],
                   tickSums_.data() + first);
   }
@@ -107,14 +106,15 @@ void KWeightedEnergyMeter::filterStretches(std::span<const float* const> channel
   const std::size_t channelCount = channels_.size();
   const std::size_t laneCount = stretchCount * channelCount;
   const std::size_t stretchFrames = stretchSteps * stepFrames_;
-  // Lane = stretch × channels + channel. The first stretch has the true state and sits the warm-up out.
+  // Lane = stretch × channels + channel. The first stretch has the true state and sits the warm-up
+  // out.
   KWeightingState state;
   std::array<const float*, kKWeightingLanes> starts{};
   std::array<const float*, kKWeightingLanes> lanes{};
   std::array<double, kKWeightingLanes> sums{};
   for (std::size_t lane = 0; lane < laneCount; ++lane) {
-    starts[lane] = channelData[channels_[lane % channelCount]] + offset +
-                   lane / channelCount * stretchFrames;
+    starts[lane] =
+        channelData[channels_[lane % channelCount]] + offset + lane / channelCount * stretchFrames;
     if (lane >= channelCount) lanes[lane] = starts[lane] - warmUpFrames_;
   }
   kWeightedSums(coefficients_, lanes.data(), laneCount, warmUpFrames_, state, sums.data());

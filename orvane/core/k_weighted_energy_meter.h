@@ -7,6 +7,7 @@
 #include "orvane/core/k_weighting.h"
 #include "orvane/core/k_weighting_kernel.h"
 #include "orvane/core/loudness_timeline.h"
+#include "orvane/platform/export.h"
 
 namespace orvane::core {
 
@@ -15,7 +16,7 @@ namespace orvane::core {
 /// Long pieces are cut into stretches that are filtered side by side, one per vector lane. Each
 /// stretch but the first starts from silence a quarter of a second early; by then what the filter
 /// would remember from before has decayed by more than 400 dB.
-class KWeightedEnergyMeter {
+class ORVANE_TESTING_API KWeightedEnergyMeter {
  public:
   KWeightedEnergyMeter(double sampleRate, std::vector<float> weights);
 
@@ -38,8 +39,8 @@ class KWeightedEnergyMeter {
   KWeighting coefficients_;
   std::size_t stepFrames_;
   std::size_t warmUpFrames_;
-  std::vector<std::size_t> channels_{};  ///< those with a weight
-  std::vector<double> weights_{};        ///< of `channels_`
+  std::vector<std::size_t> channels_{};    ///< those with a weight
+  std::vector<double> weights_{};          ///< of `channels_`
   std::vector<KWeightingState> states_{};  ///< of `channels_`, sixteen in each
   std::vector<double> tickSums_{};         ///< of `channels_`, since the tick began
   std::size_t tick_ = 0;                   ///< of the current step

@@ -50,6 +50,8 @@ double loudnessOfPower(double power) noexcept {
   return kOffsetDB + 10.0 * std::log10(power);
 }
 
-double powerOfLoudness(double lufs) noexcept { return std::pow(10.0, (lufs - kOffsetDB) / 10.0); }
+double powerOfLoudness(double lufs) noexcept {
+  return std::pow(10.0, (lufs - kOffsetDB) / 10.0);
+}
 
 }  // namespace orvane::core

@@ -14,8 +14,8 @@ struct KWeighting {
   bool operator==(const KWeighting&) const = default;
 };
 
-/// The coefficients for a sample rate in hertz. The standard lists them for 48 kHz only and asks for
-/// the same response elsewhere; they are re-derived by the bilinear transform of the analogue
+/// The coefficients for a sample rate in hertz. The standard lists them for 48 kHz only and asks
+/// for the same response elsewhere; they are re-derived by the bilinear transform of the analogue
 /// prototype that is in common use for this purpose, which gives the standard's own figures at
 /// 48 kHz to 1e-14. `sampleRate` must be at least 8000.
 ORVANE_API KWeighting designKWeighting(double sampleRate);

@@ -3,6 +3,7 @@
 #include <cstddef>
 
 #include "orvane/core/k_weighting.h"
+#include "orvane/platform/export.h"
 
 namespace orvane::core {
 
@@ -18,7 +19,8 @@ struct KWeightingState {
 /// output to `sums[i]`. `lanes[i]` is the first sample; null stands for silence. Non-finite samples
 /// count as 0. Double precision throughout; the filtered signal of a lane depends neither on its
 /// neighbours nor on how it is cut into calls (the order of summation does).
-void kWeightedSums(const KWeighting& coefficients, const float* const* lanes, std::size_t laneCount,
-                   std::size_t frames, KWeightingState& state, double* sums) noexcept;
+ORVANE_TESTING_API void kWeightedSums(const KWeighting& coefficients, const float* const* lanes,
+                                      std::size_t laneCount, std::size_t frames,
+                                      KWeightingState& state, double* sums) noexcept;
 
 }  // namespace orvane::core

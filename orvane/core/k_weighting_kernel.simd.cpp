@@ -18,16 +18,16 @@ constexpr size_t kTileFrames = 64;
 using Tile = float[kTileFrames][kKWeightingLanes];
 
 /// tile[frame][lane … lane + 3] from four signals.
-void TransposeFour(const float* const* lanes, size_t offset, size_t frames, size_t firstLane,
-                   Tile& tile) {
+void TransposeFour(const float* const* lanes, size_t frames, size_t firstLane, Tile& tile) {
+  size_t frame = 0;
+#if HWY_TARGET != HWY_SCALAR
   const hn::FixedTag<float, 4> d;
   const auto d64 = hn::RepartitionToWide<decltype(d)>();
-  size_t frame = 0;
   for (; frame + 4 <= frames; frame += 4) {
-    const auto a = hn::LoadU(d, lanes[0] + offset + frame);
-    const auto b = hn::LoadU(d, lanes[1] + offset + frame);
-    const auto c = hn::LoadU(d, lanes[2] + offset + frame);
-    const auto e = hn::LoadU(d, lanes[3] + offset + frame);
+    const auto a = hn::LoadU(d, lanes[0] + frame);
+    const auto b = hn::LoadU(d, lanes[1] + frame);
+    const auto c = hn::LoadU(d, lanes[2] + frame);
+    const auto e = hn::LoadU(d, lanes[3] + frame);
     const auto abLow = hn::BitCast(d64, hn::InterleaveLower(d, a, b));
     const auto ceLow = hn::BitCast(d64, hn::InterleaveLower(d, c, e));
     const auto abHigh = hn::BitCast(d64, hn::InterleaveUpper(d, a, b));
@@ -40,8 +40,9 @@ void TransposeFour(const float* const* lanes, size_t offset, size_t frames, size
     hn::Store(hn::BitCast(d, hn::InterleaveUpper(d64, abHigh, ceHigh)), d,
               &tile[frame + 3][firstLane]);
   }
+#endif
   for (; frame < frames; ++frame)
-    for (size_t lane = 0; lane < 4; ++lane) tile[frame][firstLane + lane] = lanes[lane][offset + frame];
+    for (size_t lane = 0; lane < 4; ++lane) tile[frame][firstLane + lane] = lanes[lane][frame];
 }
 
 /// One vector of lanes on its way through both stages (transposed direct form II).
@@ -99,8 +100,8 @@ void FilterTile(const KWeighting& k, const Tile& tile, size_t frames, size_t fir
   second.Store(d, state, firstLane + lanes, sums);
 }
 
-/// Whether every lane's sum is a number: one non-finite sample makes its lane's sum NaN or infinite,
-/// and nothing else does.
+/// Whether every lane's sum is a number: one non-finite sample makes its lane's sum NaN or
+/// infinite, and nothing else does.
 bool AllFinite(const double* sums, size_t laneCount) {
   double probe = 0;
   for (size_t lane = 0; lane < laneCount; ++lane) probe += sums[lane] * 0.0;
@@ -126,9 +127,9 @@ void KWeightedSums(const KWeighting& coefficients, const float* const* lanes, si
     for (size_t lane = 0; lane < laneCount; lane += 4) {
       const float* four[4];
       for (size_t i = 0; i < 4; ++i)
-        four[i] = lane + i < laneCount && lanes[lane + i] != nullptr ? lanes[lane + i] + done
-                                                                     : kSilence;
-      TransposeFour(four, 0, count, lane, tile);
+        four[i] =
+            lane + i < laneCount && lanes[lane + i] != nullptr ? lanes[lane + i] + done : kSilence;
+      TransposeFour(four, count, lane, tile);
     }
     // Lanes beyond those in use but within a pass of the filter must hold numbers.
     const size_t transposed = (laneCount + 3) / 4 * 4;

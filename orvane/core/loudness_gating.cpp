@@ -10,7 +10,9 @@ namespace orvane::core {
 namespace {
 
 /// A power ratio of as many LU.
-double ratioOfLU(double lu) { return std::pow(10.0, lu / 10.0); }
+double ratioOfLU(double lu) {
+  return std::pow(10.0, lu / 10.0);
+}
 
 struct Gated {
   double power = 0;

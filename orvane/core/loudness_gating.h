@@ -28,8 +28,8 @@ ORVANE_API std::vector<double> runningGatedPowers(std::span<const double> blockP
 }  // namespace LoudnessGating
 
 /// Loudness range (EBU Tech 3342 v4) from the powers of 3 s windows at 10 per second, in LU: the
-/// distance from the 10th to the 95th percentile of those at or above −70 LUFS and at or above their
-/// mean less 20 LU; 0 when there are none.
+/// distance from the 10th to the 95th percentile of those at or above −70 LUFS and at or above
+/// their mean less 20 LU; 0 when there are none.
 ORVANE_API double loudnessRangeOfPowers(std::span<const double> shortTermPowers);
 
 }  // namespace orvane::core

@@ -46,8 +46,7 @@ LoudnessProcessor::~LoudnessProcessor() = default;
 LoudnessProcessor::LoudnessProcessor(LoudnessProcessor&&) noexcept = default;
 LoudnessProcessor& LoudnessProcessor::operator=(LoudnessProcessor&&) noexcept = default;
 
-void LoudnessProcessor::process(std::span<const float* const> channelData,
-                                std::size_t frameCount) {
+void LoudnessProcessor::process(std::span<const float* const> channelData, std::size_t frameCount) {
   precondition(channelData.size() == state_->channelCount, "one pointer per channel is needed");
   precondition(!state_->isFlushed, "a flushed loudness meter takes no more audio");
   if (state_->energies) state_->energies->process(channelData, frameCount);

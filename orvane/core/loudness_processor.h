@@ -20,21 +20,22 @@ struct LoudnessHistoryEntry {
   bool operator==(const LoudnessHistoryEntry&) const = default;
 };
 
-/// The loudness meter: ITU-R BS.1770-5 programme loudness and true peak, EBU Tech 3341 momentary and
-/// short-term loudness, EBU Tech 3342 loudness range, and loudness of the speech in a programme.
+/// The loudness meter: ITU-R BS.1770-5 programme loudness and true peak, EBU Tech 3341 momentary
+/// and short-term loudness, EBU Tech 3342 loudness range, and loudness of the speech in a
+/// programme.
 ///
 /// Offer the audio in order, in pieces of any size, to `process` and (in any order relative to it)
 /// to `updateTruePeak`; then call `flushPartialBlock()` once; then read the figures. The figures do
 /// not depend on how the audio was cut: to 1e-9 LU for loudness, exactly for peaks. `process` and
 /// `updateTruePeak` touch separate state and may run on two threads at once.
 ///
-/// Non-finite samples count as 0. At rates outside 8 … 768 kHz there is no loudness: minus infinity,
-/// a range of 0, no history, and the true peak is the sample peak.
+/// Non-finite samples count as 0. At rates outside 8 … 768 kHz there is no loudness: minus
+/// infinity, a range of 0, no history, and the true peak is the sample peak.
 class ORVANE_API LoudnessProcessor {
  public:
-  /// `precomputedSpeechHistory`: one flag per 100 ms; flag k belongs to the gating block that starts
-  /// at k × 0.1 s. `weights`: one per channel, 0 leaves a channel out; without them the customary
-  /// ones for that number of channels (`ChannelOrder::defaultWeights`).
+  /// `precomputedSpeechHistory`: one flag per 100 ms; flag k belongs to the gating block that
+  /// starts at k × 0.1 s. `weights`: one per channel, 0 leaves a channel out; without them the
+  /// customary ones for that number of channels (`ChannelOrder::defaultWeights`).
   LoudnessProcessor(double sampleRate, std::uint32_t channelCount,
                     std::optional<std::vector<bool>> precomputedSpeechHistory = std::nullopt,
                     std::optional<std::vector<float>> weights = std::nullopt);

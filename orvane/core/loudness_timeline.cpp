@@ -11,7 +11,8 @@ void LoudnessTimeline::appendTick(double energy) {
   ++wholeSteps_;
   if (wholeSteps_ >= kStepsPerBlock) {
     double sum = 0;
-    for (std::size_t i = wholeSteps_ - kStepsPerBlock; i < wholeSteps_; ++i) sum += stepEnergies_[i];
+    for (std::size_t i = wholeSteps_ - kStepsPerBlock; i < wholeSteps_; ++i)
+      sum += stepEnergies_[i];
     blockPowers_.push_back(sum / static_cast<double>(kStepsPerBlock * stepFrames_));
   }
 }

@@ -4,13 +4,15 @@
 #include <cstddef>
 #include <vector>
 
+#include "orvane/platform/export.h"
+
 namespace orvane::core {
 
 /// Ten-millisecond energies come in, loudness windows come out.
 ///
 /// Vocabulary: a *step* is 100 ms, rounded to whole frames; a *tick* is a tenth of a step; *energy*
 /// is the channel-weighted sum of squares of K-weighted samples; *power* is energy per frame.
-class LoudnessTimeline {
+class ORVANE_TESTING_API LoudnessTimeline {
  public:
   static constexpr std::size_t kTicksPerStep = 10;
   /// Gating blocks and momentary windows: 400 ms (BS.1770-5, Annex 1; EBU Tech 3341, 2.2).
@@ -23,8 +25,8 @@ class LoudnessTimeline {
   /// The next whole tick.
   void appendTick(double energy);
 
-  /// The audio ends inside a step, `framesInStep` frames after its start; `partialTickEnergy` is what
-  /// came since the last whole tick. What is missing of the step counts as silence.
+  /// The audio ends inside a step, `framesInStep` frames after its start; `partialTickEnergy` is
+  /// what came since the last whole tick. What is missing of the step counts as silence.
   void finish(double partialTickEnergy, std::size_t framesInStep);
 
   /// Steps begun: whole ones and the partial one at the end.

@@ -7,7 +7,8 @@
 /// Interpolation at four times the sample rate, for true-peak measurement (BS.1770-5, Annex 2).
 ///
 /// The filter looks at a sample and the thirteen before it. For stationary sines up to 20 kHz at a
-/// rate of 48 kHz the highest reading lies within +0.1 / −0.6 dB of the true peak at the worst phase.
+/// rate of 48 kHz the highest reading lies within +0.1 / −0.6 dB of the true peak at the worst
+/// phase.
 namespace orvane::core::PolyphaseUpsampler4x {
 
 /// Samples before the current one that the filter looks at.
@@ -24,8 +25,8 @@ ORVANE_API void detectPerSamplePeaks(const float* work, std::size_t frameCount,
                                      float* peaks) noexcept;
 
 /// The largest magnitude among `floor`, all samples and all interpolated values of a run of
-/// `frameCount` samples that is preceded by `kHistory` readable samples. Stretches that cannot raise
-/// the result are passed over. Non-finite samples count as 0.
+/// `frameCount` samples that is preceded by `kHistory` readable samples. Stretches that cannot
+/// raise the result are passed over. Non-finite samples count as 0.
 ORVANE_API float largestPeak(Factor factor, const float* samples, std::size_t frameCount,
                              float floor) noexcept;
 

@@ -6,11 +6,12 @@
 #include <vector>
 
 #include "orvane/core/polyphase_upsampler.h"
+#include "orvane/platform/export.h"
 
 namespace orvane::core {
 
 /// Largest interpolated magnitude of each channel, as linear amplitude.
-class TruePeakMeter {
+class ORVANE_TESTING_API TruePeakMeter {
  public:
   TruePeakMeter(double sampleRate, std::size_t channelCount);
 

@@ -11,14 +11,20 @@ namespace orvane {
 class ScopedDenormalFlush {
  public:
 #if defined(__SSE2__)
-  ScopedDenormalFlush() noexcept : saved_(_mm_getcsr()) { _mm_setcsr(saved_ | 0x8040U); }
-  ~ScopedDenormalFlush() { _mm_setcsr(saved_); }
+  ScopedDenormalFlush() noexcept : saved_(_mm_getcsr()) {
+    _mm_setcsr(saved_ | 0x8040U);
+  }
+  ~ScopedDenormalFlush() {
+    _mm_setcsr(saved_);
+  }
 #elif defined(__aarch64__)
   ScopedDenormalFlush() noexcept {
     asm volatile("mrs %0, fpcr" : "=r"(saved_));
     asm volatile("msr fpcr, %0" ::"r"(saved_ | (1UL << 24)));
   }
-  ~ScopedDenormalFlush() { asm volatile("msr fpcr, %0" ::"r"(saved_)); }
+  ~ScopedDenormalFlush() {
+    asm volatile("msr fpcr, %0" ::"r"(saved_));
+  }
 #else
   ScopedDenormalFlush() noexcept = default;
   ~ScopedDenormalFlush() {}
