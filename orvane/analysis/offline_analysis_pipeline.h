@@ -20,10 +20,10 @@ namespace orvane::OfflineAnalysisPipeline {
 
 /// What to measure. All four are the caller's choice; there are no defaults.
 struct Options {
-  bool enableSileroVAD;                      ///< detect speech and gate loudness on it
-  bool computeStereoWidth;                   ///< compute the stereo-correlation curve
+  bool enableSileroVAD;     ///< detect speech and gate loudness on it
+  bool computeStereoWidth;  ///< compute the stereo-correlation curve
   SileroVADTuning vadTuning;
-  std::optional<RawPCMFormat> rawFormat;     ///< present: the file is headerless PCM
+  std::optional<RawPCMFormat> rawFormat;  ///< present: the file is headerless PCM
 
   bool operator==(const Options&) const = default;
 };
@@ -33,22 +33,22 @@ struct Result {
   std::filesystem::path url{};
   /// The whole decoded audio, channels in canonical order; shared with whoever keeps the result.
   std::shared_ptr<PCMBuffer> buffer{};
-  double sampleRate = 0;             ///< Hz
+  double sampleRate = 0;  ///< Hz
   std::int64_t channelCount = 0;
-  double durationSeconds = 0;        ///< frames ÷ sample rate
-  std::string fileFormat{};          ///< "WAV", "MP3, named .wav", "RAW s16le" …
-  std::int64_t fileSize = 0;         ///< bytes; 0 when it cannot be read
-  std::int64_t bitDepth = 0;         ///< stored bits per sample; 0 for compressed codecs
+  double durationSeconds = 0;  ///< frames ÷ sample rate
+  std::string fileFormat{};    ///< "WAV", "MP3, named .wav", "RAW s16le" …
+  std::int64_t fileSize = 0;   ///< bytes; 0 when it cannot be read
+  std::int64_t bitDepth = 0;   ///< stored bits per sample; 0 for compressed codecs
   std::optional<RawPCMFormat> rawFormat{};
-  float integratedLUFS = 0;          ///< ITU-R BS.1770-5 gated programme loudness
-  float loudnessRange = 0;           ///< LU, EBU Tech 3342
-  float truePeakDB = 0;              ///< dBTP
-  float samplePeakDB = 0;            ///< dBFS
-  float maxMomentaryLUFS = 0;        ///< highest finite momentary value of the curve
-  float maxShortTermLUFS = 0;        ///< highest finite short-term value of the curve
-  std::int64_t dynamicRange = 0;     ///< DR score
+  float integratedLUFS = 0;       ///< ITU-R BS.1770-5 gated programme loudness
+  float loudnessRange = 0;        ///< LU, EBU Tech 3342
+  float truePeakDB = 0;           ///< dBTP
+  float samplePeakDB = 0;         ///< dBFS
+  float maxMomentaryLUFS = 0;     ///< highest finite momentary value of the curve
+  float maxShortTermLUFS = 0;     ///< highest finite short-term value of the curve
+  std::int64_t dynamicRange = 0;  ///< DR score
   float speechGatedLUFS = 0;
-  float speechPercentage = 0;        ///< 0 … 100
+  float speechPercentage = 0;                        ///< 0 … 100
   std::optional<std::vector<bool>> speechHistory{};  ///< one flag per 100 ms
   std::vector<LoudnessCurvePoint> loudnessCurve{};
   std::vector<StereoWidthCurvePoint> stereoWidthCurve{};
@@ -88,9 +88,9 @@ inline constexpr std::size_t kMaximumClippingRuns = 1000;
 
 /// How the work is done, beside what is measured.
 struct Execution {
-  std::size_t threadCount = 1;             ///< threads of this call, the caller's included
-  ProgressObserver* observer = nullptr;    ///< may cancel; not owned
-  std::optional<int> streamIndex{};        ///< which audio stream; absent for the default one
+  std::size_t threadCount = 1;           ///< threads of this call, the caller's included
+  ProgressObserver* observer = nullptr;  ///< may cancel; not owned
+  std::optional<int> streamIndex{};      ///< which audio stream; absent for the default one
 };
 
 /// Measures the file at `url`. Throws what `AudioSourceReader::load` throws, and

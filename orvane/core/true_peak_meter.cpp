@@ -1,0 +1,55 @@
+#include "orvane/core/true_peak_meter.h"
+
+#include <algorithm>
+
+#include "orvane/platform/denormals.h"
+
+namespace orvane::core {
+namespace {
+
+using PolyphaseUpsampler4x::Factor;
+using PolyphaseUpsampler4x::kHistory;
+
+/// Interpolate until the rate reaches 192 kHz, as BS.1770-5, Annex 2 asks for dBTP. Outside the
+/// rates that are metered at all, the true peak is the sample peak.
+Factor factorFor(double sampleRate) {
+  if (!(sampleRate >= 8000) || sampleRate >= 192000) return Factor::none;
+  return sampleRate < 96000 ? Factor::four : Factor::two;
+}
+
+}  // namespace
+
+TruePeakMeter::TruePeakMeter(double sampleRate, std::size_t channelCount)
+    : factor_(factorFor(sampleRate)), histories_(channelCount, History{}), peaks_(channelCount) {}
+
+void TruePeakMeter::process(std::span<const float* const> channelData, std::size_t frameCount) {
+  const ScopedDenormalFlush flush;
+  for (std::size_t channel = 0; channel < peaks_.size(); ++channel)
+    processChannel(channel, channelData[channel], frameCount);
+}
+
+void TruePeakMeter::processChannel(std::size_t channel, const float* samples,
+                                   std::size_t frameCount) {
+  History& history = histories_[channel];
+  float& peak = peaks_[channel];
+  // The first windows reach back into the piece before.
+  std::array<float, 2 * kHistory> seam;
+  const std::size_t seamFrames = std::min(frameCount, kHistory);
+  std::copy(history.begin(), history.end(), seam.begin());
+  std::copy_n(samples, seamFrames, seam.begin() + kHistory);
+  peak = PolyphaseUpsampler4x::largestPeak(factor_, seam.data() + kHistory, seamFrames, peak);
+  peak = PolyphaseUpsampler4x::largestPeak(factor_, samples + seamFrames, frameCount - seamFrames,
+                                           peak);
+  if (frameCount >= kHistory)
+    std::copy_n(samples + (frameCount - kHistory), kHistory, history.begin());
+  else
+    std::copy_n(seam.begin() + static_cast<std::ptrdiff_t>(seamFrames), kHistory, history.begin());
+}
+
+void TruePeakMeter::flush() {
+  constexpr History kSilence{};
+  const std::vector<const float*> channels(peaks_.size(), kSilence.data());
+  process(channels, kHistory);
+}
+
+}  // namespace orvane::core
