@@ -1,0 +1,45 @@
+#pragma once
+
+#include <cstdint>
+#include <exception>
+#include <filesystem>
+#include <memory>
+
+extern "C" {
+#include <libavformat/avio.h>
+}
+
+#include "orvane/platform/input_file.h"
+
+namespace orvane {
+
+/// A regular file as FFmpeg reads it. FFmpeg never sees the file's name, so no part of a name is
+/// ever taken for a protocol, and it cannot open anything else through this.
+class ByteSource {
+ public:
+  /// Throws `PlatformError`.
+  explicit ByteSource(const std::filesystem::path& path);
+  ByteSource(const ByteSource&) = delete;
+  ByteSource& operator=(const ByteSource&) = delete;
+
+  AVIOContext* context() const noexcept { return context_.get(); }
+  const InputFile& file() const noexcept { return file_; }
+  /// Throws the failure of an earlier read, of which FFmpeg has only seen a code.
+  void rethrowFailure() const;
+
+ private:
+  struct FreeContext {
+    void operator()(AVIOContext* context) const noexcept;
+  };
+
+  static int read(void* opaque, std::uint8_t* destination, int size) noexcept;
+  static std::int64_t seek(void* opaque, std::int64_t offset, int whence) noexcept;
+
+  InputFile file_;
+  std::uint64_t position_ = 0;
+  std::uint64_t bytesRead_ = 0;
+  std::exception_ptr failure_{};
+  std::unique_ptr<AVIOContext, FreeContext> context_;
+};
+
+}  // namespace orvane

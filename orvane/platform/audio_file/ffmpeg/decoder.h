@@ -1,0 +1,62 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+
+extern "C" {
+#include <libavcodec/avcodec.h>
+#include <libavutil/frame.h>
+}
+
+#include "orvane/platform/audio_file/ffmpeg/demuxer.h"
+
+namespace orvane {
+
+struct FreeCodecContext {
+  void operator()(AVCodecContext* context) const noexcept { avcodec_free_context(&context); }
+};
+using CodecContextPointer = std::unique_ptr<AVCodecContext, FreeCodecContext>;
+
+struct FreeFrame {
+  void operator()(AVFrame* frame) const noexcept { av_frame_free(&frame); }
+};
+using FramePointer = std::unique_ptr<AVFrame, FreeFrame>;
+FramePointer makeFrame();
+
+/// A decoder ready for the demuxer's stream. Throws `PlatformError` when there is none.
+CodecContextPointer openCodec(const Demuxer& demuxer, std::size_t threadCount, int flags2 = 0);
+
+/// Decodes the demuxer's stream from its start to its end, with priming and padding trimmed as the
+/// container says. Packets that cannot be decoded are left out.
+class Decoder {
+ public:
+  /// `demuxer` must live as long and be read by nobody else. Throws `PlatformError`.
+  Decoder(Demuxer& demuxer, std::size_t threadCount);
+
+  /// The next frame that holds audio, valid until the next call; null at the end. Throws
+  /// `PlatformError` when it has another rate or channel count than the first.
+  const AVFrame* next();
+
+  const AVCodecContext& codec() const noexcept { return *codec_; }
+  /// Whether packets were left out because they could not be decoded.
+  bool hasMetDamage() const noexcept { return hasMetDamage_; }
+  /// Whether the stream has any packet at all, as far as it was read.
+  bool hasMetPackets() const noexcept { return hasMetPackets_; }
+
+ private:
+  bool receive();
+  void send();
+  void checkFormat();
+
+  Demuxer& demuxer_;
+  CodecContextPointer codec_;
+  PacketPointer packet_;
+  FramePointer frame_;
+  int sampleRate_ = 0;
+  int channelCount_ = 0;
+  bool isDraining_ = false;
+  bool hasMetDamage_ = false;
+  bool hasMetPackets_ = false;
+};
+
+}  // namespace orvane

@@ -1,0 +1,99 @@
+#include "orvane/platform/audio_file/ffmpeg/ffmpeg_audio_file.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <utility>
+#include <vector>
+
+#include "orvane/platform/audio_file/ffmpeg/decoder.h"
+#include "orvane/platform/audio_file/ffmpeg/demuxer.h"
+#include "orvane/platform/audio_file/ffmpeg/frame_conversion.h"
+#include "orvane/platform/audio_file/ffmpeg/frame_count.h"
+#include "orvane/platform/audio_file/ffmpeg/stream_format.h"
+#include "orvane/platform/error.h"
+#include "orvane/platform/precondition.h"
+
+namespace orvane {
+namespace {
+
+class FFmpegAudioFile final : public AudioFile {
+ public:
+  FFmpegAudioFile(const std::filesystem::path& path, const AudioFileOpenOptions& options,
+                  FourCC containerHint)
+      : demuxer_(path, options.streamIndex, containerHint),
+        decoder_(demuxer_, options.threadCount),
+        frame_(decoder_.next()),
+        description_(describeStream(demuxer_, containerHint, &decoder_.codec(), frame_)) {
+    if (frame_ == nullptr) {
+      if (decoder_.hasMetPackets()) throw PlatformError(path, "Nothing in it can be decoded");
+      return;
+    }
+    const StreamLength length = countFrames(path, options.streamIndex, containerHint);
+    frameLength_ = length.frames;
+    if (length.isTruncated) warnOfTruncation();
+  }
+
+  const AudioFileDescription& description() const noexcept override { return description_; }
+  std::int64_t frameLength() const noexcept override { return frameLength_; }
+  void read(PCMBuffer& buffer) override;
+
+ private:
+  void warnOfTruncation() {
+    description_.warnings.push_back({AudioFileWarning::Code::truncatedAudio,
+                                     "The file ends before the audio that its header promises."});
+  }
+
+  Demuxer demuxer_;
+  Decoder decoder_;
+  /// The decoded frame that is being handed out, and how much of it has been.
+  const AVFrame* frame_ = nullptr;
+  std::size_t frameOffset_ = 0;
+  AudioFileDescription description_;
+  std::int64_t frameLength_ = 0;
+  std::int64_t delivered_ = 0;
+};
+
+void FFmpegAudioFile::read(PCMBuffer& buffer) {
+  precondition(buffer.channelCount() == description_.dataFormat.channelsPerFrame,
+               "a buffer to read into must have the file's channel count");
+  const auto wanted = static_cast<std::size_t>(
+      std::min<std::int64_t>(buffer.frameCapacity(), frameLength_ - delivered_));
+  std::vector<float*> destinations = buffer.channels();
+  std::size_t filled = 0;
+  while (filled < wanted && frame_ != nullptr) {
+    const std::size_t left = static_cast<std::size_t>(frame_->nb_samples) - frameOffset_;
+    const std::size_t count = std::min(wanted - filled, left);
+    if (!convertFrame(*frame_, frameOffset_, count, destinations.data()))
+      throw PlatformError(demuxer_.path(), "Its decoder gives samples of an unknown form");
+    for (float*& destination : destinations) destination += count;
+    filled += count;
+    frameOffset_ += count;
+    if (count == left) {
+      frame_ = decoder_.next();
+      frameOffset_ = 0;
+    }
+  }
+  delivered_ += static_cast<std::int64_t>(filled);
+  buffer.setFrameLength(static_cast<std::uint32_t>(filled));
+}
+
+}  // namespace
+
+std::unique_ptr<AudioFile> openFFmpegAudioFile(const std::filesystem::path& path,
+                                               const AudioFileOpenOptions& options,
+                                               FourCC containerHint) {
+  return std::make_unique<FFmpegAudioFile>(path, options, containerHint);
+}
+
+AudioFileDescription describeFFmpegAudioFile(const std::filesystem::path& path,
+                                             FourCC containerHint) {
+  Demuxer demuxer(path, std::nullopt, containerHint);
+  // Without a decoder the container still tells the codec.
+  if (demuxer.codec() == nullptr) return describeStream(demuxer, containerHint, nullptr, nullptr);
+  Decoder decoder(demuxer, 1);
+  const AVFrame* frame = decoder.next();
+  return describeStream(demuxer, containerHint, &decoder.codec(), frame);
+}
+
+}  // namespace orvane

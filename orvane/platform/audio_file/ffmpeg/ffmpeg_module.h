@@ -1,0 +1,31 @@
+#pragma once
+
+#include <filesystem>
+#include <memory>
+#include <optional>
+
+#include "orvane/platform/audio_file/audio_file.h"
+#include "orvane/platform/four_cc.h"
+
+namespace orvane {
+
+// The seam between libOrvaneHeadless and the module that alone links FFmpeg. FFmpeg brings about a
+// hundred shared objects into a process and tens of milliseconds of start-up; a program that
+// measures a WAV file should pay neither.
+
+/// What the module offers.
+struct FFmpegModule {
+  std::unique_ptr<AudioFile> (*open)(const std::filesystem::path& path,
+                                     const AudioFileOpenOptions& options, FourCC containerHint);
+  /// Throws `PlatformError` for what cannot be read or is no audio file.
+  AudioFileDescription (*describe)(const std::filesystem::path& path, FourCC containerHint);
+};
+
+/// The module's one exported function; nothing when the versions differ.
+using FFmpegModuleFactory = const FFmpegModule* (*)(int version);
+
+inline constexpr const char* kFFmpegModuleFile = "orvane_ffmpeg.so";
+inline constexpr const char* kFFmpegModuleFactory = "orvaneFFmpegModule";
+inline constexpr int kFFmpegModuleVersion = 1;
+
+}  // namespace orvane
