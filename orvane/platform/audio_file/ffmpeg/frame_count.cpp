@@ -17,6 +17,8 @@ namespace {
 /// What libavcodec takes off the decoded frames at a container's word.
 class Trimming {
  public:
+  explicit Trimming(std::int64_t delay) : skip_(delay) {}
+
   /// Frames left of the `frames` that `packet` decodes to.
   std::int64_t apply(const AVPacket& packet, std::int64_t frames) {
     std::int64_t padding = 0;
@@ -37,25 +39,36 @@ class Trimming {
   }
 
  private:
-  std::int64_t skip_ = 0;
+  std::int64_t skip_;
 };
 
-/// Untrimmed length of the first frame that decodes; 0 when none does.
-std::int64_t firstFrameLength(Demuxer& demuxer) {
+/// What the first decodable packet shows of all others.
+struct FirstPacket {
+  std::int64_t frames = 0;  ///< decoded from it, nothing trimmed; 0 when no packet decodes
+  bool isOneFrame = true;   ///< false when the decoder finds several coded frames in the packet
+  int delay = 0;            ///< frames that the decoder itself takes off the start
+};
+
+FirstPacket decodeFirstPacket(Demuxer& demuxer) {
   const CodecContextPointer codec = openCodec(demuxer, 1, AV_CODEC_FLAG2_SKIP_MANUAL);
   const PacketPointer packet = makePacket();
   const FramePointer frame = makeFrame();
-  while (demuxer.read(*packet)) {
+  FirstPacket first;
+  while (first.frames == 0 && demuxer.read(*packet)) {
     if (avcodec_send_packet(codec.get(), packet.get()) < 0) continue;
-    if (avcodec_receive_frame(codec.get(), frame.get()) >= 0) return frame->nb_samples;
+    if (avcodec_receive_frame(codec.get(), frame.get()) < 0) continue;
+    first.frames = frame->nb_samples;
+    first.isOneFrame = avcodec_receive_frame(codec.get(), frame.get()) == AVERROR(EAGAIN);
   }
-  return 0;
+  first.delay = codec->delay;
+  return first;
 }
 
 /// Counts without decoding; absent when a packet does not tell its length.
-std::optional<StreamLength> countByPackets(Demuxer& demuxer, std::int64_t firstFrame) {
-  PacketFrames framesOf(*demuxer.stream().codecpar, firstFrame);
-  Trimming trimming;
+std::optional<StreamLength> countByPackets(Demuxer& demuxer, const FirstPacket& first) {
+  if (!first.isOneFrame) return std::nullopt;
+  PacketFrames framesOf(*demuxer.stream().codecpar, first.frames);
+  Trimming trimming(first.delay);
   StreamLength length;
   const PacketPointer packet = makePacket();
   while (demuxer.read(*packet)) {
@@ -82,9 +95,9 @@ StreamLength countByDecoding(Demuxer& demuxer) {
 StreamLength countFrames(const std::filesystem::path& path, std::optional<int> streamIndex,
                          FourCC containerHint) {
   Demuxer first(path, streamIndex, containerHint);
-  const std::int64_t firstFrame = firstFrameLength(first);
+  const FirstPacket firstPacket = decodeFirstPacket(first);
   Demuxer second(path, streamIndex, containerHint);
-  if (const auto length = countByPackets(second, firstFrame)) return *length;
+  if (const auto length = countByPackets(second, firstPacket)) return *length;
   Demuxer third(path, streamIndex, containerHint);
   return countByDecoding(third);
 }

@@ -82,7 +82,7 @@ std::optional<std::int64_t> PacketFrames::operator()(Bytes packet) {
     case AV_CODEC_ID_OPUS:
       return opusFrames(packet);
     case AV_CODEC_ID_ALAC:
-      return alacFrames(packet, parameters_.frame_size);
+      return alacFrames(packet, decodedFrames_);
     case AV_CODEC_ID_WAVPACK:
       return wavPackFrames(packet);
     // One packet is one frame of constant length.
