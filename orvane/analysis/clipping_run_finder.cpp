@@ -33,7 +33,8 @@ void ClippingRunFinder::close(std::uint32_t channel) {
   OpenRun& run = openRuns_[channel];
   if (run.frameCount >= kMinimumClippingRunFrames) {
     ++count;
-    if (runs.size() < kMaximumClippingRuns) runs.push_back({channel, run.startFrame, run.frameCount});
+    if (runs.size() < kMaximumClippingRuns)
+      runs.push_back({channel, run.startFrame, run.frameCount});
   }
   run = {};
 }

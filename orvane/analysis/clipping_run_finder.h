@@ -5,11 +5,12 @@
 #include <vector>
 
 #include "orvane/analysis/offline_analysis_pipeline.h"
+#include "orvane/platform/export.h"
 
 namespace orvane {
 
 /// Finds runs of clipped samples in the channels of a programme whose pieces come in order.
-class ClippingRunFinder {
+class ORVANE_TESTING_API ClippingRunFinder {
  public:
   explicit ClippingRunFinder(std::size_t channelCount) : openRuns_(channelCount) {}
 

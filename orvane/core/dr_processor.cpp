@@ -20,6 +20,7 @@ double channelDR(std::span<const Block> blocks) {
   std::vector<double> meanSquares;
   std::vector<float> peaks;
   for (const Block& block : blocks) {
+    if (!std::isfinite(block.meanSquare)) return 0.0;  // has no rank among the others
     meanSquares.push_back(block.meanSquare);
     peaks.push_back(block.peak);
   }
