@@ -3,10 +3,14 @@
 #include <cmath>
 #include <string>
 
+#include "orvane/platform/audio_file/aiff_parser.h"
+#include "orvane/platform/audio_file/au_parser.h"
+#include "orvane/platform/audio_file/caf_parser.h"
 #include "orvane/platform/audio_file/compressed_audio_file.h"
 #include "orvane/platform/audio_file/container_sniffer.h"
 #include "orvane/platform/audio_file/pcm_audio_file.h"
 #include "orvane/platform/audio_file/riff_parser.h"
+#include "orvane/platform/audio_file/wave64_parser.h"
 #include "orvane/platform/error.h"
 
 namespace orvane {
@@ -14,8 +18,6 @@ namespace {
 
 constexpr double kMinimumSampleRate = 100;
 constexpr double kMaximumSampleRate = 10'000'000;
-/// More channels than any real file has; a header of nonsense is likelier.
-constexpr std::uint32_t kMaximumChannels = 1024;
 
 using Parser = PCMStream (*)(const InputFile&, std::uint64_t start);
 
@@ -26,6 +28,15 @@ Parser parserOf(FourCC fileTypeID) {
     case fourCCFrom("RF64"):
     case fourCCFrom("BW64"):
       return parseRIFF;
+    case fourCCFrom("W64f"):
+      return parseWave64;
+    case fourCCFrom("AIFF"):
+    case fourCCFrom("AIFC"):
+      return parseAIFF;
+    case fourCCFrom("caff"):
+      return parseCAF;
+    case fourCCFrom("NeXT"):
+      return parseAU;
     default:
       return nullptr;
   }

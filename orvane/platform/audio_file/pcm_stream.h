@@ -9,6 +9,9 @@
 
 namespace orvane {
 
+/// More channels than any real file has; a header that states more is nonsense and is refused.
+inline constexpr std::uint32_t kMaximumChannels = 1024;
+
 /// How one linear-PCM sample lies in its bytes: left-justified where it has fewer bits than they.
 struct StoredSample {
   enum class Kind { signedInteger, unsignedInteger, floatingPoint };

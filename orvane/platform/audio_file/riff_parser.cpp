@@ -2,13 +2,12 @@
 
 #include <algorithm>
 
-#include "orvane/platform/error.h"
+#include "orvane/platform/audio_file/header_fields.h"
+#include "orvane/platform/audio_file/wave_format.h"
 
 namespace orvane {
 namespace {
 
-constexpr FourCC kData = fourCCFrom("data");
-constexpr FourCC kFormat = fourCCFrom("fmt ");
 constexpr FourCC kDs64 = fourCCFrom("ds64");
 /// Identifier, size and form type.
 constexpr std::uint64_t kFormHeader = 12;
@@ -25,7 +24,7 @@ std::vector<std::pair<FourCC, std::uint64_t>> readLongSizes(const InputFile& fil
       std::min<std::uint64_t>(head.u32(4), 28 + std::uint64_t{12} * kMaximumTableEntries);
   const HeaderFields body(file, start + kFormHeader + 8, size, std::endian::little);
   if (body.size() < 16) return {};
-  std::vector<std::pair<FourCC, std::uint64_t>> sizes = {{kData, body.u64(8)}};
+  std::vector<std::pair<FourCC, std::uint64_t>> sizes = {{kWaveDataID, body.u64(8)}};
   if (body.size() < 28) return sizes;
   const std::uint32_t entries = std::min(body.u32(24), kMaximumTableEntries);
   for (std::size_t at = 28; sizes.size() <= entries && at + 12 <= body.size(); at += 12)
@@ -41,25 +40,10 @@ PCMStream parseRIFF(const InputFile& file, std::uint64_t start) {
   const bool isLong = form == fourCCFrom("RF64") || form == fourCCFrom("BW64");
   ChunkGrammar grammar{.header = ChunkGrammar::Header::riff,
                        .byteOrder = isBigEndian ? std::endian::big : std::endian::little,
-                       .audioID = kData};
+                       .audioID = kWaveDataID};
   if (isLong) grammar.longSizes = readLongSizes(file, start);
-  ChunkList list = readChunks(file, start + kFormHeader, grammar);
-
-  PCMStream stream;
-  stream.description.fileTypeID = isLong ? form : fourCCFrom("WAVE");
-  const Chunk* const format = list.find(kFormat);
-  if (format == nullptr) throw PlatformError(file.path(), "The file does not describe its audio");
-  const HeaderFields body(file, format->bodyOffset, std::min(format->size, kWaveFormatBytes),
-                          grammar.byteOrder);
-  applyWaveFormat(stream, body, isBigEndian);
-  if (const Chunk* const data = list.find(kData)) {
-    setAudioData(stream, data->bodyOffset, data->size, data->extent);
-    if (list.count(kData) > 1) addWarning(stream, AudioFileWarning::Code::severalDataChunks);
-    if (list.hasMissingPad || data->headerOffset < format->headerOffset)
-      addWarning(stream, AudioFileWarning::Code::unusualLayout);
-  }
-  stream.chunks = std::move(list.chunks);
-  return stream;
+  return waveStream(file, isLong ? form : fourCCFrom("WAVE"),
+                    readChunks(file, start + kFormHeader, grammar), grammar.byteOrder);
 }
 
 }  // namespace orvane

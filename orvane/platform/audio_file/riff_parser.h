@@ -2,7 +2,6 @@
 
 #include <cstdint>
 
-#include "orvane/platform/audio_file/header_fields.h"
 #include "orvane/platform/audio_file/pcm_stream.h"
 
 namespace orvane {
@@ -11,12 +10,5 @@ namespace orvane {
 /// `BW64` (EBU Tech 3306, ITU-R BS.2088, with a `ds64` chunk). `start` is where the form begins.
 /// Throws `PlatformError` for a file without a usable format chunk.
 PCMStream parseRIFF(const InputFile& file, std::uint64_t start);
-
-/// Fills the stream's format and layout from the body of a `fmt ` chunk, as WAVE and Wave64 share
-/// it. Throws `PlatformError` for one that is cut short.
-void applyWaveFormat(PCMStream& stream, const HeaderFields& body, bool isBigEndian);
-
-/// Bytes of a `fmt ` chunk's body that are of use.
-inline constexpr std::uint64_t kWaveFormatBytes = 40;
 
 }  // namespace orvane

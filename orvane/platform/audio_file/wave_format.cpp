@@ -1,9 +1,16 @@
+#include "orvane/platform/audio_file/wave_format.h"
+
+#include <algorithm>
 #include <array>
 
-#include "orvane/platform/audio_file/riff_parser.h"
+#include "orvane/platform/audio_file/header_fields.h"
+#include "orvane/platform/error.h"
 
 namespace orvane {
 namespace {
+
+/// Bytes of a format chunk's body that are of use.
+constexpr std::uint64_t kFormatBytes = 40;
 
 constexpr std::uint16_t kTagPCM = 0x0001;
 constexpr std::uint16_t kTagFloat = 0x0003;
@@ -76,9 +83,8 @@ Extension readExtension(const HeaderFields& body) {
   return {.tag = tagOfGuid(body), .validBits = body.u16(18), .mask = body.u32(20)};
 }
 
-}  // namespace
-
-void applyWaveFormat(PCMStream& stream, const HeaderFields& body, bool isBigEndian) {
+/// Fills the stream's format and layout from the body of a format chunk.
+void applyFormat(PCMStream& stream, const HeaderFields& body, bool isBigEndian) {
   std::uint16_t tag = body.u16(0);
   const std::uint32_t channels = body.u16(2);
   const double sampleRate = body.u32(4);
@@ -91,7 +97,7 @@ void applyWaveFormat(PCMStream& stream, const HeaderFields& body, bool isBigEndi
   bool hasOwnMask = false;
   std::uint32_t mask = 0;
   if (tag == kTagExtensible) {
-    if (body.size() >= kWaveFormatBytes) {
+    if (body.size() >= kFormatBytes) {
       const Extension extension = readExtension(body);
       tag = extension.tag;
       mask = extension.mask;
@@ -119,6 +125,28 @@ void applyWaveFormat(PCMStream& stream, const HeaderFields& body, bool isBigEndi
   if (!hasOwnMask && channels >= 1 && channels <= kDefaultMasks.size())
     mask = kDefaultMasks[channels - 1];
   stream.description.layout = ChannelLayout::fromWaveMask(mask, channels);
+}
+
+}  // namespace
+
+PCMStream waveStream(const InputFile& file, FourCC fileTypeID, ChunkList list,
+                     std::endian byteOrder) {
+  PCMStream stream;
+  stream.description.fileTypeID = fileTypeID;
+  const Chunk* const format = list.find(kWaveFormatID);
+  if (format == nullptr) throw PlatformError(file.path(), "The file does not describe its audio");
+  const HeaderFields body(file, format->bodyOffset, std::min(format->size, kFormatBytes),
+                          byteOrder);
+  applyFormat(stream, body, byteOrder == std::endian::big);
+  if (const Chunk* const data = list.find(kWaveDataID)) {
+    setAudioData(stream, data->bodyOffset, data->size, data->extent);
+    if (list.count(kWaveDataID) > 1) addWarning(stream, AudioFileWarning::Code::severalDataChunks);
+    if (data->headerOffset < format->headerOffset)
+      addWarning(stream, AudioFileWarning::Code::unusualLayout);
+  }
+  if (list.hasMissingPad) addWarning(stream, AudioFileWarning::Code::unusualLayout);
+  stream.chunks = std::move(list.chunks);
+  return stream;
 }
 
 }  // namespace orvane

@@ -1,0 +1,13 @@
+#pragma once
+
+#include <cstdint>
+
+#include "orvane/platform/audio_file/pcm_stream.h"
+
+namespace orvane {
+
+/// Reads the header of an AIFF or AIFF-C file. `start` is where the form begins. Throws
+/// `PlatformError` for a file without a usable common chunk.
+PCMStream parseAIFF(const InputFile& file, std::uint64_t start);
+
+}  // namespace orvane

@@ -1,0 +1,13 @@
+#pragma once
+
+#include <cstdint>
+
+#include "orvane/platform/audio_file/pcm_stream.h"
+
+namespace orvane {
+
+/// Reads the header of a NeXT/Sun file (AU) in either byte order, which begins at `start`. Throws
+/// `PlatformError` for a header that is cut short.
+PCMStream parseAU(const InputFile& file, std::uint64_t start);
+
+}  // namespace orvane
