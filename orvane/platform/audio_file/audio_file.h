@@ -21,6 +21,7 @@ struct AudioFileWarning {
     openDataSize,       ///< the header leaves the size open; everything to the end is taken
     severalDataChunks,  ///< only the first one is used
     unusualLayout,      ///< chunks in an unusual order or the like
+    damagedAudio,       ///< parts could not be decoded and are left out
   };
   Code code{};
   std::string text{};  ///< one sentence for the user
@@ -60,6 +61,7 @@ class ORVANE_API AudioFile {
   static std::unique_ptr<AudioFile> open(const std::filesystem::path& path,
                                          const AudioFileOpenOptions& options = {});
 
+  /// Reading a compressed file may add warnings.
   virtual const AudioFileDescription& description() const noexcept = 0;
 
   /// Exact length in frames, known without decoding. May be 0.

@@ -6,33 +6,29 @@
 
 #include "orvane/platform/audio_file/ffmpeg/ffmpeg_module.h"
 #include "orvane/platform/error.h"
+#include "orvane/platform/module_location.h"
 
 namespace orvane {
 namespace {
 
-/// Any address of this library, for dladdr.
-const char kOwnAddress = 0;
-
-std::filesystem::path libraryFolder() {
-  Dl_info info{};
-  if (dladdr(&kOwnAddress, &info) == 0 || info.dli_fname == nullptr) return {};
-  return std::filesystem::path(info.dli_fname).parent_path();
-}
-
 /// Loads the module from this library's folder (the build tree) or the folder "orvane" below it (an
-/// installation). Nothing else is searched: a name alone would let the environment choose.
+/// installation). Nothing else is searched: a bare name would let the environment choose.
 const FFmpegModule* loadModule(std::string& failure) {
-  const std::filesystem::path folder = std::filesystem::absolute(libraryFolder());
-  for (const auto& candidate :
-       {folder / kFFmpegModuleFile, folder / "orvane" / kFFmpegModuleFile}) {
+  const auto library = ModuleLocation::module();
+  if (!library) return nullptr;
+  const std::filesystem::path folder = library->parent_path();
+  for (const auto& file : {folder / kFFmpegModuleFile, folder / "orvane" / kFFmpegModuleFile}) {
     std::error_code ignored;
-    if (!std::filesystem::exists(candidate, ignored)) continue;
-    void* library = dlopen(candidate.c_str(), RTLD_NOW | RTLD_LOCAL);
-    void* factory = library != nullptr ? dlsym(library, kFFmpegModuleFactory) : nullptr;
-    if (factory != nullptr)
-      return reinterpret_cast<FFmpegModuleFactory>(factory)(kFFmpegModuleVersion);
-    const char* reason = dlerror();
-    failure = reason != nullptr ? reason : "unknown failure";
+    if (!std::filesystem::exists(file, ignored)) continue;
+    void* module = dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL);
+    void* factory = module != nullptr ? dlsym(module, kFFmpegModuleFactory) : nullptr;
+    if (factory == nullptr) {
+      failure = dlerror();
+      continue;
+    }
+    const auto make = reinterpret_cast<FFmpegModuleFactory>(factory);
+    if (const FFmpegModule* made = make(kFFmpegModuleVersion)) return made;
+    failure = "it is of another version";
   }
   return nullptr;
 }
@@ -41,10 +37,12 @@ const FFmpegModule* loadModule(std::string& failure) {
 const FFmpegModule& ffmpegModule(const std::filesystem::path& path) {
   static std::string failure;
   static const FFmpegModule* const module = loadModule(failure);
-  if (module == nullptr)
-    throw PlatformError(
-        path, "Cannot be read, because the decoder module " + std::string(kFFmpegModuleFile) +
-                  (failure.empty() ? " is not installed" : " cannot be loaded (" + failure + ")"));
+  if (module == nullptr) {
+    const std::string reason =
+        failure.empty() ? "is not installed" : "cannot be loaded: " + failure;
+    throw PlatformError(path,
+                        std::string("The decoder module ") + kFFmpegModuleFile + " " + reason);
+  }
   return *module;
 }
 

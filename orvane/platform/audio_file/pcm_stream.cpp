@@ -16,6 +16,8 @@ std::string textOf(AudioFileWarning::Code code) {
       return "The file holds several audio chunks; only the first one is used.";
     case AudioFileWarning::Code::unusualLayout:
       return "The file's chunks are laid out in an unusual way.";
+    case AudioFileWarning::Code::damagedAudio:
+      break;  // samples that are not coded cannot fail to decode
   }
   return {};
 }

@@ -1,6 +1,7 @@
 #include "orvane/platform/audio_file/ffmpeg/decoder.h"
 
 #include <algorithm>
+#include <cstring>
 #include <new>
 #include <string>
 
@@ -10,6 +11,13 @@ namespace orvane {
 namespace {
 
 constexpr std::size_t kMostThreads = 16;
+
+/// In a chained Ogg file the headers of every later link come as packets; RFC 7845, 5.
+bool isOpusHeader(const AVCodecContext& codec, const AVPacket& packet) {
+  if (codec.codec_id != AV_CODEC_ID_OPUS || packet.size < 8) return false;
+  return std::memcmp(packet.data, "OpusHead", 8) == 0 ||
+         std::memcmp(packet.data, "OpusTags", 8) == 0;
+}
 
 }  // namespace
 
@@ -56,7 +64,7 @@ bool Decoder::receive() {
     if (result >= 0) return true;
     if (result == AVERROR_EOF) return false;
     if (result == AVERROR(ENOMEM)) throw std::bad_alloc();
-    if (result != AVERROR(EAGAIN)) hasMetDamage_ = true;
+    if (result != AVERROR(EAGAIN)) hasJustFailed_ = true;
     // A decoder that fails while it is drained has nothing more to give.
     if (isDraining_) return false;
     send();
@@ -66,8 +74,11 @@ bool Decoder::receive() {
 void Decoder::send() {
   if (demuxer_.read(*packet_)) {
     hasMetPackets_ = true;
+    hasMetDamage_ = hasMetDamage_ || hasJustFailed_;
+    hasJustFailed_ = false;
+    if (isOpusHeader(*codec_, *packet_)) return;
     // A packet is only sent when the decoder has asked for one, so every failure is the packet's.
-    if (avcodec_send_packet(codec_.get(), packet_.get()) < 0) hasMetDamage_ = true;
+    if (avcodec_send_packet(codec_.get(), packet_.get()) < 0) hasJustFailed_ = true;
   } else {
     avcodec_send_packet(codec_.get(), nullptr);
     isDraining_ = true;

@@ -38,7 +38,8 @@ class Decoder {
   const AVFrame* next();
 
   const AVCodecContext& codec() const noexcept { return *codec_; }
-  /// Whether packets were left out because they could not be decoded.
+  /// Whether packets before the last one were left out because they could not be decoded. The last
+  /// one of a file is often a harmless scrap.
   bool hasMetDamage() const noexcept { return hasMetDamage_; }
   /// Whether the stream has any packet at all, as far as it was read.
   bool hasMetPackets() const noexcept { return hasMetPackets_; }
@@ -55,6 +56,7 @@ class Decoder {
   int sampleRate_ = 0;
   int channelCount_ = 0;
   bool isDraining_ = false;
+  bool hasJustFailed_ = false;
   bool hasMetDamage_ = false;
   bool hasMetPackets_ = false;
 };

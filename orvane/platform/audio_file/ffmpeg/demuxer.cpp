@@ -17,6 +17,7 @@ namespace orvane {
 namespace {
 
 constexpr const char* kNotAudio = "Not an audio file";
+constexpr const char* kDamaged = "The file is damaged or incomplete";
 constexpr int kMostStreams = 256;
 constexpr int kMostRetries = 1000;
 
@@ -83,7 +84,7 @@ void Demuxer::open(FourCC containerHint) {
   // On failure the context is freed by the callee.
   const int opened = avformat_open_input(&context, "", demuxer, options.address());
   source_.rethrowFailure();
-  if (opened < 0) throw PlatformError(path(), kNotAudio);
+  if (opened < 0) throw PlatformError(path(), containerHint != 0 ? kDamaged : kNotAudio);
   format_.reset(context);
 
   for (unsigned i = 0; i < format_->nb_streams; ++i)
@@ -129,7 +130,10 @@ bool Demuxer::read(AVPacket& packet) {
       isTruncated_ = isTruncated_ || result != AVERROR_EOF;
       return false;
     }
-    if (packet.stream_index == stream_->index) return true;
+    if (packet.stream_index != stream_->index) continue;
+    // A packet that the file's end cuts short.
+    if ((packet.flags & AV_PKT_FLAG_CORRUPT) != 0) isTruncated_ = true;
+    return true;
   }
   return false;
 }

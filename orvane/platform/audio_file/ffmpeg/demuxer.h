@@ -33,7 +33,7 @@ class Demuxer {
   Demuxer(const std::filesystem::path& path, std::optional<int> streamIndex, FourCC containerHint);
 
   const std::filesystem::path& path() const noexcept { return source_.file().path(); }
-  std::uint64_t fileSize() const noexcept { return source_.file().size(); }
+  const InputFile& file() const noexcept { return source_.file(); }
   const AVFormatContext& format() const noexcept { return *format_; }
   AVStream& stream() const noexcept { return *stream_; }
   /// The stream's decoder; null when FFmpeg has none.

@@ -13,6 +13,7 @@
 #include "orvane/platform/audio_file/ffmpeg/stream_format.h"
 #include "orvane/platform/error.h"
 #include "orvane/platform/precondition.h"
+#include "orvane/platform/progress.h"
 
 namespace orvane {
 namespace {
@@ -20,29 +21,16 @@ namespace {
 class FFmpegAudioFile final : public AudioFile {
  public:
   FFmpegAudioFile(const std::filesystem::path& path, const AudioFileOpenOptions& options,
-                  FourCC containerHint)
-      : demuxer_(path, options.streamIndex, containerHint),
-        decoder_(demuxer_, options.threadCount),
-        frame_(decoder_.next()),
-        description_(describeStream(demuxer_, containerHint, &decoder_.codec(), frame_)) {
-    if (frame_ == nullptr) {
-      if (decoder_.hasMetPackets()) throw PlatformError(path, "Nothing in it can be decoded");
-      return;
-    }
-    const StreamLength length = countFrames(path, options.streamIndex, containerHint);
-    frameLength_ = length.frames;
-    if (length.isTruncated) warnOfTruncation();
-  }
+                  FourCC containerHint);
 
   const AudioFileDescription& description() const noexcept override { return description_; }
   std::int64_t frameLength() const noexcept override { return frameLength_; }
   void read(PCMBuffer& buffer) override;
 
  private:
-  void warnOfTruncation() {
-    description_.warnings.push_back({AudioFileWarning::Code::truncatedAudio,
-                                     "The file ends before the audio that its header promises."});
-  }
+  void nextFrame();
+  void reportProgress();
+  void warn(AudioFileWarning::Code code, const char* text);
 
   Demuxer demuxer_;
   Decoder decoder_;
@@ -51,14 +39,34 @@ class FFmpegAudioFile final : public AudioFile {
   std::size_t frameOffset_ = 0;
   AudioFileDescription description_;
   std::int64_t frameLength_ = 0;
-  std::int64_t delivered_ = 0;
+  std::int64_t position_ = 0;
+  ProgressObserver* observer_;
+  std::int64_t nextReport_ = 0;
 };
+
+FFmpegAudioFile::FFmpegAudioFile(const std::filesystem::path& path,
+                                 const AudioFileOpenOptions& options, FourCC containerHint)
+    : demuxer_(path, options.streamIndex, containerHint),
+      decoder_(demuxer_, options.threadCount),
+      frame_(decoder_.next()),
+      description_(describeStream(demuxer_, containerHint, &decoder_.codec(), frame_)),
+      observer_(options.observer) {
+  if (frame_ == nullptr) {
+    if (decoder_.hasMetPackets()) throw PlatformError(path, "None of its audio can be decoded");
+    return;
+  }
+  const StreamLength length = countFrames(path, options, containerHint);
+  frameLength_ = length.frames;
+  if (length.isTruncated)
+    warn(AudioFileWarning::Code::truncatedAudio,
+         "The file ends before its audio does; what is there is used.");
+}
 
 void FFmpegAudioFile::read(PCMBuffer& buffer) {
   precondition(buffer.channelCount() == description_.dataFormat.channelsPerFrame,
                "a buffer to read into must have the file's channel count");
   const auto wanted = static_cast<std::size_t>(
-      std::min<std::int64_t>(buffer.frameCapacity(), frameLength_ - delivered_));
+      std::min<std::int64_t>(buffer.frameCapacity(), frameLength_ - position_));
   std::vector<float*> destinations = buffer.channels();
   std::size_t filled = 0;
   while (filled < wanted && frame_ != nullptr) {
@@ -69,13 +77,32 @@ void FFmpegAudioFile::read(PCMBuffer& buffer) {
     for (float*& destination : destinations) destination += count;
     filled += count;
     frameOffset_ += count;
-    if (count == left) {
-      frame_ = decoder_.next();
-      frameOffset_ = 0;
-    }
+    position_ += static_cast<std::int64_t>(count);
+    reportProgress();
+    if (count == left) nextFrame();
   }
-  delivered_ += static_cast<std::int64_t>(filled);
   buffer.setFrameLength(static_cast<std::uint32_t>(filled));
+}
+
+void FFmpegAudioFile::nextFrame() {
+  frame_ = decoder_.next();
+  frameOffset_ = 0;
+  if (frame_ == nullptr && (decoder_.hasMetDamage() || position_ < frameLength_))
+    warn(AudioFileWarning::Code::damagedAudio,
+         "Parts of the audio are damaged and could not be decoded; they are left out.");
+}
+
+void FFmpegAudioFile::reportProgress() {
+  constexpr std::int64_t kFramesBetweenReports = 65536;
+  if (observer_ == nullptr || position_ < nextReport_) return;
+  if (observer_->isCancelled()) throw Cancelled();
+  observer_->onProgress("Reading",
+                        static_cast<double>(position_) / static_cast<double>(frameLength_));
+  nextReport_ = std::min(position_ + kFramesBetweenReports, frameLength_);
+}
+
+void FFmpegAudioFile::warn(AudioFileWarning::Code code, const char* text) {
+  description_.warnings.push_back({code, text});
 }
 
 }  // namespace

@@ -1,18 +1,30 @@
 #include "orvane/platform/audio_file/ffmpeg/frame_count.h"
 
 #include <algorithm>
+#include <optional>
+#include <span>
 
 extern "C" {
-#include <libavutil/intreadwrite.h>
 #include <libavutil/mathematics.h>
 }
 
 #include "orvane/platform/audio_file/ffmpeg/decoder.h"
 #include "orvane/platform/audio_file/ffmpeg/demuxer.h"
 #include "orvane/platform/audio_file/ffmpeg/packet_frames.h"
+#include "orvane/platform/error.h"
 
 namespace orvane {
 namespace {
+
+void throwIfCancelled(const AudioFileOpenOptions& options) {
+  if (options.observer != nullptr && options.observer->isCancelled()) throw Cancelled();
+}
+
+std::int64_t readLittleEndian32(const std::uint8_t* bytes) {
+  std::int64_t value = 0;
+  for (std::size_t i = 4; i-- > 0;) value = value << 8 | bytes[i];
+  return value;
+}
 
 /// What libavcodec takes off the decoded frames at a container's word.
 class Trimming {
@@ -25,15 +37,13 @@ class Trimming {
     std::size_t size = 0;
     const std::uint8_t* side = av_packet_get_side_data(&packet, AV_PKT_DATA_SKIP_SAMPLES, &size);
     if (side != nullptr && size >= 10) {
-      skip_ = std::max<std::int64_t>(0, static_cast<std::int32_t>(AV_RL32(side)));
-      padding = AV_RL32(side + 4);
-    }
-    if ((packet.flags & AV_PKT_FLAG_DISCARD) != 0) {
-      skip_ = std::max<std::int64_t>(0, skip_ - frames);
-      return 0;
+      const std::int64_t stated = readLittleEndian32(side);
+      skip_ = stated <= INT32_MAX ? stated : 0;  // libavcodec takes negative ones for none
+      padding = readLittleEndian32(side + 4);
     }
     const std::int64_t skipped = std::min(skip_, frames);
     skip_ -= skipped;
+    if ((packet.flags & AV_PKT_FLAG_DISCARD) != 0) return 0;
     frames -= skipped;
     return padding <= frames ? frames - padding : frames;
   }
@@ -65,41 +75,65 @@ FirstPacket decodeFirstPacket(Demuxer& demuxer) {
 }
 
 /// Counts without decoding; absent when a packet does not tell its length.
-std::optional<StreamLength> countByPackets(Demuxer& demuxer, const FirstPacket& first) {
+std::optional<StreamLength> countByPackets(Demuxer& demuxer, const FirstPacket& first,
+                                           const AudioFileOpenOptions& options) {
+  constexpr int kPacketsBetweenChecks = 1024;
   if (!first.isOneFrame) return std::nullopt;
-  PacketFrames framesOf(*demuxer.stream().codecpar, first.frames);
+  PacketFrames packetFrames(*demuxer.stream().codecpar, first.frames);
   Trimming trimming(first.delay);
   StreamLength length;
   const PacketPointer packet = makePacket();
-  while (demuxer.read(*packet)) {
+  for (int index = 0; demuxer.read(*packet); ++index) {
+    if (index % kPacketsBetweenChecks == 0) throwIfCancelled(options);
+    // New headers in mid-stream may change all that is known of its packets.
+    if (av_packet_get_side_data(packet.get(), AV_PKT_DATA_NEW_EXTRADATA, nullptr) != nullptr)
+      return std::nullopt;
     if (packet->size <= 0) continue;
-    const auto frames = framesOf({packet->data, static_cast<std::size_t>(packet->size)});
+    const auto frames = packetFrames.next({packet->data, static_cast<std::size_t>(packet->size)});
     if (!frames) return std::nullopt;
     length.frames += trimming.apply(*packet, *frames);
-    if ((packet->flags & AV_PKT_FLAG_CORRUPT) != 0) length.isTruncated = true;
   }
-  length.isTruncated = length.isTruncated || demuxer.isTruncated();
   return length;
 }
 
-StreamLength countByDecoding(Demuxer& demuxer) {
-  Decoder decoder(demuxer, 1);
+StreamLength countByDecoding(Demuxer& demuxer, const AudioFileOpenOptions& options) {
+  Decoder decoder(demuxer, options.threadCount);
   StreamLength length;
-  while (const AVFrame* frame = decoder.next()) length.frames += frame->nb_samples;
-  length.isTruncated = demuxer.isTruncated();
+  while (const AVFrame* frame = decoder.next()) {
+    throwIfCancelled(options);
+    length.frames += frame->nb_samples;
+  }
   return length;
+}
+
+/// Whether the header states a duration of this very stream that the packets fall short of.
+bool fallsShort(const Demuxer& demuxer, std::int64_t frames) {
+  // Priming, padding and edit lists shift lengths by a few packets; a cut takes more.
+  constexpr double kToleranceSeconds = 0.25;
+  const AVFormatContext& format = demuxer.format();
+  const AVStream& stream = demuxer.stream();
+  const bool isOfThisStream =
+      format.nb_streams == 1 && format.duration_estimation_method == AVFMT_DURATION_FROM_STREAM;
+  if (!isOfThisStream || stream.duration <= 0 || stream.codecpar->sample_rate <= 0) return false;
+  const double stated = static_cast<double>(stream.duration) * av_q2d(stream.time_base);
+  const double found = static_cast<double>(frames) / stream.codecpar->sample_rate;
+  return found + kToleranceSeconds < stated;
 }
 
 }  // namespace
 
-StreamLength countFrames(const std::filesystem::path& path, std::optional<int> streamIndex,
+StreamLength countFrames(const std::filesystem::path& path, const AudioFileOpenOptions& options,
                          FourCC containerHint) {
-  Demuxer first(path, streamIndex, containerHint);
+  Demuxer first(path, options.streamIndex, containerHint);
   const FirstPacket firstPacket = decodeFirstPacket(first);
-  Demuxer second(path, streamIndex, containerHint);
-  if (const auto length = countByPackets(second, firstPacket)) return *length;
-  Demuxer third(path, streamIndex, containerHint);
-  return countByDecoding(third);
+  std::optional<Demuxer> demuxer(std::in_place, path, options.streamIndex, containerHint);
+  auto length = countByPackets(*demuxer, firstPacket, options);
+  if (!length) {
+    demuxer.emplace(path, options.streamIndex, containerHint);
+    length = countByDecoding(*demuxer, options);
+  }
+  length->isTruncated = demuxer->isTruncated() || fallsShort(*demuxer, length->frames);
+  return *length;
 }
 
 }  // namespace orvane

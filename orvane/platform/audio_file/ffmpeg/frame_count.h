@@ -2,8 +2,8 @@
 
 #include <cstdint>
 #include <filesystem>
-#include <optional>
 
+#include "orvane/platform/audio_file/audio_file.h"
 #include "orvane/platform/four_cc.h"
 
 namespace orvane {
@@ -16,8 +16,8 @@ struct StreamLength {
 
 /// Walks once through the file and counts the frames that decoding it will deliver, priming and
 /// padding already taken off. Decodes only where packets do not tell their length. Throws
-/// `PlatformError`.
-StreamLength countFrames(const std::filesystem::path& path, std::optional<int> streamIndex,
+/// `PlatformError`, and `Cancelled` when the options' observer asks for it.
+StreamLength countFrames(const std::filesystem::path& path, const AudioFileOpenOptions& options,
                          FourCC containerHint);
 
 }  // namespace orvane

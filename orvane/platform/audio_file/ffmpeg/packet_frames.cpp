@@ -1,7 +1,9 @@
 #include "orvane/platform/audio_file/ffmpeg/packet_frames.h"
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
+#include <utility>
 
 namespace orvane {
 namespace {
@@ -9,21 +11,26 @@ namespace {
 using Bytes = std::span<const std::uint8_t>;
 using Count = std::optional<std::int64_t>;
 
+// What a packet states beyond these is a lie that the decoder sees through; it must be asked then.
+constexpr std::int64_t kMostOpusFrames = 5760;       // 120 ms at 48 kHz: RFC 6716, 3.2.5
+constexpr std::int64_t kMostWavPackFrames = 150000;  // more than any encoder's block
+
 /// RFC 9639, 9.1: sync code, block size code, a coded number, then an uncommon block size.
 Count flacFrames(Bytes packet) {
   if (packet.size() < 6 || packet[0] != 0xFF || (packet[1] & 0xFE) != 0xF8) return {};
   const unsigned code = packet[2] >> 4;
-  if (code == 1) return 192;
-  if (code >= 2 && code <= 5) return 576 << (code - 2);
-  if (code >= 8) return 256 << (code - 8);
   if (code == 0) return {};
+  if (code == 1) return 192;
+  if (code <= 5) return 576 << (code - 2);
+  if (code >= 8) return 256 << (code - 8);
   // The coded number's length stands in its first byte, as in UTF-8.
-  unsigned numberBytes = 0;
-  while (numberBytes < 8 && (packet[4] & (0x80U >> numberBytes)) != 0) ++numberBytes;
-  const std::size_t at = 4 + std::max(numberBytes, 1U);
+  std::size_t numberBytes = 0;
+  while (numberBytes < 7 && (packet[4] & (0x80U >> numberBytes)) != 0) ++numberBytes;
+  const std::size_t at = 4 + std::max<std::size_t>(numberBytes, 1);
   const std::size_t sizeBytes = code - 5;
   if (packet.size() < at + sizeBytes) return {};
-  const unsigned stored = sizeBytes == 1 ? packet[at] : (packet[at] << 8 | packet[at + 1]);
+  const unsigned stored =
+      sizeBytes == 1 ? packet[at] : static_cast<unsigned>(packet[at] << 8 | packet[at + 1]);
   return stored + 1;
 }
 
@@ -31,51 +38,52 @@ Count flacFrames(Bytes packet) {
 /// Opus decodes at 48 kHz.
 Count opusFrames(Bytes packet) {
   if (packet.empty()) return {};
-  const unsigned configuration = packet[0] >> 3;
-  constexpr std::array silk{480, 960, 1920, 2880};
-  constexpr std::array hybrid{480, 960};
-  constexpr std::array celt{120, 240, 480, 960};
-  const int frames = configuration < 12   ? silk[configuration % 4]
-                     : configuration < 16 ? hybrid[configuration % 2]
-                                          : celt[configuration % 4];
-  switch (packet[0] & 3) {
-    case 0:
-      return frames;
-    case 1:
-    case 2:
-      return 2 * frames;
-    default:
-      if (packet.size() < 2) return {};
-      return static_cast<std::int64_t>(packet[1] & 0x3F) * frames;
-  }
+  constexpr std::array kSilk{480, 960, 1920, 2880};
+  constexpr std::array kHybrid{480, 960};
+  constexpr std::array kCelt{120, 240, 480, 960};
+  const std::size_t configuration = packet[0] >> 3;
+  const std::int64_t frames = configuration < 12   ? kSilk[configuration % 4]
+                              : configuration < 16 ? kHybrid[configuration % 2]
+                                                   : kCelt[configuration % 4];
+  const unsigned code = packet[0] & 3;
+  if (code == 3 && packet.size() < 2) return {};
+  const std::int64_t total = frames * (code == 0 ? 1 : code < 3 ? 2 : packet[1] & 0x3F);
+  return total > 0 && total <= kMostOpusFrames ? Count(total) : std::nullopt;
 }
 
-/// An Apple Lossless packet names its own length only when it is shorter than the others.
+/// An Apple Lossless element states its length only when it is not the stream's usual one. Behind
+/// 3 bits of type, 4 of instance and 12 unused ones stands the flag, behind three more bits the
+/// 32-bit length.
 Count alacFrames(Bytes packet, std::int64_t usualFrames) {
-  constexpr std::size_t kSizeBit = 23;
+  constexpr unsigned kLengthBit = 23;
   if (packet.size() < 8) return {};
-  const bool hasSize = (packet[2] & 0x10) != 0;
-  if (!hasSize) return usualFrames;
+  const bool statesLength = (packet[2] & 0x10) != 0;
+  if (!statesLength) return usualFrames;
   std::uint64_t bits = 0;
   for (std::size_t i = 0; i < 8; ++i) bits = bits << 8 | packet[i];
-  return static_cast<std::int64_t>((bits << kSizeBit) >> 32);
+  const auto stated = static_cast<std::int64_t>((bits << kLengthBit) >> 32);
+  return stated <= usualFrames ? Count(stated) : std::nullopt;
 }
 
-/// A WavPack block header gives the block's length at byte 20.
+/// A WavPack block header gives the block's length, little-endian, at byte 20.
 Count wavPackFrames(Bytes packet) {
-  if (packet.size() < 32 || packet[0] != 'w' || packet[1] != 'v' || packet[2] != 'p' ||
-      packet[3] != 'k')
+  constexpr std::array<std::uint8_t, 4> kSignature{'w', 'v', 'p', 'k'};
+  if (packet.size() < 32 || !std::equal(kSignature.begin(), kSignature.end(), packet.begin()))
     return {};
-  return static_cast<std::int64_t>(packet[20]) | packet[21] << 8 | packet[22] << 16 |
-         static_cast<std::int64_t>(packet[23]) << 24;
+  std::int64_t stated = 0;
+  for (std::size_t i = 4; i-- > 0;) stated = stated << 8 | packet[20 + i];
+  return stated <= kMostWavPackFrames ? Count(stated) : std::nullopt;
 }
 
 }  // namespace
 
 PacketFrames::PacketFrames(const AVCodecParameters& parameters, std::int64_t decodedFrames)
-    : parameters_(parameters), decodedFrames_(decodedFrames) {}
+    : parameters_(parameters), decodedFrames_(decodedFrames) {
+  if (parameters.codec_id == AV_CODEC_ID_VORBIS)
+    vorbisParser_.reset(av_vorbis_parse_init(parameters.extradata, parameters.extradata_size));
+}
 
-std::optional<std::int64_t> PacketFrames::operator()(Bytes packet) {
+std::optional<std::int64_t> PacketFrames::next(Bytes packet) {
   switch (parameters_.codec_id) {
     case AV_CODEC_ID_FLAC:
       return flacFrames(packet);
@@ -85,7 +93,9 @@ std::optional<std::int64_t> PacketFrames::operator()(Bytes packet) {
       return alacFrames(packet, decodedFrames_);
     case AV_CODEC_ID_WAVPACK:
       return wavPackFrames(packet);
-    // One packet is one frame of constant length.
+    case AV_CODEC_ID_VORBIS:
+      return nextVorbis(packet);
+    // One packet is one coded frame of a constant length.
     case AV_CODEC_ID_MP3:
     case AV_CODEC_ID_MP2:
     case AV_CODEC_ID_MP1:
@@ -98,6 +108,16 @@ std::optional<std::int64_t> PacketFrames::operator()(Bytes packet) {
     default:
       return {};
   }
+}
+
+std::optional<std::int64_t> PacketFrames::nextVorbis(Bytes packet) {
+  if (!vorbisParser_) return {};
+  const int frames =
+      av_vorbis_parse_frame(vorbisParser_.get(), packet.data(), static_cast<int>(packet.size()));
+  if (frames < 0) return {};
+  // Blocks overlap: the first one only starts the first frame.
+  const bool isFirst = std::exchange(isFirstVorbisPacket_, false);
+  return isFirst ? 0 : frames;
 }
 
 }  // namespace orvane

@@ -1,6 +1,7 @@
 #include "orvane/platform/audio_file/ffmpeg/stream_format.h"
 
-#include <bit>
+#include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <span>
@@ -57,7 +58,9 @@ std::optional<std::uint32_t> linearPCMFlags(AVCodecID codec) {
   }
 }
 
+/// WavPack counts although it has a lossy mode; DTS does not, although it has a lossless one.
 bool isLossless(AVCodecID codec) {
+  if (codec == AV_CODEC_ID_WAVPACK) return true;
   const AVCodecDescriptor* descriptor = avcodec_descriptor_get(codec);
   return descriptor != nullptr && (descriptor->props & AV_CODEC_PROP_LOSSLESS) != 0 &&
          (descriptor->props & AV_CODEC_PROP_LOSSY) == 0;
@@ -67,6 +70,12 @@ bool isLossless(AVCodecID codec) {
 std::span<const std::uint8_t> configurationOf(const AVCodecParameters& parameters) {
   if (parameters.extradata == nullptr || parameters.extradata_size <= 0) return {};
   return {parameters.extradata, static_cast<std::size_t>(parameters.extradata_size)};
+}
+
+std::uint32_t readBigEndian32(const std::uint8_t* bytes) {
+  std::uint32_t value = 0;
+  for (std::size_t i = 0; i < 4; ++i) value = value << 8 | bytes[i];
+  return value;
 }
 
 void describeLinearPCM(StreamDescription& format, std::uint32_t flags, int bits) {
@@ -80,30 +89,70 @@ void describeLinearPCM(StreamDescription& format, std::uint32_t flags, int bits)
   format.framesPerPacket = 1;
 }
 
-/// Frames of every packet; 0 when they differ or are not known.
-std::uint32_t framesPerPacket(const AVCodecParameters& parameters, const AVCodecContext* codec) {
+/// Frames and bytes of every packet; 0 where packets differ or nothing is known.
+struct PacketShape {
+  std::uint32_t frames = 0;
+  std::uint32_t bytes = 0;
+};
+
+bool isBlockCodec(AVCodecID codec) {
+  const bool isADPCM = codec >= AV_CODEC_ID_ADPCM_IMA_QT && codec < AV_CODEC_ID_AMR_NB;
+  return isADPCM || codec == AV_CODEC_ID_GSM || codec == AV_CODEC_ID_GSM_MS ||
+         codec == AV_CODEC_ID_ILBC;
+}
+
+PacketShape packetShape(AVCodecParameters& parameters, FourCC formatID) {
+  const auto positive = [](int value) { return static_cast<std::uint32_t>(std::max(value, 0)); };
+  if (isBlockCodec(parameters.codec_id))
+    return {.frames = positive(av_get_audio_frame_duration2(&parameters, parameters.block_align)),
+            .bytes = positive(parameters.block_align)};
   switch (parameters.codec_id) {
     case AV_CODEC_ID_PCM_ALAW:
     case AV_CODEC_ID_PCM_MULAW:
-      return 1;
-    case AV_CODEC_ID_VORBIS:
-      return 0;
+      return {.frames = 1, .bytes = positive(parameters.ch_layout.nb_channels)};
+    case AV_CODEC_ID_ALAC:
+      // Four bytes of the configuration, behind its twelve-byte atom header.
+      if (parameters.extradata_size < 16) return {};
+      return {.frames = readBigEndian32(parameters.extradata + 12)};
+    case AV_CODEC_ID_AAC:
+    case AV_CODEC_ID_AAC_LATM: {
+      // Spectral band replication doubles the rate, and with it the frames of a packet.
+      const bool isDoubled = formatID == fourCCFrom("aach") || formatID == fourCCFrom("aacp");
+      const std::uint32_t frames = positive(parameters.frame_size);
+      return {.frames = isDoubled && frames <= 1024 ? 2 * frames : frames};
+    }
+    case AV_CODEC_ID_MP3:
+    case AV_CODEC_ID_MP2:
+    case AV_CODEC_ID_MP1:
+    case AV_CODEC_ID_AC3:
+    case AV_CODEC_ID_AMR_NB:
+    case AV_CODEC_ID_AMR_WB:
+      return {.frames = positive(parameters.frame_size > 0
+                                     ? parameters.frame_size
+                                     : av_get_audio_frame_duration2(&parameters, 0))};
     default:
-      break;
+      return {};
   }
-  const int frames =
-      codec != nullptr && codec->frame_size > 0 ? codec->frame_size : parameters.frame_size;
-  return frames > 0 ? static_cast<std::uint32_t>(frames) : 0;
+}
+
+/// Bits of the audio that a lossless codec was given; 0 for a lossy one.
+int sourceBitDepth(const AVCodecParameters& parameters, const AVCodecContext* codec) {
+  if (!isLossless(parameters.codec_id)) return 0;
+  if (codec != nullptr && codec->bits_per_raw_sample > 0) return codec->bits_per_raw_sample;
+  if (parameters.bits_per_raw_sample > 0) return parameters.bits_per_raw_sample;
+  if (parameters.bits_per_coded_sample > 0) return parameters.bits_per_coded_sample;
+  return codec != nullptr ? 8 * av_get_bytes_per_sample(codec->sample_fmt) : 0;
 }
 
 }  // namespace
 
 AudioFileDescription describeStream(const Demuxer& demuxer, FourCC containerHint,
                                     const AVCodecContext* codec, const AVFrame* decoded) {
-  const AVCodecParameters& parameters = *demuxer.stream().codecpar;
+  AVCodecParameters& parameters = *demuxer.stream().codecpar;
   AudioFileDescription description;
   description.fileTypeID =
-      containerHint != 0 ? containerHint : containerCode(demuxer.format(), parameters.codec_id);
+      containerHint != 0 ? containerHint
+                         : containerCode(demuxer.format(), parameters.codec_id, demuxer.file());
   const AVChannelLayout& layout = decoded != nullptr ? decoded->ch_layout : parameters.ch_layout;
   description.layout = channelLayoutFrom(layout);
 
@@ -116,14 +165,10 @@ AudioFileDescription describeStream(const Demuxer& demuxer, FourCC containerHint
   }
   const int profile = codec != nullptr ? codec->profile : parameters.profile;
   format.formatID = codecCode(parameters.codec_id, profile, configurationOf(parameters));
-  format.framesPerPacket = framesPerPacket(parameters, codec);
-  const bool isConstantPacket =
-      parameters.block_align > 0 && format.framesPerPacket > 0 && !isLossless(parameters.codec_id);
-  if (isConstantPacket) format.bytesPerPacket = static_cast<std::uint32_t>(parameters.block_align);
-  if (isLossless(parameters.codec_id))
-    description.sourceBitDepth = parameters.bits_per_raw_sample > 0
-                                     ? parameters.bits_per_raw_sample
-                                     : parameters.bits_per_coded_sample;
+  const PacketShape shape = packetShape(parameters, format.formatID);
+  format.framesPerPacket = shape.frames;
+  format.bytesPerPacket = shape.bytes;
+  description.sourceBitDepth = sourceBitDepth(parameters, codec);
   return description;
 }
 
