@@ -12,10 +12,15 @@ namespace orvane {
 struct InstructionSet {
   std::int64_t target = 0;  ///< Highway's target bit
   std::string name{};       ///< "AVX2", "SSE4" …
+
+  bool operator==(const InstructionSet&) const = default;
 };
 
 /// Best first.
 ORVANE_API std::vector<InstructionSet> availableInstructionSets();
+
+/// The one whose kernels run now.
+ORVANE_API InstructionSet activeInstructionSet();
 
 /// Makes every kernel use this instruction set from now on; for tests and benchmarks. Not to be
 /// called while kernels run on other threads.

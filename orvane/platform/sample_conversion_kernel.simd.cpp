@@ -1,52 +1,240 @@
+// Linear-PCM samples to float, compiled once per instruction set by Highway.
 #include "orvane/platform/sample_conversion.h"
 
-#include <bit>
 #include <cstdint>
+#include <cstring>
 
-namespace orvane {
-namespace {
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "orvane/platform/sample_conversion_kernel.simd.cpp"
+#include "hwy/foreach_target.h"  // IWYU pragma: keep
+// After foreach_target.h.
+#include "hwy/highway.h"
+#include "orvane/platform/plain_sample_conversion.h"
+#include "orvane/platform/sample_loads-inl.h"
 
-constexpr float kScale32 = 1.0F / 2147483648.0F;
+HWY_BEFORE_NAMESPACE();
+namespace orvane::HWY_NAMESPACE {
 
-template <std::size_t kBytes>
-std::uint64_t loadWord(const std::byte* source, bool isBigEndian) {
-  std::uint64_t word = 0;
-  for (std::size_t i = 0; i < kBytes; ++i) {
-    const std::size_t place = isBigEndian ? kBytes - 1 - i : i;
-    word |= std::to_integer<std::uint64_t>(source[i]) << (8 * place);
+#if HWY_TARGET != HWY_SCALAR && HWY_TARGET != HWY_EMU128
+
+/// `count` neighbouring samples of one encoding.
+template <class S>
+void convertRun(const std::uint8_t* source, std::size_t count, float* destination) {
+  const DF d;
+  std::size_t i = 0;
+  for (; (count - i) * S::kBytes >= S::kReach; i += kLanes)
+    hn::StoreU(S::load(source + i * S::kBytes), d, destination + i);
+  // Where a whole load would leave the source, the rest goes through a copy with room behind it.
+  while (i < count) {
+    const std::size_t rest = HWY_MIN(count - i, kLanes);
+    HWY_ALIGN std::uint8_t bytes[kLanes * 8] = {};
+    HWY_ALIGN float floats[kLanes];
+    std::memcpy(bytes, source + i * S::kBytes, rest * S::kBytes);
+    hn::Store(S::load(bytes), d, floats);
+    std::memcpy(destination + i, floats, rest * sizeof(float));
+    i += rest;
   }
-  return word;
 }
 
-/// A sample left-justified in 32 bits, scaled: exact for up to 24 bits, rounded once beyond.
-float scaled(std::uint64_t leftJustified) {
-  return static_cast<float>(static_cast<std::int32_t>(leftJustified)) * kScale32;
+/// Neighbouring samples in turn to two destinations.
+template <class S>
+void splitPairs(const std::uint8_t* source, std::size_t frames, float* left, float* right) {
+  const DF d;
+  std::size_t i = 0;
+  for (; (frames - i) * 2 * S::kBytes >= S::kPairReach; i += kLanes) {
+    VF even;
+    VF odd;
+    S::loadPair(source + i * 2 * S::kBytes, even, odd);
+    hn::StoreU(even, d, left + i);
+    hn::StoreU(odd, d, right + i);
+  }
+  while (i < frames) {
+    const std::size_t rest = HWY_MIN(frames - i, kLanes);
+    float floats[kLanes * 2];
+    convertRun<S>(source + i * 2 * S::kBytes, rest * 2, floats);
+    for (std::size_t k = 0; k < rest; ++k) {
+      left[i + k] = floats[2 * k];
+      right[i + k] = floats[2 * k + 1];
+    }
+    i += rest;
+  }
 }
 
-float toFloat(SampleEncoding encoding, const std::byte* source) {
-  const bool big = encoding.isBigEndian;
-  switch (encoding.type) {
+/// Columns first … first + columns − 1 (columns at most 4) of a tile of floats, `frames` rows of
+/// `width`, to one destination each, from `offset` on. Reads up to 3 floats behind the tile.
+inline void transposeColumns(const float* tile, std::size_t frames, std::size_t width,
+                             std::size_t first, std::size_t columns, float* const* destinations,
+                             std::size_t offset) {
+  const hn::CappedTag<float, 4> d;
+  std::size_t i = 0;
+  for (; i + 4 <= frames; i += 4) {
+    const float* row = tile + i * width + first;
+    const auto a = hn::LoadU(d, row);
+    const auto b = hn::LoadU(d, row + width);
+    const auto e = hn::LoadU(d, row + 2 * width);
+    const auto f = hn::LoadU(d, row + 3 * width);
+    const auto abLower = hn::InterleaveLower(d, a, b);  // a0 b0 a1 b1
+    const auto efLower = hn::InterleaveLower(d, e, f);
+    const auto abUpper = hn::InterleaveUpper(d, a, b);
+    const auto efUpper = hn::InterleaveUpper(d, e, f);
+    // A 64-bit half holds two rows of one column.
+    const std::size_t to = offset + i;
+    hn::StoreU(hn::ConcatLowerLower(d, efLower, abLower), d, destinations[first] + to);
+    if (columns > 1)
+      hn::StoreU(hn::ConcatUpperUpper(d, efLower, abLower), d, destinations[first + 1] + to);
+    if (columns > 2)
+      hn::StoreU(hn::ConcatLowerLower(d, efUpper, abUpper), d, destinations[first + 2] + to);
+    if (columns > 3)
+      hn::StoreU(hn::ConcatUpperUpper(d, efUpper, abUpper), d, destinations[first + 3] + to);
+  }
+  for (; i < frames; ++i)
+    for (std::size_t c = first; c < first + columns; ++c)
+      destinations[c][offset + i] = tile[i * width + c];
+}
+
+/// Any number of channels: tiles that stay in the first-level cache are converted in stored order,
+/// then turned.
+template <class S>
+void splitFrames(const std::uint8_t* source, std::size_t frames, std::size_t channels,
+                 float* const* destinations) {
+  constexpr std::size_t kTileFloats = 8192;
+  constexpr std::size_t kMaximumWidth = 64;
+  HWY_ALIGN float tile[kTileFloats + 4];
+  const std::size_t frameBytes = channels * S::kBytes;
+  const std::size_t width = HWY_MIN(channels, kMaximumWidth);
+  const std::size_t tileFrames = kTileFloats / width / 4 * 4;
+  for (std::size_t begin = 0; begin < frames; begin += tileFrames) {
+    const std::size_t rows = HWY_MIN(tileFrames, frames - begin);
+    for (std::size_t group = 0; group < channels; group += width) {
+      const std::size_t columns = HWY_MIN(width, channels - group);
+      const std::uint8_t* start = source + begin * frameBytes + group * S::kBytes;
+      if (width == channels) {
+        convertRun<S>(start, rows * channels, tile);
+      } else {
+        for (std::size_t row = 0; row < rows; ++row)
+          convertRun<S>(start + row * frameBytes, columns, tile + row * columns);
+      }
+      std::memset(tile + rows * columns, 0, 4 * sizeof(float));
+      for (std::size_t c = 0; c < columns; c += 4)
+        transposeColumns(tile, rows, columns, c, HWY_MIN(std::size_t{4}, columns - c),
+                         destinations + group, begin);
+    }
+  }
+}
+
+/// Samples at a distance from each other.
+template <class S>
+void convertStrided(const std::uint8_t* source, std::size_t strideBytes, std::size_t count,
+                    float* destination) {
+  constexpr std::size_t kBlock = 512;
+  std::uint8_t compact[kBlock * S::kBytes];
+  for (std::size_t begin = 0; begin < count; begin += kBlock) {
+    const std::size_t block = HWY_MIN(kBlock, count - begin);
+    for (std::size_t i = 0; i < block; ++i)
+      std::memcpy(compact + i * S::kBytes, source + (begin + i) * strideBytes, S::kBytes);
+    convertRun<S>(compact, block, destination + begin);
+  }
+}
+
+struct Convert {
+  const std::uint8_t* source;
+  std::size_t strideSamples;
+  std::size_t count;
+  float* destination;
+
+  template <class S>
+  void run() const {
+    if (strideSamples == 1) {
+      convertRun<S>(source, count, destination);
+    } else {
+      convertStrided<S>(source, strideSamples * S::kBytes, count, destination);
+    }
+  }
+};
+
+struct Deinterleave {
+  const std::uint8_t* source;
+  std::size_t frames;
+  std::size_t channels;
+  float* const* destinations;
+
+  template <class S>
+  void run() const {
+    if (channels == 1) {
+      convertRun<S>(source, frames, destinations[0]);
+    } else if (channels == 2) {
+      splitPairs<S>(source, frames, destinations[0], destinations[1]);
+    } else if (channels > 2) {
+      splitFrames<S>(source, frames, channels, destinations);
+    }
+  }
+};
+
+template <bool kBig, class Action>
+void withType(SampleType type, const Action& action) {
+  switch (type) {
     case SampleType::unsignedInt8:
-      return scaled((loadWord<1>(source, false) ^ 0x80U) << 24);
+      return action.template run<Int8Samples<true>>();
     case SampleType::signedInt8:
-      return scaled(loadWord<1>(source, false) << 24);
+      return action.template run<Int8Samples<false>>();
     case SampleType::int16:
-      return scaled(loadWord<2>(source, big) << 16);
+      return action.template run<Int16Samples<kBig>>();
     case SampleType::int24:
-      return scaled(loadWord<3>(source, big) << 8);
+      return action.template run<Int24Samples<kBig>>();
     case SampleType::int24In32:
-      return scaled(loadWord<4>(source, big) << 8 & 0xFFFFFF00U);
+      return action.template run<Word32Samples<Word32::low24, kBig>>();
     case SampleType::int32:
-      return scaled(loadWord<4>(source, big));
+      return action.template run<Word32Samples<Word32::int32, kBig>>();
     case SampleType::float32:
-      return std::bit_cast<float>(static_cast<std::uint32_t>(loadWord<4>(source, big)));
+      return action.template run<Word32Samples<Word32::float32, kBig>>();
     case SampleType::float64:
-      return static_cast<float>(std::bit_cast<double>(loadWord<8>(source, big)));
+      return action.template run<Float64Samples<kBig>>();
   }
-  return 0;
 }
 
-}  // namespace
+template <class Action>
+void withEncoding(SampleEncoding encoding, const Action& action) {
+  if (encoding.isBigEndian) {
+    withType<true>(encoding.type, action);
+  } else {
+    withType<false>(encoding.type, action);
+  }
+}
+
+void convertSamples(SampleEncoding encoding, const std::uint8_t* source, std::size_t strideSamples,
+                    std::size_t count, float* destination) {
+  withEncoding(encoding, Convert{source, strideSamples, count, destination});
+}
+
+void deinterleaveSamples(SampleEncoding encoding, const std::uint8_t* source, std::size_t frames,
+                         std::size_t channels, float* const* destinations) {
+  withEncoding(encoding, Deinterleave{source, frames, channels, destinations});
+}
+
+#else
+
+void convertSamples(SampleEncoding encoding, const std::uint8_t* source, std::size_t strideSamples,
+                    std::size_t count, float* destination) {
+  PlainSampleConversion::convert(encoding, source, strideSamples, count, destination);
+}
+
+void deinterleaveSamples(SampleEncoding encoding, const std::uint8_t* source, std::size_t frames,
+                         std::size_t channels, float* const* destinations) {
+  for (std::size_t c = 0; c < channels; ++c)
+    PlainSampleConversion::convert(encoding, source + c * bytesPerSample(encoding.type), channels,
+                                   frames, destinations[c]);
+}
+
+#endif  // without vectors
+
+}  // namespace orvane::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace orvane {
+
+HWY_EXPORT(convertSamples);
+HWY_EXPORT(deinterleaveSamples);
 
 std::size_t bytesPerSample(SampleType type) noexcept {
   switch (type) {
@@ -69,15 +257,15 @@ std::size_t bytesPerSample(SampleType type) noexcept {
 
 void convertToFloat(SampleEncoding encoding, const std::byte* source, std::size_t strideSamples,
                     std::size_t count, float* destination) noexcept {
-  const std::size_t step = strideSamples * bytesPerSample(encoding.type);
-  for (std::size_t i = 0; i < count; ++i) destination[i] = toFloat(encoding, source + i * step);
+  HWY_DYNAMIC_DISPATCH(convertSamples)
+  (encoding, reinterpret_cast<const std::uint8_t*>(source), strideSamples, count, destination);
 }
 
 void deinterleaveToFloat(SampleEncoding encoding, const std::byte* source, std::size_t frames,
                          std::size_t channelCount, float* const* destinations) noexcept {
-  const std::size_t sampleBytes = bytesPerSample(encoding.type);
-  for (std::size_t c = 0; c < channelCount; ++c)
-    convertToFloat(encoding, source + c * sampleBytes, channelCount, frames, destinations[c]);
+  HWY_DYNAMIC_DISPATCH(deinterleaveSamples)
+  (encoding, reinterpret_cast<const std::uint8_t*>(source), frames, channelCount, destinations);
 }
 
 }  // namespace orvane
+#endif
