@@ -57,7 +57,7 @@ void deinterleave(benchmark::State& state, const Case& c, const InstructionSet& 
     benchmark::ClobberMemory();
   }
   const auto moved = source.size() + c.frames * c.channels * sizeof(float);
-  state.SetBytesProcessed(static_cast<std::int64_t>(moved * state.iterations()));
+  state.SetBytesProcessed(static_cast<std::int64_t>(moved) * state.iterations());
   useBestInstructionSet();
 }
 
@@ -70,7 +70,7 @@ void copy(benchmark::State& state, std::size_t bytes) {
     benchmark::ClobberMemory();
   }
   if (destination != source) state.SkipWithError("wrong copy");
-  state.SetBytesProcessed(static_cast<std::int64_t>(bytes / 2 * 2 * state.iterations()));
+  state.SetBytesProcessed(static_cast<std::int64_t>(bytes / 2 * 2) * state.iterations());
 }
 
 struct Name {

@@ -23,7 +23,7 @@ std::vector<float> noise(std::size_t count, unsigned seed) {
 }
 
 void setBytes(benchmark::State& state, std::size_t samples) {
-  state.SetBytesProcessed(static_cast<std::int64_t>(samples * sizeof(float) * state.iterations()));
+  state.SetBytesProcessed(static_cast<std::int64_t>(samples * sizeof(float)) * state.iterations());
 }
 
 /// A search for a byte that is not there reads all memory and does next to nothing else.

@@ -15,8 +15,6 @@ constexpr std::uint32_t bitOf(ChannelLabel label) {
   return 1U << (static_cast<std::uint32_t>(label) - 1);
 }
 
-constexpr std::uint32_t kBackPair =
-    bitOf(ChannelLabel::leftSurround) | bitOf(ChannelLabel::rightSurround);
 constexpr std::uint32_t kSidePair =
     bitOf(ChannelLabel::leftSurroundDirect) | bitOf(ChannelLabel::rightSurroundDirect);
 
