@@ -5,11 +5,11 @@
 
 namespace orvane {
 
-void precondition(bool holds, std::string_view rule, std::source_location where) {
+void precondition(bool holds, std::string_view rule, const char* file, unsigned line) {
   if (holds) [[likely]]
     return;
   std::fprintf(stderr, "orvane: programming error: %.*s (%s:%u)\n", static_cast<int>(rule.size()),
-               rule.data(), where.file_name(), static_cast<unsigned>(where.line()));
+               rule.data(), file, line);
   std::abort();
 }
 
