@@ -1,1 +1,5 @@
-int main() { return 0; }
+#include "cli/program.h"
+
+int main(int argumentCount, char** arguments) {
+  return orvane::cli::runProgram(argumentCount, arguments);
+}

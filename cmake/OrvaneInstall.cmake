@@ -8,6 +8,9 @@ install(TARGETS OrvaneCore OrvaneHeadless
   LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}"
   FILE_SET HEADERS DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}")
 
+# The decoder module lies where OrvaneHeadless looks for it.
+install(TARGETS orvane_ffmpeg LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}/orvane")
+
 # The installed program finds its libraries wherever the prefix is moved to.
 file(RELATIVE_PATH ORVANE_BIN_TO_LIB
   "${CMAKE_INSTALL_FULL_BINDIR}" "${CMAKE_INSTALL_FULL_LIBDIR}")

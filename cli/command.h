@@ -1,0 +1,27 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <functional>
+
+#include "cli/console.h"
+#include "cli/exit_code.h"
+#include "cli/file_list.h"
+
+namespace orvane::cli {
+
+/// What the chosen subcommand does once all arguments are read.
+using ChosenCommand = std::function<ExitCode(Console&)>;
+
+/// FILE… and `--files-from`, as every command that reads many files has them.
+inline void addFileArguments(CLI::App& command, FileList::Request& request) {
+  command.add_option("FILE", request.names, "Files to read; - is standard input");
+  command
+      .add_option(
+          "--files-from", request.listFile,
+          "Read more names from LIST, one per line or separated by NUL bytes; - is standard "
+          "input")
+      ->option_text("LIST")
+      ->group("Input");
+}
+
+}  // namespace orvane::cli

@@ -1,0 +1,10 @@
+#pragma once
+
+#include "cli/command.h"
+
+namespace orvane::cli {
+
+/// `orvane identify FILE…`: container and codec of files, by their bytes.
+void addIdentifyCommand(CLI::App& program, ChosenCommand& chosen);
+
+}  // namespace orvane::cli

@@ -1,0 +1,64 @@
+#include "cli/measured_file.h"
+
+#include "cli/number_text.h"
+#include "orvane/core/channel_order.h"
+
+namespace orvane::cli {
+
+std::string encodingText(const AudioFileIdentity& identity, int sourceBitDepth) {
+  std::string text = identity.encodingName();
+  if (!identity.pcmEncoding && sourceBitDepth > 0)
+    text += ", " + std::to_string(sourceBitDepth) + "-bit";
+  return text;
+}
+
+std::vector<std::string> plainChannelNames(std::size_t count) {
+  if (count == 1) return {"Mono"};
+  if (count == 2) return {"L", "R"};
+  std::vector<std::string> names;
+  for (std::size_t i = 1; i <= count; ++i) names.push_back("Ch " + std::to_string(i));
+  return names;
+}
+
+std::string MeasuredFile::encodingText() const {
+  return identity ? cli::encodingText(*identity, sourceBitDepth) : "";
+}
+
+std::vector<std::string> MeasuredFile::channelNames() const {
+  const auto count = static_cast<std::size_t>(result.channelCount);
+  if (result.buffer && result.buffer->format().layout && count > 1) {
+    auto names = core::ChannelOrder::displayShortNames(*result.buffer->format().layout);
+    if (names.size() == count) return names;
+  }
+  return plainChannelNames(count);
+}
+
+std::vector<std::string> MeasuredFile::warnings() const {
+  std::vector<std::string> texts;
+  for (const auto& warning : detail.warnings) texts.push_back(warning.text);
+  if (detail.nonFiniteSampleCount > 0) {
+    const bool isOne = detail.nonFiniteSampleCount == 1;
+    texts.push_back(
+        NumberText::counted(detail.nonFiniteSampleCount, "sample") +
+        (isOne ? " is not a finite number and counts" : " are not finite numbers and count") +
+        " as silence.");
+  }
+  return texts;
+}
+
+void MeasuredFile::raiseForDualMono() {
+  constexpr float kSecondLoudspeaker = 3.0103F;  // 10·lg 2
+  if (result.channelCount != 1) return;
+  isDualMono = true;
+  result.integratedLUFS += kSecondLoudspeaker;
+  result.maxMomentaryLUFS += kSecondLoudspeaker;
+  result.maxShortTermLUFS += kSecondLoudspeaker;
+  result.speechGatedLUFS += kSecondLoudspeaker;
+  for (auto& point : result.loudnessCurve) {
+    point.momentary += kSecondLoudspeaker;
+    point.shortTerm += kSecondLoudspeaker;
+    point.integrated += kSecondLoudspeaker;
+  }
+}
+
+}  // namespace orvane::cli

@@ -1,0 +1,125 @@
+#include "cli/program.h"
+
+#include <exception>
+#include <memory>
+#include <new>
+#include <optional>
+#include <string>
+
+#include "cli/analyze_command.h"
+#include "cli/command.h"
+#include "cli/help_formatter.h"
+#include "cli/identify_command.h"
+#include "cli/interruption.h"
+#include "cli/usage_error.h"
+#include "orvane/platform/error.h"
+
+namespace orvane::cli {
+namespace {
+
+constexpr const char* kFooter =
+    "\"orvane COMMAND --help\" lists the options of a command.\n\n"
+    "Results go to standard output, everything else to standard error.\n"
+    "Exit codes: 0 all done, 1 a file failed, 2 wrong usage, 3 a requested target is\n"
+    "missed, 130 interrupted.";
+
+std::string versionText() {
+  return "orvane " ORVANE_VERSION;
+}
+
+std::unique_ptr<CLI::App> makeProgram(ChosenCommand& chosen) {
+  auto program = std::make_unique<CLI::App>(
+      "Measures audio files: loudness, true peak, dynamics. Goes by what a file holds, not by its "
+      "name.",
+      "orvane");
+  program->require_subcommand(1);
+  program->set_version_flag("--version", versionText, "Print the versions of the program's parts");
+  program->get_help_ptr()->description("Print this help");
+  program->formatter(std::make_shared<HelpFormatter>());
+  program->footer(kFooter);
+  addAnalyzeCommand(*program, chosen);
+  addIdentifyCommand(*program, chosen);
+  for (CLI::App* command : program->get_subcommands([](CLI::App*) { return true; })) {
+    command->get_help_ptr()->description("Print this help");
+    command->footer("");  // not the program's
+  }
+  return program;
+}
+
+/// The name behind "orvane " for hints; empty when no command was recognised.
+std::string commandName(const CLI::App& program) {
+  const auto chosen = program.get_subcommands();
+  return chosen.empty() ? "" : " " + chosen.front()->get_name();
+}
+
+std::string usageText(const CLI::App& program, std::string text) {
+  while (!text.empty() && text.back() == '\n') text.pop_back();
+  return text + " (see orvane" + commandName(program) + " --help)";
+}
+
+ExitCode runChosen(const CLI::App& program, const ChosenCommand& chosen, Console& console) {
+  try {
+    return chosen(console);
+  } catch (const UsageError& error) {
+    console.error(usageText(program, error.what()));
+    return ExitCode::usage;
+  } catch (const Cancelled&) {
+    console.status("");
+    return Interruption::exitCode();
+  } catch (const std::bad_alloc&) {
+    console.error("not enough memory");
+  } catch (const std::exception& error) {  // `Error`, `OutputFailure`
+    console.error(error.what());
+  }
+  return ExitCode::fileFailed;
+}
+
+void requireCommand(const CLI::App& program, const std::string& name) {
+  std::string known;
+  for (const CLI::App* command : program.get_subcommands([](const CLI::App*) { return true; })) {
+    if (command->get_name() == name) return;
+    known += (known.empty() ? "" : ", ") + command->get_name();
+  }
+  throw UsageError("unknown command '" + name + "', the commands are " + known);
+}
+
+/// Reads the arguments; a code when the program is over after that.
+std::optional<ExitCode> parse(CLI::App& program, int count, const char* const* arguments,
+                              Console& console) {
+  try {
+    if (count > 1 && arguments[1][0] != '-') requireCommand(program, arguments[1]);
+    program.parse(count, arguments);
+    return std::nullopt;
+  } catch (const CLI::CallForHelp&) {
+    console.print(program.help());
+    return ExitCode::done;
+  } catch (const CLI::CallForVersion&) {
+    console.print(versionText() + "\n");
+    return ExitCode::done;
+  } catch (const CLI::ParseError& error) {
+    console.error(usageText(program, error.what()));
+  } catch (const UsageError& error) {
+    console.error(usageText(program, error.what()));
+  }
+  return ExitCode::usage;
+}
+
+}  // namespace
+
+int runProgram(int argumentCount, const char* const* arguments) {
+  openMissingStandardStreams();
+  Interruption::install();
+  Console console(ConsoleTraits::ofProcess());
+  ChosenCommand chosen;
+  const auto program = makeProgram(chosen);
+  try {
+    if (const auto code = parse(*program, argumentCount, arguments, console))
+      return static_cast<int>(*code);
+  } catch (const OutputFailure& error) {
+    console.error(error.what());
+    return static_cast<int>(ExitCode::fileFailed);
+  }
+  return static_cast<int>(runChosen(*program, chosen, console));
+}
+
+}  // namespace orvane::cli

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+/// Text from outside (file names above all) made fit for a terminal.
+namespace orvane::cli::TerminalText {
+
+/// The text in one harmless line: control characters, marks that change the direction of writing,
+/// invisible characters and bytes that are no UTF-8 appear as escapes ("\n", "\x1B", "\u202E").
+std::string escaped(std::string_view text);
+
+/// Columns that valid UTF-8 takes on a terminal: wide characters take two, combining ones none.
+std::size_t width(std::string_view text);
+
+/// The text if it fits into `columns`, else its two ends with "…" between them.
+std::string shortened(std::string_view text, std::size_t columns);
+
+}  // namespace orvane::cli::TerminalText
