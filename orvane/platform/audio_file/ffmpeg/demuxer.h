@@ -33,7 +33,6 @@ class Demuxer {
   Demuxer(const std::filesystem::path& path, std::optional<int> streamIndex, FourCC containerHint);
 
   const std::filesystem::path& path() const noexcept { return source_.file().path(); }
-  const InputFile& file() const noexcept { return source_.file(); }
   const AVFormatContext& format() const noexcept { return *format_; }
   AVStream& stream() const noexcept { return *stream_; }
   /// The stream's decoder; null when FFmpeg has none.

@@ -8,7 +8,6 @@
 
 extern "C" {
 #include <libavcodec/avcodec.h>
-#include <libavutil/dict.h>
 }
 
 namespace orvane {
@@ -74,48 +73,6 @@ constexpr std::array kCodecCodes{
     CodecCode{AV_CODEC_ID_DSD_LSBF_PLANAR, "dsd "},
     CodecCode{AV_CODEC_ID_DSD_MSBF_PLANAR, "dsd "},
 };
-
-struct ContainerCode {
-  std::string_view demuxer;
-  std::string_view code;
-};
-
-constexpr std::array kContainerCodes{
-    ContainerCode{"wav", "WAVE"},    ContainerCode{"w64", "W64f"},
-    ContainerCode{"aiff", "AIFF"},   ContainerCode{"caf", "caff"},
-    ContainerCode{"au", "NeXT"},     ContainerCode{"aac", "adts"},
-    ContainerCode{"flac", "flac"},   ContainerCode{"ogg", "Oggf"},
-    ContainerCode{"ac3", "ac-3"},    ContainerCode{"eac3", "ec-3"},
-    ContainerCode{"amr", "amrf"},    ContainerCode{"amrnb", "amrf"},
-    ContainerCode{"amrwb", "amrf"},  ContainerCode{"loas", "loas"},
-    ContainerCode{"avi", "avi "},    ContainerCode{"asf", "asf "},
-    ContainerCode{"asf_o", "asf "},  ContainerCode{"flv", "flv "},
-    ContainerCode{"mpegts", "mpts"}, ContainerCode{"mpeg", "mpgs"},
-    ContainerCode{"wv", "wvpk"},     ContainerCode{"tta", "TTA1"},
-    ContainerCode{"ape", "ape "},    ContainerCode{"tak", "tak "},
-    ContainerCode{"mpc", "mpck"},    ContainerCode{"mpc8", "mpck"},
-    ContainerCode{"dts", "dts "},    ContainerCode{"dtshd", "dts "},
-    ContainerCode{"truehd", "mlpa"},
-};
-
-/// The major brand decides what an ISO base media file is called.
-FourCC isoMediaCode(const AVFormatContext& format) {
-  const AVDictionaryEntry* entry = av_dict_get(format.metadata, "major_brand", nullptr, 0);
-  const std::string_view brand = entry != nullptr ? entry->value : "qt  ";
-  if (brand.starts_with("M4A") || brand.starts_with("M4P")) return fourCCFrom("m4af");
-  if (brand.starts_with("M4B")) return fourCCFrom("m4bf");
-  if (brand.starts_with("3g2")) return fourCCFrom("3gp2");
-  if (brand.starts_with("3g")) return fourCCFrom("3gpp");
-  return fourCCFrom(brand == "qt  " ? "mov " : "mp4f");
-}
-
-/// WebM is Matroska with another document type, which stands in the EBML header.
-FourCC matroskaCode(const InputFile& file) {
-  std::array<char, 64> head{};
-  const std::size_t count = file.readAt(0, std::as_writable_bytes(std::span(head)));
-  const bool isWebM = std::string_view(head.data(), count).find("webm") != std::string_view::npos;
-  return fourCCFrom(isWebM ? "webm" : "mkv ");
-}
 
 /// A code made of a name's first characters, for what no table knows.
 FourCC codeFromName(std::string_view name) {
@@ -187,19 +144,8 @@ FourCC aacCode(int profile, std::span<const std::uint8_t> configuration) {
 
 }  // namespace
 
-FourCC containerCode(const AVFormatContext& format, AVCodecID codec, const InputFile& file) {
-  // A demuxer may answer to several names, of which the first is its own.
-  const std::string_view names = format.iformat->name;
-  const std::string_view name = names.substr(0, names.find(','));
-  if (name == "mov") return isoMediaCode(format);
-  if (name == "matroska") return matroskaCode(file);
-  if (name == "mp3")
-    return fourCCFrom(codec == AV_CODEC_ID_MP1   ? "MPG1"
-                      : codec == AV_CODEC_ID_MP2 ? "MPG2"
-                                                 : "MPG3");
-  const auto known = std::find_if(kContainerCodes.begin(), kContainerCodes.end(),
-                                  [&](const auto& entry) { return entry.demuxer == name; });
-  return known != kContainerCodes.end() ? fourCCFrom(known->code) : codeFromName(name);
+FourCC containerCode(const AVInputFormat& demuxer) {
+  return codeFromName(demuxer.name);
 }
 
 FourCC codecCode(AVCodecID codec, int profile, std::span<const std::uint8_t> configuration) {

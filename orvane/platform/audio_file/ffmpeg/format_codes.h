@@ -9,13 +9,11 @@ extern "C" {
 }
 
 #include "orvane/platform/four_cc.h"
-#include "orvane/platform/input_file.h"
 
 namespace orvane {
 
-/// Container code of what FFmpeg's demuxer found in `file`, for files whose bytes told the sniffer
-/// nothing. Containers without a Core Audio code have one of our own.
-FourCC containerCode(const AVFormatContext& format, AVCodecID codec, const InputFile& file);
+/// A code for a container that no signature names, made of its demuxer's name.
+FourCC containerCode(const AVInputFormat& demuxer);
 
 /// Format code of a codec; `profile` is FFmpeg's, or FF_PROFILE_UNKNOWN; `configuration` is an
 /// MPEG-4 AudioSpecificConfig where the codec has one, else empty.

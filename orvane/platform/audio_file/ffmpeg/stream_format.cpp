@@ -151,8 +151,7 @@ AudioFileDescription describeStream(const Demuxer& demuxer, FourCC containerHint
   AVCodecParameters& parameters = *demuxer.stream().codecpar;
   AudioFileDescription description;
   description.fileTypeID =
-      containerHint != 0 ? containerHint
-                         : containerCode(demuxer.format(), parameters.codec_id, demuxer.file());
+      containerHint != 0 ? containerHint : containerCode(*demuxer.format().iformat);
   const AVChannelLayout& layout = decoded != nullptr ? decoded->ch_layout : parameters.ch_layout;
   description.layout = channelLayoutFrom(layout);
 
