@@ -17,6 +17,7 @@ namespace orvane {
 namespace {
 
 constexpr const char* kNotAudio = "Not an audio file";
+constexpr const char* kNotSupported = "The file format is not supported";
 constexpr const char* kDamaged = "The file is damaged or incomplete";
 constexpr int kMostStreams = 256;
 constexpr int kMostRetries = 1000;
@@ -66,7 +67,8 @@ Demuxer::Demuxer(const std::filesystem::path& path, std::optional<int> streamInd
 
 void Demuxer::open(FourCC containerHint) {
   const AVInputFormat* demuxer = demuxerFor(source_.file(), containerHint);
-  if (demuxer == nullptr) throw PlatformError(path(), kNotAudio);
+  if (demuxer == nullptr)
+    throw PlatformError(path(), containerHint != 0 ? kNotSupported : kNotAudio);
 
   Options options;
   options.set("format_whitelist", allowedDemuxers());
@@ -84,7 +86,10 @@ void Demuxer::open(FourCC containerHint) {
   // On failure the context is freed by the callee.
   const int opened = avformat_open_input(&context, "", demuxer, options.address());
   source_.rethrowFailure();
-  if (opened < 0) throw PlatformError(path(), containerHint != 0 ? kDamaged : kNotAudio);
+  if (opened < 0)
+    throw PlatformError(path(), containerHint == 0              ? kNotAudio
+                                : opened == AVERROR_INVALIDDATA ? kDamaged
+                                                                : kNotSupported);
   format_.reset(context);
 
   for (unsigned i = 0; i < format_->nb_streams; ++i)
