@@ -25,8 +25,8 @@ ORVANE_API void detectPerSamplePeaks(const float* work, std::size_t frameCount,
                                      float* peaks) noexcept;
 
 /// The largest magnitude among `floor`, all samples and all interpolated values of a run of
-/// `frameCount` samples that is preceded by `kHistory` readable samples. Stretches that cannot
-/// raise the result are passed over. Non-finite samples count as 0.
+/// `frameCount` samples that, unless it is empty, is preceded by `kHistory` readable samples.
+/// Stretches that cannot raise the result are passed over. Non-finite samples count as 0.
 ORVANE_API float largestPeak(Factor factor, const float* samples, std::size_t frameCount,
                              float floor) noexcept;
 

@@ -104,6 +104,7 @@ struct CleanBlock {
 };
 
 float LargestPeak(int factor, const float* samples, size_t frameCount, float floor) {
+  if (frameCount == 0) return floor;  // then nothing before `samples` need be readable
   const FilterRange range = factor == 4 ? FilterRange{0, 1} : FilterRange{1, 3};
   const float largestGain = LargestGain();
   float largest = floor;

@@ -17,10 +17,12 @@ double amplitudeOf(double levelDBFS) {
   return std::pow(10.0, levelDBFS / 20.0);
 }
 
-/// One period of the repeating sequence sin(2π · n · cycles ÷ period + phase).
-std::vector<double> sineTable(std::uint64_t cycles, std::uint64_t period, double phase) {
+/// One period of the repeating sequence sin(2π · n · cycles ÷ period + phase), or its first `most`
+/// values.
+std::vector<double> sineTable(std::uint64_t cycles, std::uint64_t period, double phase,
+                              std::size_t most) {
   const std::uint64_t common = std::gcd(cycles, period);
-  std::vector<double> table(period / common);
+  std::vector<double> table(std::min<std::size_t>(period / common, most));
   for (std::size_t n = 0; n < table.size(); ++n) {
     const auto turn = static_cast<double>(n * cycles % period) / static_cast<double>(period);
     table[n] = std::sin(kTwoPi * turn + phase);
@@ -79,7 +81,7 @@ class Note {
 
 std::vector<float> tone(std::uint32_t sampleRate, std::uint32_t hertz,
                         std::span<const ToneSegment> segments) {
-  const std::vector<double> sine = sineTable(hertz, sampleRate, 0.0);
+  const std::vector<double> sine = sineTable(hertz, sampleRate, 0.0, sampleRate);
   const auto frameAt = [sampleRate](double seconds) {
     return static_cast<std::size_t>(std::llround(seconds * sampleRate));
   };
@@ -108,7 +110,7 @@ std::vector<float> tone(std::uint32_t sampleRate, std::uint32_t hertz,
 
 std::vector<float> lockedSine(std::size_t frames, std::uint32_t cycles, std::uint32_t period,
                               double phase, double amplitude) {
-  const std::vector<double> sine = sineTable(cycles, period, phase);
+  const std::vector<double> sine = sineTable(cycles, period, phase, frames);
   std::vector<float> samples(frames);
   for (std::size_t n = 0; n < frames; ++n)
     samples[n] = static_cast<float>(amplitude * sine[n % sine.size()]);
