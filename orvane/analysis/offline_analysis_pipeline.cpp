@@ -8,13 +8,13 @@
 #include <utility>
 
 #include "orvane/analysis/programme_statistics.h"
-#include "orvane/analysis/stage_progress.h"
 #include "orvane/audio/audio_source_reader.h"
 #include "orvane/core/channel_order.h"
 #include "orvane/core/decibels.h"
 #include "orvane/core/dr_processor.h"
 #include "orvane/core/loudness_processor.h"
 #include "orvane/platform/parallel.h"
+#include "orvane/platform/stage_progress.h"
 
 namespace orvane::OfflineAnalysisPipeline {
 namespace {
