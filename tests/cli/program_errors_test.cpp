@@ -1,0 +1,191 @@
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <thread>
+
+#include "tests/cli/program_fixture.h"
+
+namespace orvane::cli::test {
+namespace {
+
+using ::testing::EndsWith;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using ::testing::Not;
+using ::testing::StartsWith;
+
+std::size_t lineCount(const std::string& text) {
+  return static_cast<std::size_t>(std::count(text.begin(), text.end(), '\n'));
+}
+
+class ProgramErrors : public ProgramTest {
+ protected:
+  /// A file that cannot be measured: exit code 1, one line, nothing on standard output.
+  void expectFailure(const std::string& name, const std::string& text) const {
+    for (const char* command : {"analyze", "identify"}) {
+      const ProgramEnd end = run({command, "--", name});
+      EXPECT_EQ(end.exitCode, 1) << command << " " << name;
+      EXPECT_THAT(end.output, IsEmpty());
+      EXPECT_THAT(end.errors, StartsWith("orvane: "));
+      EXPECT_THAT(end.errors, HasSubstr(text));
+      EXPECT_EQ(lineCount(end.errors), 1U) << end.errors;
+    }
+  }
+
+  /// Wrong arguments: exit code 2, one line that begins with `text`, nothing on standard output.
+  void expectUsageError(const std::vector<std::string>& arguments, const std::string& text) const {
+    const ProgramEnd end = run(arguments);
+    EXPECT_EQ(end.exitCode, 2) << text;
+    EXPECT_THAT(end.output, IsEmpty());
+    EXPECT_THAT(end.errors, StartsWith("orvane: " + text));
+    EXPECT_THAT(end.errors, EndsWith("--help)\n"));
+    EXPECT_EQ(lineCount(end.errors), 1U) << end.errors;
+  }
+};
+
+TEST_F(ProgramErrors, NamesAMissingFile) {
+  expectFailure("missing.wav", "orvane: missing.wav: No such file or directory\n");
+}
+
+TEST_F(ProgramErrors, RefusesDirectoriesPipesSocketsAndDevices) {
+  ASSERT_EQ(mkfifo((folder() / "pipe").c_str(), 0600), 0);
+  const int descriptor = socket(AF_UNIX, SOCK_STREAM, 0);
+  sockaddr_un address{};
+  address.sun_family = AF_UNIX;
+  (folder() / "socket").string().copy(address.sun_path, sizeof address.sun_path - 1);
+  ASSERT_EQ(bind(descriptor, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+  expectFailure(folder().path().string(), "Is a directory");
+  expectFailure("pipe", "pipe: ");
+  expectFailure("socket", "socket: ");
+  expectFailure("/dev/zero", "zero: ");
+  close(descriptor);
+}
+
+TEST_F(ProgramErrors, NamesAnUnreadableFile) {
+  if (geteuid() == 0) {
+    // No file is unreadable to root; one of the kernel's own is.
+    expectFailure("/proc/self/mem", "mem: ");
+    return;
+  }
+  folder().write("locked.wav", waveFile(sineSamples(480, 0.5)));
+  chmod((folder() / "locked.wav").c_str(), 0);
+  expectFailure("locked.wav", "locked.wav: Permission denied");
+}
+
+TEST_F(ProgramErrors, RefusesWhatIsNoAudio) {
+  folder().write("empty.wav", "");
+  folder().write("byte.wav", "R");
+  folder().write("text.wav", "This is only text, whatever the name says.\n");
+  folder().write("list.wav", "#EXTM3U\n#EXTINF:1,x\ngood.wav\n");
+  for (const char* name : {"empty.wav", "byte.wav", "text.wav", "list.wav"})
+    expectFailure(name, name);
+}
+
+TEST_F(ProgramErrors, RefusesRatesThatNoRecorderHas) {
+  folder().write("slow.wav", waveFile(sineSamples(480, 0.5), 2, 50));
+  const ProgramEnd end = run({"analyze", "slow.wav"});
+  EXPECT_EQ(end.exitCode, 1);
+  EXPECT_EQ(end.errors, "orvane: slow.wav: a sample rate of 50 Hz is outside 100 Hz to 10 MHz\n");
+}
+
+TEST_F(ProgramErrors, EscapesHostileNamesInMessages) {
+  const ProgramEnd end = run({"analyze", "a\x1B[2J\u202E\nb\xFF.wav"});
+  EXPECT_EQ(end.exitCode, 1);
+  EXPECT_THAT(end.errors, HasSubstr("a\\x1B[2J\\u202E\\nb\\xFF.wav"));
+  EXPECT_EQ(lineCount(end.errors), 1U);
+}
+
+TEST_F(ProgramErrors, AnswersWrongUsageInOneLine) {
+  expectUsageError({}, "A subcommand is required");
+  expectUsageError({"good.wav"}, "unknown command 'good.wav', the commands are analyze");
+  expectUsageError({"analyze"}, "no FILE is given");
+  expectUsageError({"identify"}, "no FILE is given");
+  expectUsageError({"analyze", "--bogus", "good.wav"},
+                   "The following argument was not expected: --bogus");
+  expectUsageError({"analyze", "good.wav", "--curves"}, "--curves requires --json");
+  expectUsageError({"analyze", "good.wav", "--jobs", "0"}, "--jobs: ");
+  expectUsageError({"analyze", "good.wav", "--jobs", "x"}, "");
+  expectUsageError({"analyze", "good.wav", "--jobs"}, "--jobs: ");
+  expectUsageError({"analyze", "good.wav", "--stream", "-1"}, "");
+  expectUsageError({"analyze", "good.wav", "--raw", "s16le,48000"},
+                   "--raw: ENCODING,RATE,CHANNELS");
+  expectUsageError({"analyze", "-", "-"}, "standard input can be read only once");
+  expectUsageError({"analyze", "-", "--files-from", "-"}, "standard input can be read only once");
+  expectUsageError({"analyze", "--bo\ngus\x1B"},
+                   "The following argument was not expected: --bo\\ngus\\x1B");
+}
+
+TEST_F(ProgramErrors, RunsNothingWhenAnArgumentIsWrong) {
+  const ProgramEnd end = run({"analyze", "good.wav", "--bogus"});
+  EXPECT_THAT(end.output, IsEmpty());
+}
+
+TEST_F(ProgramErrors, FailsWhenStandardOutputCannotBeWritten) {
+  for (const char* command : {"analyze", "identify"}) {
+    ProgramSetup full;
+    full.arguments = {command, "good.wav"};
+    full.outputFile = "/dev/full";
+    const ProgramEnd fullEnd = run(full);
+    EXPECT_EQ(fullEnd.exitCode, 1);
+    EXPECT_EQ(fullEnd.errors, "orvane: standard output: No space left on device\n");
+
+    ProgramSetup closed;
+    closed.arguments = {command, "good.wav"};
+    closed.closesOutput = true;
+    const ProgramEnd closedEnd = run(closed);
+    EXPECT_EQ(closedEnd.exitCode, 1);
+    EXPECT_EQ(closedEnd.errors, "orvane: standard output: Bad file descriptor\n");
+  }
+}
+
+TEST_F(ProgramErrors, FailsWhenHelpCannotBeWritten) {
+  ProgramSetup setup;
+  setup.arguments = {"--help"};
+  setup.outputFile = "/dev/full";
+  EXPECT_EQ(run(setup).exitCode, 1);
+}
+
+TEST_F(ProgramErrors, StopsAtTheFirstOutputFailureOfABatch) {
+  ProgramSetup setup;
+  setup.arguments = {"analyze", "good.wav", "good.wav", "good.wav", "good.wav", "--jobs", "2"};
+  setup.outputFile = "/dev/full";
+  const ProgramEnd end = run(setup);
+  EXPECT_EQ(end.exitCode, 1);
+  EXPECT_EQ(end.errors, "orvane: standard output: No space left on device\n");
+}
+
+TEST_F(ProgramErrors, EndsWithTheSignalsCodeAndLeavesNothingBehind) {
+  for (const auto& [signal, code] : {std::pair{SIGINT, 130}, std::pair{SIGTERM, 143}}) {
+    const orvane::test::TemporaryDirectory temporary;
+    ProgramSetup setup;
+    setup.arguments = {"analyze", "-"};
+    setup.environment = {"TMPDIR=" + temporary.path().string()};
+    // The program waits for standard input, which nobody writes, when the signal comes.
+    setup.meanwhile = [number = signal](int process) {
+      std::this_thread::sleep_for(std::chrono::milliseconds(500));
+      kill(process, number);
+      std::this_thread::sleep_for(std::chrono::milliseconds(200));
+    };
+    const ProgramEnd end = run(setup);
+    EXPECT_EQ(end.exitCode, code);
+    EXPECT_THAT(end.output, IsEmpty());
+    EXPECT_THAT(end.errors, IsEmpty());
+    EXPECT_TRUE(std::filesystem::is_empty(temporary.path()));
+  }
+}
+
+TEST_F(ProgramErrors, DoesNotHandItsMistakesToOtherFilesWhenStreamsAreClosed) {
+  ProgramSetup setup;
+  setup.arguments = {"analyze", "-", "--json"};
+  setup.input = waveFile(sineSamples(4800, 0.5));
+  setup.closesOutput = true;  // the copy of standard input must not take the place of the output
+  const ProgramEnd end = run(setup);
+  EXPECT_EQ(end.exitCode, 1);
+  EXPECT_THAT(end.errors, HasSubstr("standard output"));
+}
+
+}  // namespace
+}  // namespace orvane::cli::test
