@@ -146,7 +146,7 @@ INSTANTIATE_TEST_SUITE_P(
                     Format{"gsm.wav", codec("libgsm_ms", {"-ar", "8000"}), "WAVE", "agsm"},
                     Format{"mp3.wav", codec("libmp3lame", kStereo), "WAVE", ".mp3"},
                     Format{"mp2.wav", codec("mp2"), "WAVE", ".mp2"},
-                                Format{"ac3.wav", codec("ac3"), "WAVE", "ac-3"},
+                    Format{"ac3.wav", codec("ac3"), "WAVE", "ac-3"},
                     Format{"g722.wav", codec("g722", {"-ar", "16000"}), "WAVE", "g722"},
                     Format{"ulaw.w64", codec("pcm_mulaw"), "W64f", "ulaw"},
                     Format{"ulaw.au", codec("pcm_mulaw", kStereo), "NeXT", "ulaw"},
