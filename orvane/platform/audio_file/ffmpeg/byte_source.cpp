@@ -16,8 +16,8 @@ constexpr int kBufferBytes = 64 << 10;
 
 /// A well-meaning file is read a few times over: probing, headers, an index at the end. One whose
 /// forged offsets send a demuxer back for ever is stopped here.
-constexpr std::uint64_t kMostPasses = 64;
-constexpr std::uint64_t kAlwaysAllowedBytes = std::uint64_t{64} << 20;
+constexpr std::uint64_t kMostPasses = 256;
+constexpr std::uint64_t kAlwaysAllowedBytes = std::uint64_t{1} << 20;
 
 }  // namespace
 

@@ -1,6 +1,7 @@
 #include "orvane/platform/audio_file/ffmpeg/decoder.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstring>
 #include <new>
 #include <string>
@@ -29,9 +30,9 @@ FramePointer makeFrame() {
 
 CodecContextPointer openCodec(const Demuxer& demuxer, std::size_t threadCount, int flags2) {
   const AVStream& stream = demuxer.stream();
+  const std::string name = avcodec_get_name(stream.codecpar->codec_id);
   if (demuxer.codec() == nullptr)
-    throw PlatformError(demuxer.path(), std::string("There is no decoder for its codec, ") +
-                                            avcodec_get_name(stream.codecpar->codec_id));
+    throw PlatformError(demuxer.path(), "There is no decoder for its codec, " + name);
   CodecContextPointer context(avcodec_alloc_context3(demuxer.codec()));
   if (!context) throw std::bad_alloc();
   int result = avcodec_parameters_to_context(context.get(), stream.codecpar);
@@ -39,6 +40,9 @@ CodecContextPointer openCodec(const Demuxer& demuxer, std::size_t threadCount, i
   context->thread_count = static_cast<int>(std::clamp<std::size_t>(threadCount, 1, kMostThreads));
   context->flags2 |= flags2;
   if (result >= 0) result = avcodec_open2(context.get(), demuxer.codec(), nullptr);
+  if (result == AVERROR_PATCHWELCOME || result == AVERROR(ENOSYS))
+    throw PlatformError(demuxer.path(),
+                        "There is no decoder for this variant of its codec, " + name);
   if (result < 0) throw PlatformError(demuxer.path(), ffmpegErrorText(result));
   return context;
 }

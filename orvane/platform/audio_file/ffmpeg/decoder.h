@@ -38,9 +38,10 @@ class Decoder {
   const AVFrame* next();
 
   const AVCodecContext& codec() const noexcept { return *codec_; }
-  /// Whether packets before the last one were left out because they could not be decoded. The last
-  /// one of a file is often a harmless scrap.
+  /// Whether packets before the last one were left out because they could not be decoded.
   bool hasMetDamage() const noexcept { return hasMetDamage_; }
+  /// Whether the last packet so far could not be decoded: at the end of a file often a scrap.
+  bool hasJustFailed() const noexcept { return hasJustFailed_; }
   /// Whether the stream has any packet at all, as far as it was read.
   bool hasMetPackets() const noexcept { return hasMetPackets_; }
 

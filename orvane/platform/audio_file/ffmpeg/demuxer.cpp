@@ -1,13 +1,17 @@
 #include "orvane/platform/audio_file/ffmpeg/demuxer.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
+#include <cstdint>
+#include <mutex>
 #include <new>
 #include <string>
 
 extern "C" {
 #include <libavutil/dict.h>
 #include <libavutil/error.h>
+#include <libavutil/mem.h>
 }
 
 #include "orvane/platform/audio_file/ffmpeg/formats.h"
@@ -26,6 +30,21 @@ constexpr int kMostRetries = 1000;
 int refuseToOpen(AVFormatContext* /*context*/, AVIOContext** /*io*/, const char* /*url*/,
                  int /*flags*/, AVDictionary** /*options*/) {
   return AVERROR(EPERM);
+}
+
+/// Bounds each of FFmpeg's allocations by what the largest file opened so far justifies. The
+/// largest that real files ask for is an MP4's index, smaller than the packets and tables it points
+/// to; a forged one would cost gigabytes. The bound is one for the process and so can only rise.
+void allowAllocationsFor(std::uint64_t fileBytes) {
+  constexpr std::uint64_t kAlwaysAllowed = std::uint64_t{32} << 20;
+  constexpr std::uint64_t kMost = std::uint64_t{1} << 30;
+  static std::mutex mutex;
+  static std::uint64_t allowed = 0;
+  const std::lock_guard lock(mutex);
+  const std::uint64_t needed = kAlwaysAllowed + 2 * std::min(fileBytes, kMost);
+  if (needed <= allowed) return;
+  allowed = needed;
+  av_max_alloc(allowed);
 }
 
 /// Options of avformat_open_input; freed at the end of the scope.
@@ -61,6 +80,7 @@ PacketPointer makePacket() {
 Demuxer::Demuxer(const std::filesystem::path& path, std::optional<int> streamIndex,
                  FourCC containerHint)
     : source_(path) {
+  allowAllocationsFor(source_.file().size());
   open(containerHint);
   chooseStream(streamIndex);
 }
@@ -87,9 +107,9 @@ void Demuxer::open(FourCC containerHint) {
   const int opened = avformat_open_input(&context, "", demuxer, options.address());
   source_.rethrowFailure();
   if (opened < 0)
-    throw PlatformError(path(), containerHint == 0              ? kNotAudio
-                                : opened == AVERROR_INVALIDDATA ? kDamaged
-                                                                : kNotSupported);
+    throw PlatformError(path(), containerHint == 0               ? kNotAudio
+                                : opened == AVERROR_PATCHWELCOME ? kNotSupported
+                                                                 : kDamaged);
   format_.reset(context);
 
   for (unsigned i = 0; i < format_->nb_streams; ++i)

@@ -30,6 +30,7 @@ class FFmpegAudioFile final : public AudioFile {
  private:
   void nextFrame();
   void reportProgress();
+  void warnOfTruncation();
   void warn(AudioFileWarning::Code code, const char* text);
 
   Demuxer demuxer_;
@@ -57,9 +58,7 @@ FFmpegAudioFile::FFmpegAudioFile(const std::filesystem::path& path,
   }
   const StreamLength length = countFrames(path, options, containerHint);
   frameLength_ = length.frames;
-  if (length.isTruncated)
-    warn(AudioFileWarning::Code::truncatedAudio,
-         "The file ends before its audio does; what is there is used.");
+  if (length.isTruncated) warnOfTruncation();
 }
 
 void FFmpegAudioFile::read(PCMBuffer& buffer) {
@@ -87,9 +86,11 @@ void FFmpegAudioFile::read(PCMBuffer& buffer) {
 void FFmpegAudioFile::nextFrame() {
   frame_ = decoder_.next();
   frameOffset_ = 0;
-  if (frame_ == nullptr && (decoder_.hasMetDamage() || position_ < frameLength_))
+  if (frame_ != nullptr) return;
+  if (decoder_.hasMetDamage())
     warn(AudioFileWarning::Code::damagedAudio,
          "Parts of the audio are damaged and could not be decoded; they are left out.");
+  if (decoder_.hasJustFailed() && position_ < frameLength_) warnOfTruncation();
 }
 
 void FFmpegAudioFile::reportProgress() {
@@ -101,8 +102,15 @@ void FFmpegAudioFile::reportProgress() {
   nextReport_ = std::min(position_ + kFramesBetweenReports, frameLength_);
 }
 
+void FFmpegAudioFile::warnOfTruncation() {
+  warn(AudioFileWarning::Code::truncatedAudio,
+       "The file ends before its audio does; what is there is used.");
+}
+
 void FFmpegAudioFile::warn(AudioFileWarning::Code code, const char* text) {
-  description_.warnings.push_back({code, text});
+  const auto isSame = [&](const AudioFileWarning& warning) { return warning.code == code; };
+  std::vector<AudioFileWarning>& warnings = description_.warnings;
+  if (std::none_of(warnings.begin(), warnings.end(), isSame)) warnings.push_back({code, text});
 }
 
 }  // namespace
@@ -116,11 +124,14 @@ std::unique_ptr<AudioFile> openFFmpegAudioFile(const std::filesystem::path& path
 AudioFileDescription describeFFmpegAudioFile(const std::filesystem::path& path,
                                              FourCC containerHint) {
   Demuxer demuxer(path, std::nullopt, containerHint);
-  // Without a decoder the container still tells the codec.
-  if (demuxer.codec() == nullptr) return describeStream(demuxer, containerHint, nullptr, nullptr);
-  Decoder decoder(demuxer, 1);
-  const AVFrame* frame = decoder.next();
-  return describeStream(demuxer, containerHint, &decoder.codec(), frame);
+  try {
+    Decoder decoder(demuxer, 1);
+    const AVFrame* frame = decoder.next();
+    return describeStream(demuxer, containerHint, &decoder.codec(), frame);
+  } catch (const PlatformError&) {
+    // Where no decoder can help, the container still tells the codec.
+    return describeStream(demuxer, containerHint, nullptr, nullptr);
+  }
 }
 
 }  // namespace orvane

@@ -106,25 +106,51 @@ unsigned readObjectType(BitReader& bits) {
   return type == 31 ? 32 + bits.read(6) : type;
 }
 
-/// ISO/IEC 14496-3, 1.6.2.1: the audio object type that comes first.
+/// Sample rate index and channel configuration; false for channels that a program config lists.
+bool skipRateAndChannels(BitReader& bits) {
+  constexpr unsigned kExplicitRate = 15;
+  if (bits.read(4) == kExplicitRate) bits.read(24);
+  return bits.read(4) != 0;
+}
+
+/// ISO/IEC 14496-3, 1.6.5.2: low-complexity AAC may tell of its extensions behind its own
+/// configuration, so that older decoders still play it.
+FourCC extendedLowComplexityCode(BitReader& bits) {
+  constexpr unsigned kBandReplicationSync = 0x2B7;
+  constexpr unsigned kParametricStereoSync = 0x548;
+  if (!skipRateAndChannels(bits)) return fourCCFrom("aac ");
+  bits.read(3);  // frame length, core coder, extension
+  const bool hasBandReplication =
+      bits.read(11) == kBandReplicationSync && bits.read(5) == 5 && bits.read(1) != 0;
+  if (!hasBandReplication) return fourCCFrom("aac ");
+  if (bits.read(4) == 15) bits.read(24);  // the extension's sample rate
+  const bool hasParametricStereo = bits.read(11) == kParametricStereoSync && bits.read(1) != 0;
+  return fourCCFrom(hasParametricStereo ? "aacp" : "aach");
+}
+
+/// Enhanced low delay says itself whether it carries band replication.
+FourCC enhancedLowDelayCode(BitReader& bits) {
+  skipRateAndChannels(bits);
+  bits.read(4);  // frame length, three resilience flags
+  return fourCCFrom(bits.read(1) != 0 ? "aacf" : "aace");
+}
+
+/// ISO/IEC 14496-3, 1.6.2.1: the audio object type comes first.
 FourCC codeFromConfiguration(std::span<const std::uint8_t> configuration) {
   BitReader bits(configuration);
-  const unsigned objectType = readObjectType(bits);
-  switch (objectType) {
+  switch (readObjectType(bits)) {
+    case 2:
+      return extendedLowComplexityCode(bits);
     case 5:
       return fourCCFrom("aach");
-    case 29:
-      return fourCCFrom("aacp");
     case 23:
       return fourCCFrom("aacl");
+    case 29:
+      return fourCCFrom("aacp");
+    case 39:
+      return enhancedLowDelayCode(bits);
     case 42:
       return fourCCFrom("usac");
-    case 39: {
-      if (bits.read(4) == 15) bits.read(24);  // an explicit sample rate
-      bits.read(4);                           // channel configuration
-      bits.read(4);                           // frame length, three resilience flags
-      return fourCCFrom(bits.read(1) != 0 ? "aacf" : "aace");
-    }
     default:
       return fourCCFrom("aac ");
   }
