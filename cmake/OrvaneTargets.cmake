@@ -7,9 +7,17 @@ add_library(orvane_compile_options INTERFACE)
 target_compile_options(orvane_compile_options INTERFACE
   -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Wnon-virtual-dtor -Wimplicit-fallthrough
   # Results are pinned in tests: a multiply and an add are fused only where the code says so.
-  -ffp-contract=off
-  # No path of the building machine in the binaries.
-  "-ffile-prefix-map=${PROJECT_SOURCE_DIR}/=")
+  -ffp-contract=off)
+if(CMAKE_CXX_COMPILER_LAUNCHER STREQUAL "ccache")
+  # Lets several checkouts of the project share what one of them has compiled.
+  set(CMAKE_CXX_COMPILER_LAUNCHER
+    env "CCACHE_BASEDIR=${PROJECT_SOURCE_DIR}" CCACHE_NOHASHDIR=1 ccache)
+  set(CMAKE_C_COMPILER_LAUNCHER ${CMAKE_CXX_COMPILER_LAUNCHER})
+else()
+  # No path of the building machine in the binaries; it would also defeat the sharing above.
+  target_compile_options(orvane_compile_options INTERFACE
+    "-ffile-prefix-map=${PROJECT_SOURCE_DIR}/=")
+endif()
 if(ORVANE_WARNINGS_AS_ERRORS)
   target_compile_options(orvane_compile_options INTERFACE -Werror)
 endif()
