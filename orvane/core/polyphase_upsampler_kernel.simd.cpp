@@ -6,6 +6,7 @@
 #include "hwy/foreach_target.h"  // IWYU pragma: keep
 #include "hwy/highway.h"         // must follow foreach_target.h
 
+#include <array>
 #include <cfloat>
 
 #include "orvane/core/polyphase_upsampler_taps.h"
@@ -14,7 +15,8 @@ HWY_BEFORE_NAMESPACE();
 namespace orvane::core::HWY_NAMESPACE {
 namespace hn = hwy::HWY_NAMESPACE;
 
-constexpr size_t kHistory = kUpsamplerTaps - 1;
+constexpr size_t kHistory = PolyphaseUpsampler4x::kHistory;
+constexpr size_t kPeakHistory = PolyphaseUpsampler4x::kPeakHistory;
 
 /// Samples that are passed over or interpolated together.
 constexpr size_t kBlockFrames = 64;
@@ -49,71 +51,77 @@ uint32_t MagnitudeBits(const float* samples, size_t count) {
 }
 
 /// One filter over the windows that end at samples[0 … lanes − 1].
-template <class D>
-HWY_INLINE hn::Vec<D> Interpolate(D d, const float* samples, const float* taps) {
-  auto sum = hn::Mul(hn::Set(d, taps[0]), hn::LoadU(d, samples - kHistory));
-  for (size_t tap = 1; tap < kUpsamplerTaps; ++tap)
-    sum = hn::MulAdd(hn::Set(d, taps[tap]), hn::LoadU(d, samples + tap - kHistory), sum);
+template <class D, size_t kTaps>
+HWY_INLINE hn::Vec<D> Interpolate(D d, const float* samples, const std::array<float, kTaps>& taps) {
+  const float* window = samples - (kTaps - 1);
+  auto sum = hn::Mul(hn::Set(d, taps[0]), hn::LoadU(d, window));
+  for (size_t tap = 1; tap < kTaps; ++tap)
+    sum = hn::MulAdd(hn::Set(d, taps[tap]), hn::LoadU(d, window + tap), sum);
   return sum;
 }
 
-/// Which of the filters a factor uses: all three, or the middle one alone.
-struct FilterRange {
-  size_t first, step;
-};
-
-/// Largest interpolated magnitude over samples that, with the 13 before, are finite.
-float InterpolatedPeak(const float* samples, size_t count, FilterRange range) {
+/// Largest value, in magnitude, that one filter gives over samples that are finite, as those that
+/// its windows reach back to.
+template <size_t kTaps>
+float FilteredPeak(const float* samples, size_t count, const std::array<float, kTaps>& taps) {
   const hn::ScalableTag<float> wide;
   const hn::CappedTag<float, 1> single;
   auto largest = hn::Zero(wide);
   auto largestSingle = hn::Zero(single);
-  for (size_t f = range.first; f < kUpsamplerFilters.size(); f += range.step) {
-    const float* taps = kUpsamplerFilters[f].data();
-    size_t i = 0;
-    for (; i + hn::Lanes(wide) <= count; i += hn::Lanes(wide))
-      largest = hn::Max(largest, hn::Abs(Interpolate(wide, samples + i, taps)));
-    for (; i < count; ++i)
-      largestSingle = hn::Max(largestSingle, hn::Abs(Interpolate(single, samples + i, taps)));
-  }
+  size_t i = 0;
+  for (; i + hn::Lanes(wide) <= count; i += hn::Lanes(wide))
+    largest = hn::Max(largest, hn::Abs(Interpolate(wide, samples + i, taps)));
+  for (; i < count; ++i)
+    largestSingle = hn::Max(largestSingle, hn::Abs(Interpolate(single, samples + i, taps)));
   return HWY_MAX(hn::GetLane(hn::MaxOfLanes(wide, largest)), hn::GetLane(largestSingle));
 }
 
-/// The most by which a filter can exceed the largest sample it sees, with room for rounding.
-float LargestGain() {
-  float largest = 1.0F;
-  for (const auto& taps : kUpsamplerFilters) {
-    float sum = 0;
-    for (const float tap : taps) sum += tap < 0 ? -tap : tap;
-    largest = HWY_MAX(largest, sum);
-  }
-  return largest * 1.00001F;
+float InterpolatedPeak(int factor, const float* samples, size_t count) {
+  if (factor == 2) return FilteredPeak(samples, count, kHalfwayFilter);
+  float largest = 0;
+  for (const auto& taps : kUpsamplerFilters)
+    largest = HWY_MAX(largest, FilteredPeak(samples, count, taps));
+  return largest;
 }
 
-/// A block and the 13 samples before it, with 0 for those that are not finite.
+template <size_t kTaps>
+float GainBound(const std::array<float, kTaps>& taps) {
+  float sum = 0;
+  for (const float tap : taps) sum += tap < 0 ? -tap : tap;
+  return sum * 1.00001F;  // room for rounding
+}
+
+/// The most by which a factor's filters can exceed the largest sample they see.
+float LargestGain(int factor) {
+  if (factor == 2) return GainBound(kHalfwayFilter);
+  float largest = 0;
+  for (const auto& taps : kUpsamplerFilters) largest = HWY_MAX(largest, GainBound(taps));
+  return largest;
+}
+
+/// A block and the samples before it that windows reach back to, with 0 for those not finite.
 struct CleanBlock {
-  float samples[kHistory + kBlockFrames];
+  float samples[kPeakHistory + kBlockFrames];
 
   CleanBlock(const float* block, size_t count) {
-    for (size_t i = 0; i < kHistory + count; ++i) {
-      const float x = (block - kHistory)[i];
+    for (size_t i = 0; i < kPeakHistory + count; ++i) {
+      const float x = (block - kPeakHistory)[i];
       samples[i] = x >= -FLT_MAX && x <= FLT_MAX ? x : 0.0F;
     }
   }
-  const float* block() const { return samples + kHistory; }
+  const float* block() const { return samples + kPeakHistory; }
 };
 
 float LargestPeak(int factor, const float* samples, size_t frameCount, float floor) {
   if (frameCount == 0) return floor;  // then nothing before `samples` need be readable
-  const FilterRange range = factor == 4 ? FilterRange{0, 1} : FilterRange{1, 3};
-  const float largestGain = LargestGain();
+  const float largestGain = LargestGain(factor);
   float largest = floor;
   const auto measure = [&](const float* block, size_t count, uint32_t windowBits, uint32_t bits) {
     largest = HWY_MAX(largest, FloatOfBits(bits));
     if (factor != 1 && FloatOfBits(windowBits) * largestGain > largest)
-      largest = HWY_MAX(largest, InterpolatedPeak(block, count, range));
+      largest = HWY_MAX(largest, InterpolatedPeak(factor, block, count));
   };
-  uint32_t before = MagnitudeBits(samples - kHistory, kHistory);
+  uint32_t before = MagnitudeBits(samples - kPeakHistory, kPeakHistory);
   for (size_t done = 0; done < frameCount; done += kBlockFrames) {
     const float* block = samples + done;
     const size_t count = HWY_MIN(kBlockFrames, frameCount - done);
@@ -124,7 +132,7 @@ float LargestPeak(int factor, const float* samples, size_t frameCount, float flo
       measure(block, count, window, here);
     } else {
       const CleanBlock clean(block, count);
-      measure(clean.block(), count, MagnitudeBits(clean.samples, kHistory + count),
+      measure(clean.block(), count, MagnitudeBits(clean.samples, kPeakHistory + count),
               MagnitudeBits(clean.block(), count));
     }
   }
@@ -136,7 +144,7 @@ void DetectPerSamplePeaks(const float* work, size_t frameCount, float* peaks) {
     const float* samples = work + kHistory + frame;
     auto largest = hn::Abs(hn::LoadU(d, samples));
     for (const auto& taps : kUpsamplerFilters)
-      largest = hn::Max(largest, hn::Abs(Interpolate(d, samples, taps.data())));
+      largest = hn::Max(largest, hn::Abs(Interpolate(d, samples, taps)));
     hn::StoreU(largest, d, peaks + frame);
   };
   const hn::ScalableTag<float> wide;
@@ -156,7 +164,8 @@ HWY_EXPORT(DetectPerSamplePeaks);
 
 namespace PolyphaseUpsampler4x {
 
-static_assert(kHistory + 1 == kUpsamplerTaps);
+static_assert(kUpsamplerTaps <= kHistory + 1);
+static_assert(kHalfwayTaps == kPeakHistory + 1 && kUpsamplerTaps <= kHalfwayTaps);
 
 void detectPerSamplePeaks(const float* work, std::size_t frameCount, float* peaks) noexcept {
   HWY_DYNAMIC_DISPATCH(DetectPerSamplePeaks)(work, frameCount, peaks);

@@ -8,7 +8,7 @@ namespace orvane::core {
 namespace {
 
 using PolyphaseUpsampler4x::Factor;
-using PolyphaseUpsampler4x::kHistory;
+using PolyphaseUpsampler4x::kPeakHistory;
 
 /// Interpolate until the rate reaches 192 kHz, as BS.1770-5, Annex 2 asks for dBTP. Outside the
 /// rates that are metered at all, the true peak is the sample peak.
@@ -33,23 +33,24 @@ void TruePeakMeter::processChannel(std::size_t channel, const float* samples,
   History& history = histories_[channel];
   float& peak = peaks_[channel];
   // The first windows reach back into the piece before.
-  std::array<float, 2 * kHistory> seam;
-  const std::size_t seamFrames = std::min(frameCount, kHistory);
+  std::array<float, 2 * kPeakHistory> seam;
+  const std::size_t seamFrames = std::min(frameCount, kPeakHistory);
   std::copy(history.begin(), history.end(), seam.begin());
-  std::copy_n(samples, seamFrames, seam.begin() + kHistory);
-  peak = PolyphaseUpsampler4x::largestPeak(factor_, seam.data() + kHistory, seamFrames, peak);
+  std::copy_n(samples, seamFrames, seam.begin() + kPeakHistory);
+  peak = PolyphaseUpsampler4x::largestPeak(factor_, seam.data() + kPeakHistory, seamFrames, peak);
   peak = PolyphaseUpsampler4x::largestPeak(factor_, samples + seamFrames, frameCount - seamFrames,
                                            peak);
-  if (frameCount >= kHistory)
-    std::copy_n(samples + (frameCount - kHistory), kHistory, history.begin());
+  if (frameCount >= kPeakHistory)
+    std::copy_n(samples + (frameCount - kPeakHistory), kPeakHistory, history.begin());
   else
-    std::copy_n(seam.begin() + static_cast<std::ptrdiff_t>(seamFrames), kHistory, history.begin());
+    std::copy_n(seam.begin() + static_cast<std::ptrdiff_t>(seamFrames), kPeakHistory,
+                history.begin());
 }
 
 void TruePeakMeter::flush() {
   constexpr History kSilence{};
   const std::vector<const float*> channels(peaks_.size(), kSilence.data());
-  process(channels, kHistory);
+  process(channels, kPeakHistory);
 }
 
 }  // namespace orvane::core

@@ -23,7 +23,7 @@ class ORVANE_TESTING_API TruePeakMeter {
   std::span<const float> peaks() const noexcept { return peaks_; }
 
  private:
-  using History = std::array<float, PolyphaseUpsampler4x::kHistory>;
+  using History = std::array<float, PolyphaseUpsampler4x::kPeakHistory>;
 
   void processChannel(std::size_t channel, const float* samples, std::size_t frameCount);
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
 
 #include "orvane/core/polyphase_upsampler_taps.h"
 
@@ -14,21 +15,29 @@ double finite(float x) {
 
 }  // namespace
 
-std::vector<double> windowPeaks(std::span<const float> samples, std::size_t firstFilter,
-                                std::size_t filterStep) {
+Filters quarterFilters() {
+  Filters filters;
+  for (const auto& taps : core::kUpsamplerFilters) filters.emplace_back(taps.begin(), taps.end());
+  return filters;
+}
+
+Filters halfwayFilter() {
+  return {{core::kHalfwayFilter.begin(), core::kHalfwayFilter.end()}};
+}
+
+std::vector<double> windowPeaks(std::span<const float> samples, const Filters& filters) {
   const auto count = static_cast<std::ptrdiff_t>(samples.size());
   const auto at = [&](std::ptrdiff_t n) {
     return n >= 0 && n < count ? finite(samples[static_cast<std::size_t>(n)]) : 0.0;
   };
-  const auto history = static_cast<std::ptrdiff_t>(core::kUpsamplerTaps) - 1;
+  const auto reach = static_cast<std::ptrdiff_t>(filters.front().size()) - 1;
   std::vector<double> peaks;
-  for (std::ptrdiff_t last = 0; last < count + history; ++last) {
+  for (std::ptrdiff_t last = 0; last < count + reach; ++last) {
     double peak = std::abs(at(last));
-    for (std::size_t f = firstFilter; f < core::kUpsamplerFilters.size(); f += filterStep) {
+    for (const auto& taps : filters) {
       double sum = 0;
-      for (std::size_t tap = 0; tap < core::kUpsamplerTaps; ++tap)
-        sum += static_cast<double>(core::kUpsamplerFilters[f][tap]) *
-               at(last - history + static_cast<std::ptrdiff_t>(tap));
+      for (std::size_t tap = 0; tap < taps.size(); ++tap)
+        sum += taps[tap] * at(last - reach + static_cast<std::ptrdiff_t>(tap));
       peak = std::max(peak, std::abs(sum));
     }
     peaks.push_back(peak);
@@ -39,7 +48,7 @@ std::vector<double> windowPeaks(std::span<const float> samples, std::size_t firs
 double truePeak(std::span<const float> samples, double sampleRate) {
   if (samples.empty()) return 0;
   if (sampleRate >= 192000) return samplePeak(samples);
-  const auto peaks = sampleRate < 96000 ? windowPeaks(samples, 0, 1) : windowPeaks(samples, 1, 3);
+  const auto peaks = windowPeaks(samples, sampleRate < 96000 ? quarterFilters() : halfwayFilter());
   return *std::max_element(peaks.begin(), peaks.end());
 }
 

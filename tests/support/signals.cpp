@@ -198,7 +198,7 @@ Programme music(std::uint64_t seed, std::uint32_t sampleRate, std::size_t channe
 std::vector<float> bandLimited(std::span<const float> samples, double edge) {
   // A Kaiser window with 80 dB of attenuation: β and the length follow from the transition's width.
   constexpr double kBeta = 7.857;
-  const double transition = 0.07 * edge;
+  const double transition = 0.14 * edge;
   const double cutoff = edge - transition / 2;
   const auto half = static_cast<std::ptrdiff_t>(std::ceil(5.02 / transition / 2));
   std::vector<double> taps;

@@ -42,7 +42,7 @@ Programme music(std::uint64_t seed, std::uint32_t sampleRate, std::size_t channe
                 double seconds);
 
 /// Removes what lies above `edge` (a share of the sample rate, below 0.5) by at least 80 dB; what
-/// lies below 0.93 × `edge` stays.
+/// lies below 0.86 × `edge` stays.
 std::vector<float> bandLimited(std::span<const float> samples, double edge);
 
 /// Raises the level and cuts off what leaves ±1.
