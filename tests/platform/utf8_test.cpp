@@ -25,5 +25,34 @@ TEST(IsValidUTF8, RefusesStrayAndMissingContinuations) {
     EXPECT_FALSE(isValidUTF8(text)) << testing::PrintToString(text);
 }
 
+TEST(FirstUTF8Character, GivesCodePointAndLength) {
+  EXPECT_EQ(firstUTF8Character("az"), (UTF8Character{U'a', 1}));
+  EXPECT_EQ(firstUTF8Character("\u00E9z"), (UTF8Character{0xE9, 2}));
+  EXPECT_EQ(firstUTF8Character("\u20ACz"), (UTF8Character{0x20AC, 3}));
+  EXPECT_EQ(firstUTF8Character("\U0001F600z"), (UTF8Character{0x1F600, 4}));
+}
+
+TEST(FirstUTF8Character, TakesAMalformedByteAlone) {
+  EXPECT_EQ(firstUTF8Character("\xE2\x82z"), (UTF8Character{0xFFFD, 1, false}));
+  EXPECT_EQ(firstUTF8Character("\uFFFD"), (UTF8Character{0xFFFD, 3}));
+}
+
+TEST(WellFormedUTF8, ReplacesEachMalformedByte) {
+  EXPECT_EQ(wellFormedUTF8("a\xFF\u00E9\xE2\x82"), "a\uFFFD\u00E9\uFFFD\uFFFD");
+  EXPECT_EQ(wellFormedUTF8("plain"), "plain");
+  EXPECT_EQ(wellFormedUTF8(""), "");
+}
+
+TEST(IsDeceptive, FindsControlsDirectionMarksAndInvisibleCharacters) {
+  for (const char32_t character :
+       {0x0, 0x1B, 0x7F, 0x9F, 0xAD, 0x200B, 0x200F, 0x202E, 0x2066, 0xFEFF, 0xE0041})
+    EXPECT_TRUE(isDeceptive(character)) << static_cast<unsigned>(character);
+}
+
+TEST(IsDeceptive, LeavesTextAloneAndTheJoinersThatScriptsNeed) {
+  for (const char32_t character : {0x20, 0x41, 0xA0, 0xE9, 0x5D0, 0x200C, 0x200D, 0x4E2D, 0x1F600})
+    EXPECT_FALSE(isDeceptive(character)) << static_cast<unsigned>(character);
+}
+
 }  // namespace
 }  // namespace orvane
