@@ -4,8 +4,11 @@
 
 #include "orvane/audio/audio_file_full_read.h"
 #include "orvane/audio/audio_file_identity.h"
+#include "orvane/audio/audio_load_limits.h"
+#include "orvane/audio/extension_text.h"
 #include "orvane/core/channel_order.h"
 #include "orvane/core/pcm_buffer_allocation.h"
+#include "orvane/rawpcm/raw_pcm_reader.h"
 
 namespace orvane::AudioSourceReader {
 namespace {
@@ -22,6 +25,21 @@ std::string_view textOf(Failure::Case failureCase) {
   return {};
 }
 
+Loaded loadRaw(const std::filesystem::path& url, const RawPCMFormat& format,
+               const LoadOptions& options) {
+  return {.buffer = RawPCMReader::read(
+              url, format, {}, {.threadCount = options.threadCount, .observer = options.observer}),
+          .bitDepth = bitDepth(format.encoding),
+          .fileFormatLabel = format.fileFormatLabel(),
+          .rawFormat = format};
+}
+
+/// A container without a code cannot be told, so the extension must do.
+std::string formatLabel(const AudioFileDescription& description, const std::filesystem::path& url) {
+  if (description.fileTypeID == 0) return uppercased(pathExtension(url));
+  return AudioFileIdentity::fromDescription(description, url).formatLabel();
+}
+
 Loaded loadAudioFile(const std::filesystem::path& url, const LoadOptions& options) {
   const auto file = AudioFile::open(url, {.streamIndex = options.streamIndex,
                                           .threadCount = options.threadCount,
@@ -29,7 +47,7 @@ Loaded loadAudioFile(const std::filesystem::path& url, const LoadOptions& option
   const AudioFormat format = file->processingFormat();
   const std::int64_t length = file->frameLength();
   if (format.channelCount == 0 || length < 1) throw Failure(Failure::Case::empty, url);
-  if (length >= (std::int64_t{1} << 30))
+  if (!AudioLoadLimits::isWithinLimits(length, format.channelCount))
     throw Failure(Failure::Case::tooLarge, url);
   auto buffer = core::PCMBufferAllocation::make(format, static_cast<std::uint32_t>(length));
   if (!buffer) throw Failure(Failure::Case::allocation, url);
@@ -41,7 +59,7 @@ Loaded loadAudioFile(const std::filesystem::path& url, const LoadOptions& option
                              description.warnings.end());
   return {.buffer = core::ChannelOrder::canonicalize(std::move(buffer)),
           .bitDepth = description.dataFormat.bitsPerChannel,
-          .fileFormatLabel = AudioFileIdentity::fromDescription(description, url).formatLabel(),
+          .fileFormatLabel = formatLabel(description, url),
           .rawFormat = {}};
 }
 
@@ -60,8 +78,7 @@ Loaded load(const std::filesystem::path& url, const std::optional<RawPCMFormat>&
 
 Loaded load(const std::filesystem::path& url, const std::optional<RawPCMFormat>& rawFormat,
             const LoadOptions& options) {
-  if (rawFormat) throw PlatformError(url, "Raw audio cannot be read yet");
-  return loadAudioFile(url, options);
+  return rawFormat ? loadRaw(url, *rawFormat, options) : loadAudioFile(url, options);
 }
 
 }  // namespace orvane::AudioSourceReader
