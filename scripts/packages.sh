@@ -7,7 +7,7 @@
 buildPackages=(
   g++ cmake ninja-build pkg-config ccache
   libhwy-dev
-  libavformat-dev libavcodec-dev libavutil-dev
+  libavformat-dev libavcodec-dev libavutil-dev libswresample-dev
   nlohmann-json3-dev libcli11-dev
 )
 

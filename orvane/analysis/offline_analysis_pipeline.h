@@ -13,6 +13,7 @@
 #include "orvane/platform/progress.h"
 #include "orvane/rawpcm/raw_pcm_format.h"
 #include "orvane/report/curve_points.h"
+#include "orvane/speech/dialogue_region.h"
 #include "orvane/speech/silero_vad_tuning.h"
 
 /// Measures whole files.
@@ -73,6 +74,8 @@ struct AnalysisDetail {
   /// Weighted channel sum of mean squares of each 400 ms gating block, one per 100 ms step.
   std::vector<double> blockPowers{};
   std::vector<AudioFileWarning> warnings{};
+  /// Speech was to be detected, but there is no detector to be had.
+  bool isSpeechDetectionMissing = false;
   /// Samples that are not finite; they count as silence in the loudness and true-peak meters.
   std::int64_t nonFiniteSampleCount = 0;
   /// Runs of at least `kMinimumClippingRunFrames` clipped samples, in order of time; at most
@@ -91,6 +94,8 @@ struct Execution {
   std::size_t threadCount = 1;           ///< threads of this call, the caller's included
   ProgressObserver* observer = nullptr;  ///< may cancel; not owned
   std::optional<int> streamIndex{};      ///< which audio stream; absent for the default one
+  /// Stretches that count as speech; the detector is then not asked.
+  std::optional<std::vector<DialogueRegion>> dialogueRegions{};
 };
 
 /// Measures the file at `url`. Throws what `AudioSourceReader::load` throws, and

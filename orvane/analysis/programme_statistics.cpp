@@ -29,21 +29,23 @@ float correlationOf(const PairStatistics& window) {
   return static_cast<float>(std::clamp(window.dot / d, -1.0, 1.0));
 }
 
-/// Walks a buffer in pieces that end wherever a window or block of one of the figures ends.
+/// Walks a stretch in pieces that end wherever a window or block of one of the figures ends.
 class StatisticsPass {
  public:
-  StatisticsPass(const PCMBuffer& buffer, bool computeStereoWidth)
-      : buffer_(buffer),
-        channelCount_(buffer.channelCount()),
-        frames_(buffer.frameLength()),
-        drFrames_(core::DRProcessor::blockFrames(buffer.sampleRate())),
+  StatisticsPass(const ProgrammeView& programme, bool computeStereoWidth)
+      : programme_(programme),
+        channelCount_(programme.channelCount()),
+        frames_(programme.frameCount),
+        drFrames_(core::DRProcessor::blockFrames(programme.sampleRate)),
         clipping_(channelCount_),
         drBlock_(channelCount_) {
     result_.channels.resize(channelCount_);
     result_.drBlocks.resize(channelCount_);
-    const auto window = static_cast<std::size_t>(buffer.sampleRate() * 0.1);
-    if (computeStereoWidth && channelCount_ >= 2 && window >= 1 && window <= frames_)
-      windowFrames_ = window;
+    // Compared before it is made whole: a raw file may be declared at any rate.
+    const double window = programme.sampleRate * 0.1;
+    if (computeStereoWidth && channelCount_ >= 2 && window >= 1 &&
+        window < static_cast<double>(frames_) + 1)
+      windowFrames_ = static_cast<std::size_t>(window);
   }
 
   ProgrammeStatistics run(const std::function<void(std::size_t)>& onProgress) {
@@ -71,8 +73,8 @@ class StatisticsPass {
   void measurePiece(std::size_t begin, std::size_t frames) {
     std::uint32_t channel = 0;
     if (windowFrames_ > 0) {
-      const auto pair = SignalKernels::pairStatistics(buffer_.channel(0) + begin,
-                                                      buffer_.channel(1) + begin, frames);
+      const auto pair = SignalKernels::pairStatistics(programme_.channels[0] + begin,
+                                                      programme_.channels[1] + begin, frames);
       takePiece(0, begin, frames, pair.left);
       takePiece(1, begin, frames, pair.right);
       add(window_.left, pair.left);
@@ -82,12 +84,12 @@ class StatisticsPass {
     }
     for (; channel < channelCount_; ++channel)
       takePiece(channel, begin, frames,
-                SignalKernels::runStatistics(buffer_.channel(channel) + begin, frames));
+                SignalKernels::runStatistics(programme_.channels[channel] + begin, frames));
   }
 
   void takePiece(std::uint32_t channel, std::size_t begin, std::size_t frames,
                  const RunStatistics& piece) {
-    const float* samples = buffer_.channel(channel) + begin;
+    const float* samples = programme_.channels[channel] + begin;
     add(drBlock_[channel], piece);
     clipping_.process(channel, samples, begin, frames, piece.peak);
     if (!std::isfinite(piece.sumOfSquares))
@@ -113,7 +115,7 @@ class StatisticsPass {
     }
   }
 
-  const PCMBuffer& buffer_;
+  const ProgrammeView& programme_;
   std::uint32_t channelCount_;
   std::size_t frames_;
   std::size_t drFrames_;
@@ -126,9 +128,10 @@ class StatisticsPass {
 
 }  // namespace
 
-ProgrammeStatistics measureProgrammeStatistics(const PCMBuffer& buffer, bool computeStereoWidth,
+ProgrammeStatistics measureProgrammeStatistics(const ProgrammeView& programme,
+                                               bool computeStereoWidth,
                                                const std::function<void(std::size_t)>& onProgress) {
-  return StatisticsPass(buffer, computeStereoWidth).run(onProgress);
+  return StatisticsPass(programme, computeStereoWidth).run(onProgress);
 }
 
 }  // namespace orvane

@@ -6,9 +6,9 @@
 #include <vector>
 
 #include "orvane/analysis/offline_analysis_pipeline.h"
+#include "orvane/analysis/programme_view.h"
 #include "orvane/core/dr_processor.h"
 #include "orvane/platform/export.h"
-#include "orvane/platform/pcm_buffer.h"
 #include "orvane/platform/signal_kernels.h"
 
 namespace orvane {
@@ -23,12 +23,12 @@ struct ProgrammeStatistics {
   std::int64_t nonFiniteSampleCount = 0;
 };
 
-/// Measures `buffer` in one pass, so that an hour of audio is read from memory once. The stereo
+/// Measures a stretch in one pass, so that an hour of audio is read from memory once. The stereo
 /// curve is made when asked for and there are two channels: one point per window of trunc(sample
 /// rate × 0.1) frames over the first two channels, a trailing partial window dropped. `onProgress`,
 /// when set, is called now and then with the frames done; it may throw to stop.
 ORVANE_TESTING_API ProgrammeStatistics
-measureProgrammeStatistics(const PCMBuffer& buffer, bool computeStereoWidth,
+measureProgrammeStatistics(const ProgrammeView& programme, bool computeStereoWidth,
                            const std::function<void(std::size_t)>& onProgress = {});
 
 }  // namespace orvane

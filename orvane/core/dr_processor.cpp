@@ -12,7 +12,10 @@ namespace orvane::core::DRProcessor {
 std::size_t blockFrames(double sampleRate) noexcept {
   // The procedure gives its block length for 44.1 kHz, a little more than 3 s.
   if (sampleRate == 44100) return 132480;
-  return static_cast<std::size_t>(std::max<long long>(1, std::llround(3.0 * sampleRate)));
+  // A raw file may be declared at any rate; past this one no file fills a block.
+  constexpr double kHighestRate = 1e12;
+  return static_cast<std::size_t>(
+      std::max<long long>(1, std::llround(3.0 * std::min(sampleRate, kHighestRate))));
 }
 
 double channelDR(std::span<const Block> blocks) {

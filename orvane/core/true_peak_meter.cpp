@@ -47,6 +47,10 @@ void TruePeakMeter::processChannel(std::size_t channel, const float* samples,
                 history.begin());
 }
 
+void TruePeakMeter::resetPeaks() noexcept {
+  std::fill(peaks_.begin(), peaks_.end(), 0.0F);
+}
+
 void TruePeakMeter::flush() {
   constexpr History kSilence{};
   const std::vector<const float*> channels(peaks_.size(), kSilence.data());

@@ -10,8 +10,10 @@
 
 namespace orvane::core {
 
-/// Largest interpolated magnitude of each channel, as linear amplitude.
-class ORVANE_TESTING_API TruePeakMeter {
+/// The largest interpolated magnitude of each channel, as linear amplitude: ×4 below 96 kHz, ×2
+/// below 192 kHz, the samples alone from there on and below 8 kHz (BS.1770-5, Annex 2). Never below
+/// the sample peak. Non-finite samples count as 0.
+class ORVANE_API TruePeakMeter {
  public:
   TruePeakMeter(double sampleRate, std::size_t channelCount);
 
@@ -20,7 +22,10 @@ class ORVANE_TESTING_API TruePeakMeter {
   /// Lets the filter run out over silence.
   void flush();
 
+  /// Since the beginning, or since `resetPeaks`.
   std::span<const float> peaks() const noexcept { return peaks_; }
+  /// Begins anew with the next piece, without forgetting the samples before it.
+  void resetPeaks() noexcept;
 
  private:
   using History = std::array<float, PolyphaseUpsampler4x::kPeakHistory>;

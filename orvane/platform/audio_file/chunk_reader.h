@@ -5,7 +5,6 @@
 #include <utility>
 #include <vector>
 
-#include "orvane/platform/export.h"
 #include "orvane/platform/four_cc.h"
 #include "orvane/platform/input_file.h"
 
@@ -44,7 +43,7 @@ struct ChunkGrammar {
   std::vector<std::pair<FourCC, std::uint64_t>> longSizes{};
 };
 
-struct ORVANE_TESTING_API ChunkList {
+struct ChunkList {
   std::vector<Chunk> chunks{};  ///< in file order
   bool hasMissingPad = false;   ///< an odd chunk was followed at once by the next one
 
@@ -58,7 +57,6 @@ inline constexpr std::size_t kMaximumChunks = 65'536;
 
 /// Walks the chunks from `offset` to the file's end. Ends early, without complaint, where the bytes
 /// stop making sense. The work is bounded by `kMaximumChunks`.
-ORVANE_TESTING_API ChunkList readChunks(const InputFile& file, std::uint64_t offset,
-                                        const ChunkGrammar& grammar);
+ChunkList readChunks(const InputFile& file, std::uint64_t offset, const ChunkGrammar& grammar);
 
 }  // namespace orvane

@@ -4,7 +4,6 @@
 
 #include <string>
 
-#include "orvane/platform/audio_file/decoder_version.h"
 #include "orvane/platform/audio_file/ffmpeg/ffmpeg_module.h"
 #include "orvane/platform/error.h"
 #include "orvane/platform/module_location.h"
@@ -34,34 +33,20 @@ const FFmpegModule* loadModule(std::string& failure) {
   return nullptr;
 }
 
-struct LoadedModule {
-  std::string failure{};
-  const FFmpegModule* module = loadModule(failure);
-};
-
 /// The module; loaded once and never unloaded, because open files keep running its code.
-const LoadedModule& loadedModule() {
-  static const LoadedModule loaded;
-  return loaded;
-}
-
 const FFmpegModule& ffmpegModule(const std::filesystem::path& path) {
-  const LoadedModule& loaded = loadedModule();
-  if (loaded.module == nullptr) {
+  static std::string failure;
+  static const FFmpegModule* const module = loadModule(failure);
+  if (module == nullptr) {
     const std::string reason =
-        loaded.failure.empty() ? "is not installed" : "cannot be loaded: " + loaded.failure;
+        failure.empty() ? "is not installed" : "cannot be loaded: " + failure;
     throw PlatformError(path,
                         std::string("The decoder module ") + kFFmpegModuleFile + " " + reason);
   }
-  return *loaded.module;
+  return *module;
 }
 
 }  // namespace
-
-std::optional<std::string> decoderVersion() {
-  const FFmpegModule* module = loadedModule().module;
-  return module != nullptr ? std::optional(module->version()) : std::nullopt;
-}
 
 std::unique_ptr<AudioFile> openCompressedAudioFile(const std::filesystem::path& path,
                                                    const AudioFileOpenOptions& options,

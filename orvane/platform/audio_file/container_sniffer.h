@@ -2,7 +2,6 @@
 
 #include <cstdint>
 
-#include "orvane/platform/export.h"
 #include "orvane/platform/four_cc.h"
 #include "orvane/platform/input_file.h"
 
@@ -24,6 +23,6 @@ struct SniffedContainer {
 };
 
 /// Recognises a file by its bytes alone.
-ORVANE_TESTING_API SniffedContainer sniffContainer(const InputFile& file);
+SniffedContainer sniffContainer(const InputFile& file);
 
 }  // namespace orvane

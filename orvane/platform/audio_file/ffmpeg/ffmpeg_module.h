@@ -3,7 +3,6 @@
 #include <filesystem>
 #include <memory>
 #include <optional>
-#include <string>
 
 #include "orvane/platform/audio_file/audio_file.h"
 #include "orvane/platform/four_cc.h"
@@ -20,8 +19,6 @@ struct FFmpegModule {
                                      const AudioFileOpenOptions& options, FourCC containerHint);
   /// Throws `PlatformError` for what cannot be read or is no audio file.
   AudioFileDescription (*describe)(const std::filesystem::path& path, FourCC containerHint);
-  /// Of FFmpeg as a whole and of its two libraries that matter here.
-  std::string (*version)();
 };
 
 /// The module's one exported function; nothing when the versions differ.
@@ -29,6 +26,6 @@ using FFmpegModuleFactory = const FFmpegModule* (*)(int version);
 
 inline constexpr const char* kFFmpegModuleFile = "orvane_ffmpeg.so";
 inline constexpr const char* kFFmpegModuleFactory = "orvaneFFmpegModule";
-inline constexpr int kFFmpegModuleVersion = 2;
+inline constexpr int kFFmpegModuleVersion = 1;
 
 }  // namespace orvane
