@@ -13,7 +13,8 @@
 
 namespace orvane {
 
-/// How the bytes of a headerless PCM file are to be read.
+/// How the bytes of a headerless PCM file are to be read. Has a JSON form; all seven keys are
+/// required.
 struct ORVANE_API RawPCMFormat {
   enum class Encoding { uint8, int16, int24Packed, int24In32, int32, float32, float64 };
   enum class Endianness { little, big };
