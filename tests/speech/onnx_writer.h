@@ -64,6 +64,7 @@ class OnnxWriter {
   Defect defect = Defect::none;
   bool packsDimensions = false;
   bool usesFloatData = false;
+  std::size_t dataLimit = ~std::size_t{0};  ///< bytes of each tensor's data that are written
 
   std::string file() const {
     std::string graph;
@@ -111,6 +112,7 @@ class OnnxWriter {
                                           shape.dimensions.begin() + shape.rank);
     std::string data(weights.tensors[index].size() * sizeof(float), '\0');
     std::memcpy(data.data(), weights.tensors[index].data(), data.size());
+    if (data.size() > dataLimit) data.resize(dataLimit);
     std::uint64_t type = 1;
     if (index == defective) {
       switch (defect) {
