@@ -11,6 +11,10 @@ install(TARGETS OrvaneCore OrvaneHeadless
 # The decoder module lies where OrvaneHeadless looks for it.
 install(TARGETS orvane_ffmpeg LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}/orvane")
 
+# The speech model, where set-up has fetched it.
+install(FILES "${PROJECT_BINARY_DIR}/lib/OrvaneHeadless_OrvaneHeadless.bundle/silero_vad_v6.onnx"
+  DESTINATION "${CMAKE_INSTALL_DATADIR}/orvane" OPTIONAL)
+
 # The installed program finds its libraries wherever the prefix is moved to.
 file(RELATIVE_PATH ORVANE_BIN_TO_LIB
   "${CMAKE_INSTALL_FULL_BINDIR}" "${CMAKE_INSTALL_FULL_LIBDIR}")

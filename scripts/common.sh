@@ -63,3 +63,9 @@ buildPreset() {
     cmake --build "$build" --target "$target" >"$log" 2>&1 || { cat "$log" >&2; return 1; }
   fi
 }
+
+# installModel PRESET
+# Puts the speech model where the libraries of build/PRESET look for it; quick when it is there.
+installModel() {
+  "$root/scripts/install-model" "$root/build/$1/lib/OrvaneHeadless_OrvaneHeadless.bundle"
+}
