@@ -6,7 +6,7 @@
 # To build the libraries and the program.
 buildPackages=(
   g++ cmake ninja-build pkg-config ccache
-  libhwy-dev
+  libhwy-dev libkissfft-dev
   libavformat-dev libavcodec-dev libavutil-dev libswresample-dev
   nlohmann-json3-dev libcli11-dev
 )
