@@ -24,3 +24,6 @@ testPackages=(
 
 # For `./test --all`: the second compiler; its package brings the sanitizers of its own.
 allTestPackages=(clang libclang-rt-14-dev)
+
+# For the benchmarks, beside what the tests need.
+benchPackages=(libbenchmark-dev)

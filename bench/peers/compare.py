@@ -1,0 +1,150 @@
+#!/usr/bin/env python3
+"""compare.py BUILD_FOLDER [--rounds N] [--minutes N]
+
+Times whole processes in alternation, so that whatever else the machine does falls on all of them,
+and prints medians of the ratios within a round. Programmes are made once, in BUILD_FOLDER/programmes,
+and read once before anything is timed: all runs find them in the page cache.
+"""
+
+import argparse
+import os
+import statistics
+import subprocess
+import sys
+import time
+from pathlib import Path
+
+SHORT_FILES = 200
+SHORT_SECONDS = 10
+MIB = 1 << 20
+
+
+def spawn(command):
+    return subprocess.Popen([str(part) for part in command], stdin=subprocess.DEVNULL,
+                            stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+
+
+def seconds_of(command):
+    begin = time.perf_counter()
+    process = spawn(command)
+    if process.wait() != 0:
+        sys.exit(f"failed: {' '.join(map(str, command))}")
+    return time.perf_counter() - begin
+
+
+def anonymous_peak(command):
+    """Highest resident memory that is not backed by a file, in bytes: the kernel's RssAnon and
+    RssShmem, sampled every 2 ms in a run that is not timed. What is allocated for the programme
+    stays to the end of it, so that nothing large falls between two samples."""
+    process = spawn(command)
+    status = Path(f"/proc/{process.pid}/status")
+    peak = 0
+    while process.poll() is None:
+        try:
+            fields = dict(line.split(":", 1) for line in status.read_text().splitlines())
+            peak = max(peak, sum(int(fields[name].split()[0]) for name in ("RssAnon", "RssShmem")))
+        except (OSError, KeyError):  # it has just ended
+            pass
+        time.sleep(0.002)
+    return peak * 1024
+
+
+class Programmes:
+    def __init__(self, build):
+        self.maker = build / "bin" / "make_programme"
+        self.folder = build / "programmes"
+        self.folder.mkdir(exist_ok=True)
+
+    def of(self, seconds, seed=1):
+        path = self.folder / f"{seconds}s_{seed}.wav"
+        if not path.exists():
+            if seed == 1:
+                print(f"making {seconds} s of programme …", file=sys.stderr, flush=True)
+            unfinished = path.with_suffix(".unfinished")
+            subprocess.run([self.maker, unfinished, str(seconds), str(seed)], check=True)
+            unfinished.rename(path)
+        with open(path, "rb") as file:  # into the page cache
+            while file.read(16 * MIB):
+                pass
+        return path
+
+
+def timed_in_alternation(commands, rounds):
+    """Seconds per name, one per round."""
+    times = {name: [] for name in commands}
+    for _ in range(rounds):
+        for name, command in commands.items():
+            times[name].append(seconds_of(command))
+    return times
+
+
+def ratios(times, name, reference):
+    return [a / b for a, b in zip(times[name], times[reference])]
+
+
+def compare_peers(build, programme, minutes, rounds):
+    tools = build / "bin"
+    orvane = [tools / "orvane", "analyze", "-q", programme]
+    commands = {
+        "orvane analyze": orvane,
+        "map_and_convert": [tools / "map_and_convert", programme],
+        "ffmpeg ebur128=peak=true": [
+            "ffmpeg", "-nostdin", "-nostats", "-i", programme, "-filter_complex",
+            "ebur128=peak=true:framelog=verbose", "-f", "null", "-"],
+        "libebur128 with libsndfile": [tools / "peer_libebur128", programme],
+    }
+    times = timed_in_alternation(commands, rounds)
+    print(f"\n{minutes} minutes of stereo, 48 kHz, 24 bits; {rounds} rounds\n")
+    print("| program | seconds (median) | times orvane (median, lowest … highest) | anonymous MiB |")
+    print("|---|---|---|---|")
+    for name, command in commands.items():
+        against = ratios(times, name, "orvane analyze")
+        print(f"| {name} | {statistics.median(times[name]):.3f} | {statistics.median(against):.2f} "
+              f"({min(against):.2f} … {max(against):.2f}) | {anonymous_peak(command) / MIB:.0f} |")
+    print(f"\nThe programme takes {minutes * 60 * 48000 * 2 * 4 / MIB:.0f} MiB as floats.")
+
+
+def growth(build, programmes, minutes, rounds):
+    files = {"1 s": programmes.of(1), "a sixth": programmes.of(minutes * 10),
+             "whole": programmes.of(minutes * 60)}
+    commands = {name: [build / "bin" / "orvane", "analyze", "-q", file]
+                for name, file in files.items()}
+    times = timed_in_alternation(commands, rounds)
+    shares = [6 * (sixth - base) / (whole - base) for base, sixth, whole in
+              zip(times["1 s"], times["a sixth"], times["whole"])]
+    print(f"\nGrowth: 1 s {statistics.median(times['1 s']) * 1000:.1f} ms, {minutes * 10} s "
+          f"{statistics.median(times['a sixth']):.3f} s, {minutes * 60} s "
+          f"{statistics.median(times['whole']):.3f} s. Less the first, a sixth of the length costs "
+          f"{statistics.median(shares):.3f} of a sixth of the time.")
+
+
+def short_files(build, programmes, rounds):
+    files = [programmes.of(SHORT_SECONDS, seed) for seed in range(1, SHORT_FILES + 1)]
+    cores = sorted(os.sched_getaffinity(0))
+    command = [build / "bin" / "orvane", "analyze", "-q", "--jobs", "2", *files]
+    times = timed_in_alternation({
+        "two": ["taskset", "-c", ",".join(map(str, cores[:2])), *command],
+        "one": ["taskset", "-c", cores[0], *command]}, rounds)
+    gains = ratios(times, "one", "two")
+    print(f"\n{SHORT_FILES} files of {SHORT_SECONDS} s: two cores {statistics.median(times['two']):.3f} s, "
+          f"the same run on one of them {statistics.median(times['one']):.3f} s: "
+          f"{statistics.median(gains):.2f} ({min(gains):.2f} … {max(gains):.2f}) times the throughput.")
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__,
+                                     formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("build", type=Path)
+    parser.add_argument("--rounds", type=int, default=5)
+    parser.add_argument("--minutes", type=int, default=60, help="length of the long programme")
+    arguments = parser.parse_args()
+    build = arguments.build.resolve()
+    programmes = Programmes(build)
+    long_programme = programmes.of(arguments.minutes * 60)
+    compare_peers(build, long_programme, arguments.minutes, arguments.rounds)
+    growth(build, programmes, arguments.minutes, arguments.rounds)
+    short_files(build, programmes, arguments.rounds)
+
+
+if __name__ == "__main__":
+    main()
