@@ -12,6 +12,7 @@
 #include "cli/identify_command.h"
 #include "cli/interruption.h"
 #include "cli/usage_error.h"
+#include "orvane/platform/audio_file/audio_file.h"
 #include "orvane/platform/error.h"
 
 namespace orvane::cli {
@@ -24,7 +25,7 @@ constexpr const char* kFooter =
     "missed, 130 interrupted.";
 
 std::string versionText() {
-  return "orvane " ORVANE_VERSION;
+  return "orvane " ORVANE_VERSION "\nFFmpeg " + ffmpegVersion().value_or("is not installed");
 }
 
 std::unique_ptr<CLI::App> makeProgram(ChosenCommand& chosen) {

@@ -75,6 +75,7 @@ TEST_F(ProgramTerminal, PrintsItsVersion) {
   const ProgramEnd end = run({"--version"});
   EXPECT_EQ(end.exitCode, 0);
   EXPECT_THAT(end.output.substr(0, end.output.find('\n')), MatchesRegex("orvane [0-9.]+"));
+  EXPECT_THAT(end.output, testing::HasSubstr("\nFFmpeg "));
 }
 
 TEST_F(ProgramTerminal, HelpFitsIntoEightyColumns) {

@@ -82,4 +82,7 @@ class ORVANE_API AudioFile {
 /// read or is no audio file.
 ORVANE_API std::optional<AudioFileDescription> describeAudioFile(const std::filesystem::path& path);
 
+/// Version of the FFmpeg that reads compressed files; absent when its module cannot be loaded.
+ORVANE_API std::optional<std::string> ffmpegVersion();
+
 }  // namespace orvane

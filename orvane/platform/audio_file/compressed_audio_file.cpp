@@ -33,17 +33,22 @@ const FFmpegModule* loadModule(std::string& failure) {
   return nullptr;
 }
 
-/// The module; loaded once and never unloaded, because open files keep running its code.
+struct LoadedModule {
+  std::string failure{};  ///< why there is none
+  const FFmpegModule* module = loadModule(failure);
+};
+
+/// Loaded once and never unloaded, because open files keep running the module's code.
+const LoadedModule& loadedModule() {
+  static const LoadedModule loaded;
+  return loaded;
+}
+
 const FFmpegModule& ffmpegModule(const std::filesystem::path& path) {
-  static std::string failure;
-  static const FFmpegModule* const module = loadModule(failure);
-  if (module == nullptr) {
-    const std::string reason =
-        failure.empty() ? "is not installed" : "cannot be loaded: " + failure;
-    throw PlatformError(path,
-                        std::string("The decoder module ") + kFFmpegModuleFile + " " + reason);
-  }
-  return *module;
+  const auto& [failure, module] = loadedModule();
+  if (module != nullptr) return *module;
+  const std::string reason = failure.empty() ? "is not installed" : "cannot be loaded: " + failure;
+  throw PlatformError(path, std::string("The decoder module ") + kFFmpegModuleFile + " " + reason);
 }
 
 }  // namespace
@@ -61,6 +66,11 @@ std::optional<AudioFileDescription> describeCompressedAudioFile(const std::files
   } catch (const PlatformError&) {
     return std::nullopt;
   }
+}
+
+std::optional<std::string> ffmpegVersion() {
+  const FFmpegModule* const module = loadedModule().module;
+  return module != nullptr ? std::optional<std::string>(module->version()) : std::nullopt;
 }
 
 }  // namespace orvane

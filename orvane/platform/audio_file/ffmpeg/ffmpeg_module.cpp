@@ -3,6 +3,7 @@
 #include <cstdarg>
 
 extern "C" {
+#include <libavutil/avutil.h>
 #include <libavutil/log.h>
 }
 
@@ -12,7 +13,8 @@ extern "C" {
 namespace orvane {
 namespace {
 
-constexpr FFmpegModule kModule{.open = openFFmpegAudioFile, .describe = describeFFmpegAudioFile};
+constexpr FFmpegModule kModule{
+    .open = openFFmpegAudioFile, .describe = describeFFmpegAudioFile, .version = av_version_info};
 
 void discardLog(void* /*context*/, int /*level*/, const char* /*format*/, va_list /*arguments*/) {}
 

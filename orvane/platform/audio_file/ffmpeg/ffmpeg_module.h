@@ -19,6 +19,8 @@ struct FFmpegModule {
                                      const AudioFileOpenOptions& options, FourCC containerHint);
   /// Throws `PlatformError` for what cannot be read or is no audio file.
   AudioFileDescription (*describe)(const std::filesystem::path& path, FourCC containerHint);
+  /// FFmpeg's version.
+  const char* (*version)();
 };
 
 /// The module's one exported function; nothing when the versions differ.

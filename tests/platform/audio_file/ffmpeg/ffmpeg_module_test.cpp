@@ -77,6 +77,7 @@ TEST_F(FFmpegModuleTest, IsNamedWhenItIsMissing) {
   const auto file = test::encodeNoise(folder_, "a.mp3");
   EXPECT_EQ(test::openingError(file), "The decoder module orvane_ffmpeg.so is not installed");
   EXPECT_FALSE(describeAudioFile(file));
+  EXPECT_FALSE(ffmpegVersion());
   // What needs no decoder is read as ever.
   EXPECT_GT(test::readWholeFile(test::encodeNoise(folder_, "a.wav")).frames(), 0);
 }
@@ -109,6 +110,13 @@ TEST_F(FFmpegModuleTest, RefusesPlaylistsByItself) {
       EXPECT_THROW(module->describe(file, code), PlatformError) << hint << text;
     }
   }
+}
+
+TEST_F(FFmpegModuleTest, NamesItsVersion) {
+  const auto version = ffmpegVersion();
+  ASSERT_TRUE(version);
+  const std::string banner = test::runTool("ffmpeg", {"-version"});
+  EXPECT_NE(banner.find("ffmpeg version " + *version + " "), std::string::npos) << *version;
 }
 
 TEST_F(FFmpegModuleTest, ServesManyThreadsAtOnce) {
