@@ -7,7 +7,7 @@
 buildPackages=(
   g++ cmake ninja-build pkg-config ccache
   libhwy-dev libkissfft-dev
-  libavformat-dev libavcodec-dev libavutil-dev libswresample-dev
+  libavformat-dev libavcodec-dev libavutil-dev
   nlohmann-json3-dev libcli11-dev
 )
 

@@ -29,7 +29,9 @@ read -ra flags <<<"$(pkg-config --cflags --libs orvane-headless)"
 LD_LIBRARY_PATH="$work/prefix/$libdir" "$work/by-pkg-config"
 
 # The program runs from where it was moved to, with the libraries beside it.
-"$prefix/bin/orvane" --version
+"$prefix/bin/orvane" --version | grep FFmpeg
+sox -n "$work/tone.flac" synth 0.1 sine 440
+"$prefix/bin/orvane" identify "$work/tone.flac" | grep -q FLAC
 
 for library in OrvaneCore OrvaneHeadless; do
   readelf -d "$prefix/$libdir/lib$library.so" | grep -q "SONAME.*\[lib$library\.so\.[0-9]*\]"

@@ -61,6 +61,7 @@ bool isLinearPCM(FourCC type, StatedFormat& stated) {
     case fourCCFrom("in32"):
       return forceBits(32, true);
     case fourCCFrom("42ni"):
+    case fourCCFrom("42n1"):  // libsndfile's spelling of it
       return forceBits(24, false);
     case fourCCFrom("23ni"):
       return forceBits(32, false);

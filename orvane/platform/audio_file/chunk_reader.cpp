@@ -35,6 +35,7 @@ class Walker {
   std::uint64_t headerSize() const;
   std::optional<Header> headerAt(std::uint64_t offset) const;
   bool isPlausibleAt(std::uint64_t offset) const;
+  bool isChainAt(std::uint64_t offset) const;
   Chunk chunkOf(const Header& header, std::uint64_t offset) const;
   std::uint64_t nextOffset(const Chunk& chunk, ChunkList& list) const;
 
@@ -96,6 +97,15 @@ bool Walker::isPlausibleAt(std::uint64_t offset) const {
   return header->id == grammar_.audioID || header->stated <= file_.size() - offset - headerSize();
 }
 
+/// Whether what seems to begin here is the audio, or leads to the next chunk or to the file's end.
+bool Walker::isChainAt(std::uint64_t offset) const {
+  if (!isPlausibleAt(offset)) return false;
+  const Header header = *headerAt(offset);
+  const std::uint64_t end = offset + headerSize() + header.stated;
+  return header.id == grammar_.audioID || end == file_.size() ||
+         isPlausibleAt(end + header.stated % 2);
+}
+
 Chunk Walker::chunkOf(const Header& header, std::uint64_t offset) const {
   Chunk chunk{.id = header.id, .headerOffset = offset, .bodyOffset = offset + headerSize()};
   const std::uint64_t rest = file_.size() - chunk.bodyOffset;
@@ -123,7 +133,7 @@ std::uint64_t Walker::nextOffset(const Chunk& chunk, ChunkList& list) const {
   }
   if (grammar_.header == ChunkGrammar::Header::caf || chunk.size % 2 == 0) return end;
   // Some writers forget the pad byte behind an odd chunk.
-  if (!isPlausibleAt(end + 1) && isPlausibleAt(end)) {
+  if (!isChainAt(end + 1) && isChainAt(end)) {
     list.hasMissingPad = true;
     return end;
   }

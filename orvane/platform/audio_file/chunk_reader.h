@@ -5,6 +5,7 @@
 #include <utility>
 #include <vector>
 
+#include "orvane/platform/export.h"
 #include "orvane/platform/four_cc.h"
 #include "orvane/platform/input_file.h"
 
@@ -43,7 +44,7 @@ struct ChunkGrammar {
   std::vector<std::pair<FourCC, std::uint64_t>> longSizes{};
 };
 
-struct ChunkList {
+struct ORVANE_TESTING_API ChunkList {
   std::vector<Chunk> chunks{};  ///< in file order
   bool hasMissingPad = false;   ///< an odd chunk was followed at once by the next one
 
@@ -57,6 +58,7 @@ inline constexpr std::size_t kMaximumChunks = 65'536;
 
 /// Walks the chunks from `offset` to the file's end. Ends early, without complaint, where the bytes
 /// stop making sense. The work is bounded by `kMaximumChunks`.
-ChunkList readChunks(const InputFile& file, std::uint64_t offset, const ChunkGrammar& grammar);
+ORVANE_TESTING_API ChunkList readChunks(const InputFile& file, std::uint64_t offset,
+                                        const ChunkGrammar& grammar);
 
 }  // namespace orvane

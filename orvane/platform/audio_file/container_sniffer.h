@@ -2,6 +2,7 @@
 
 #include <cstdint>
 
+#include "orvane/platform/export.h"
 #include "orvane/platform/four_cc.h"
 #include "orvane/platform/input_file.h"
 
@@ -23,6 +24,6 @@ struct SniffedContainer {
 };
 
 /// Recognises a file by its bytes alone.
-SniffedContainer sniffContainer(const InputFile& file);
+ORVANE_TESTING_API SniffedContainer sniffContainer(const InputFile& file);
 
 }  // namespace orvane

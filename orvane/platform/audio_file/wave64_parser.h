@@ -3,12 +3,13 @@
 #include <cstdint>
 
 #include "orvane/platform/audio_file/pcm_stream.h"
+#include "orvane/platform/export.h"
 
 namespace orvane {
 
 /// Reads the header of a Sony Wave64 file: WAVE with 64-bit sizes and GUIDs for identifiers.
 /// `start` is where the form begins. Throws `PlatformError` for a file without a usable format
 /// chunk.
-PCMStream parseWave64(const InputFile& file, std::uint64_t start);
+ORVANE_TESTING_API PCMStream parseWave64(const InputFile& file, std::uint64_t start);
 
 }  // namespace orvane

@@ -19,18 +19,31 @@ struct DemuxerOfContainer {
 };
 
 constexpr std::array kDemuxers{
-    DemuxerOfContainer{fourCCFrom("WAVE"), "wav"},  DemuxerOfContainer{fourCCFrom("RF64"), "wav"},
-    DemuxerOfContainer{fourCCFrom("BW64"), "wav"},  DemuxerOfContainer{fourCCFrom("W64f"), "w64"},
-    DemuxerOfContainer{fourCCFrom("AIFF"), "aiff"}, DemuxerOfContainer{fourCCFrom("AIFC"), "aiff"},
-    DemuxerOfContainer{fourCCFrom("caff"), "caf"},  DemuxerOfContainer{fourCCFrom("NeXT"), "au"},
-    DemuxerOfContainer{fourCCFrom("m4af"), "mov"},  DemuxerOfContainer{fourCCFrom("m4bf"), "mov"},
-    DemuxerOfContainer{fourCCFrom("mp4f"), "mov"},  DemuxerOfContainer{fourCCFrom("3gpp"), "mov"},
-    DemuxerOfContainer{fourCCFrom("3gp2"), "mov"},  DemuxerOfContainer{fourCCFrom("adts"), "aac"},
-    DemuxerOfContainer{fourCCFrom("MPG1"), "mp3"},  DemuxerOfContainer{fourCCFrom("MPG2"), "mp3"},
-    DemuxerOfContainer{fourCCFrom("MPG3"), "mp3"},  DemuxerOfContainer{fourCCFrom("flac"), "flac"},
-    DemuxerOfContainer{fourCCFrom("Oggf"), "ogg"},  DemuxerOfContainer{fourCCFrom("ac-3"), "ac3"},
-    DemuxerOfContainer{fourCCFrom("ec-3"), "eac3"}, DemuxerOfContainer{fourCCFrom("amrf"), "amr"},
+    DemuxerOfContainer{fourCCFrom("WAVE"), "wav"},
+    DemuxerOfContainer{fourCCFrom("RF64"), "wav"},
+    DemuxerOfContainer{fourCCFrom("BW64"), "wav"},
+    DemuxerOfContainer{fourCCFrom("W64f"), "w64"},
+    DemuxerOfContainer{fourCCFrom("AIFF"), "aiff"},
+    DemuxerOfContainer{fourCCFrom("AIFC"), "aiff"},
+    DemuxerOfContainer{fourCCFrom("caff"), "caf"},
+    DemuxerOfContainer{fourCCFrom("NeXT"), "au"},
+    DemuxerOfContainer{fourCCFrom("m4af"), "mov"},
+    DemuxerOfContainer{fourCCFrom("m4bf"), "mov"},
+    DemuxerOfContainer{fourCCFrom("mp4f"), "mov"},
+    DemuxerOfContainer{fourCCFrom("3gpp"), "mov"},
+    DemuxerOfContainer{fourCCFrom("3gp2"), "mov"},
+    DemuxerOfContainer{fourCCFrom("adts"), "aac"},
+    DemuxerOfContainer{fourCCFrom("MPG1"), "mp3"},
+    DemuxerOfContainer{fourCCFrom("MPG2"), "mp3"},
+    DemuxerOfContainer{fourCCFrom("MPG3"), "mp3"},
+    DemuxerOfContainer{fourCCFrom("flac"), "flac"},
+    DemuxerOfContainer{fourCCFrom("Oggf"), "ogg"},
+    DemuxerOfContainer{fourCCFrom("ac-3"), "ac3"},
+    DemuxerOfContainer{fourCCFrom("ec-3"), "eac3"},
+    DemuxerOfContainer{fourCCFrom("amrf"), "amr"},
     DemuxerOfContainer{fourCCFrom("loas"), "loas"},
+    // FFmpeg is not sure of these by their bytes alone; the sniffer is.
+    DemuxerOfContainer{fourCCFrom("AVR "), "avr"},
 };
 
 constexpr std::uint64_t kMostProbeBytes = std::uint64_t{1} << 20;
