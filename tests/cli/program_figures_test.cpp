@@ -41,6 +41,22 @@ TEST_F(ProgramFigures, GivesTheCurvesOnRequest) {
   EXPECT_EQ(analyzed({"good.wav", "--curves", "--no-stereo"})["stereoWidthCurve"].size(), 0U);
 }
 
+TEST_F(ProgramFigures, ReadsHeaderlessAudioAsDeclared) {
+  const std::string samples = sineSamples(48'000, 0.5);
+  folder().write("plain.raw", samples);
+  folder().write("odd.raw", "seven b" + samples + "xx");
+  const Json expected = analyzed({"good.wav"});
+  for (const auto& [name, format] : {std::pair{"plain.raw", "s16le,48000,2"},
+                                     std::pair{"odd.raw", "s16le,48000,2,skip=7,tolerate=2"}}) {
+    const Json figures = analyzed({name, "--raw", format});
+    EXPECT_EQ(figures["integratedLUFS"], expected["integratedLUFS"]);
+    EXPECT_EQ(figures["channelRMSDB"], expected["channelRMSDB"]);
+    EXPECT_EQ(figures["fileFormat"], "RAW s16le");
+    EXPECT_EQ(figures["rawFormat"]["encoding"], "int16");
+  }
+  EXPECT_EQ(run({"analyze", "odd.raw", "--raw", "s16le,48000,2"}).exitCode, 1);
+}
+
 TEST_F(ProgramFigures, MeasuresMonoAsOneChannelUnlessAskedOtherwise) {
   folder().write("mono.wav", waveFile(sineSamples(48'000, 0.5, 1), 1));
   const Json plain = analyzed({"mono.wav"});
