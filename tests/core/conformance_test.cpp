@@ -55,13 +55,13 @@ TEST_P(Conformance, LiesWithinTheStandard) {
 // Pinned: figures are floats, one step of which is 1.9e-6 at these levels; the order of summation,
 // which differs between instruction sets, moves them by 1e-9 and so by one step at most.
 TEST_P(Conformance, ReadsWhatItReadBefore) {
-  const auto& [entry, sampleRate] = GetParam();
-  const auto pin = std::find_if(kPins.begin(), kPins.end(), [&](const Pin& candidate) {
-    return std::to_string(candidate.document) == entry->document &&
-           candidate.number == entry->number && candidate.sampleRate == sampleRate;
+  const CaseAtRate at = GetParam();
+  const auto pin = std::find_if(kPins.begin(), kPins.end(), [&at](const Pin& candidate) {
+    return std::to_string(candidate.document) == at.entry->document &&
+           candidate.number == at.entry->number && candidate.sampleRate == at.sampleRate;
   });
   ASSERT_NE(pin, kPins.end());
-  EXPECT_NEAR(farthest(entry->measure(sampleRate)).actual, pin->reading, 4e-6);
+  EXPECT_NEAR(farthest(at.entry->measure(at.sampleRate)).actual, pin->reading, 4e-6);
 }
 
 INSTANTIATE_TEST_SUITE_P(Ebu, Conformance, ::testing::ValuesIn(allCases()),
