@@ -8,6 +8,7 @@
 
 #include "cli/analyze_command.h"
 #include "cli/command.h"
+#include "cli/dialogue_command.h"
 #include "cli/help_formatter.h"
 #include "cli/identify_command.h"
 #include "cli/interruption.h"
@@ -40,6 +41,7 @@ std::unique_ptr<CLI::App> makeProgram(ChosenCommand& chosen) {
   program->footer(kFooter);
   addAnalyzeCommand(*program, chosen);
   addIdentifyCommand(*program, chosen);
+  addDialogueCommand(*program, chosen);
   for (CLI::App* command : program->get_subcommands([](CLI::App*) { return true; })) {
     command->get_help_ptr()->description("Print this help");
     command->footer("");  // not the program's

@@ -1,0 +1,120 @@
+#include <memory>
+
+#include "cli/dialogue_commands.h"
+#include "cli/dialogue_sidecar_file.h"
+#include "cli/dialogue_timeline.h"
+#include "cli/file_work.h"
+#include "cli/job_runner.h"
+#include "cli/number_text.h"
+#include "cli/progress_bar.h"
+#include "cli/sample_rate_limits.h"
+#include "cli/terminal_text.h"
+#include "cli/vad_tuning_options.h"
+#include "orvane/audio/audio_source_reader.h"
+#include "orvane/platform/error.h"
+#include "orvane/platform/module_location.h"
+#include "orvane/platform/utf8.h"
+#include "orvane/report/orvane_resources.h"
+#include "orvane/speech/silero_vad_analyser.h"
+
+namespace orvane::cli {
+namespace {
+
+struct DetectOptions {
+  FileList::Request files{};
+  DialogueAudioOptions audio{};
+  SileroVADTuning tuning = SileroVADTuning::defaults();
+  bool force = false;
+  bool json = false;
+  bool quiet = false;
+};
+
+/// The detector itself never tells why it has no answer.
+[[noreturn]] void throwWhyNothingWasDetected(const InputName& file) {
+  const VadManager probe{VadManager::Config{}};  // throws when it is the model
+  throw PlatformError(file.path, "the speech detector gave no result");
+}
+
+/// Told once, before anything is loaded.
+void requireModel() {
+  if (OrvaneResources::url("silero_vad_v6", "onnx")) return;
+  const auto folder = OrvaneResources::bundleOfBinary(ModuleLocation::module()).bundleURL;
+  throw PlatformError("silero_vad_v6.onnx",
+                      "the speech model is not installed; \"scripts/install-model '" +
+                          (folder.value_or(".") / "OrvaneHeadless_OrvaneHeadless.bundle").string() +
+                          "'\" of the source folder installs it");
+}
+
+struct Detected {
+  DialogueSidecar::AudioFileInfo audio{};
+  std::vector<DialogueRegion> regions{};
+};
+
+Detected detect(const InputName& file, const DetectOptions& options, ProgressObserver& observer) {
+  const std::size_t threads = JobRunner::threadsPerJob(1);
+  auto loaded = AudioSourceReader::load(
+      file.path, options.audio.rawFormat,
+      {.threadCount = threads, .observer = &observer, .streamIndex = options.audio.streamIndex});
+  const double sampleRate = loaded.buffer->format().sampleRate;
+  if (!SampleRateLimits::contains(sampleRate))
+    throw PlatformError(file.path, "a sample rate of " + NumberText::shortest(sampleRate) +
+                                       " Hz is outside " + SampleRateLimits::description());
+  const double frames = static_cast<double>(loaded.buffer->frameLength());
+  const auto input = SileroVADAnalyser::prepareInput(*loaded.buffer, threads);
+  loaded.buffer.reset();  // from here on, 16 kHz will do
+  if (!input) throw PlatformError(file.path, "the audio is too short for speech detection");
+  const auto history = SileroVADAnalyser::shared().classify(
+      *input, options.tuning, {.threadCount = threads, .observer = &observer});
+  if (!history) throwWhyNothingWasDetected(file);
+  return {.audio = {.filename = wellFormedUTF8(file.path.filename().string()),
+                    .durationSeconds = frames / sampleRate,
+                    .sampleRate = sampleRate},
+          .regions = DialogueRegion::fromHistory(*history)};
+}
+
+std::string reportText(const InputName& file, const DialogueSidecar& sidecar,
+                       const DetectOptions& options) {
+  if (options.json) return JsonOutput::line(DialogueTimeline::json(file, sidecar));
+  if (options.quiet) return "";
+  return TerminalText::escaped(file.shown()) + ": " + DialogueTimeline::summary(sidecar) + "\n";
+}
+
+ExitCode runDetect(const DetectOptions& options, Console& console) {
+  const auto files = DialogueSidecarFile::resolve(options.files);
+  requireModel();
+  ProgressBar progress(console, files.size(), !options.quiet);
+  return FileWork::run(
+      files, {.json = options.json}, console, [&](const InputName& file) -> FileWork::Report {
+        const auto observer = progress.forFile(file.shown());
+        struct Done {
+          ProgressBar& bar;
+          ~Done() { bar.fileDone(); }
+        } done{progress};
+        DialogueSidecarFile::requireReplaceable(file, options.force);
+        auto found = detect(file, options, *observer);
+        const auto sidecar = DialogueSidecarFile::save(file, found.audio, std::move(found.regions),
+                                                       DialogueRegionSource::silero);
+        return [&, text = reportText(file, sidecar, options)] { console.print(text); };
+      });
+}
+
+}  // namespace
+
+void addDialogueDetectCommand(CLI::App& dialogue, ChosenCommand& chosen) {
+  auto options = std::make_shared<DetectOptions>();
+  CLI::App* command =
+      dialogue.add_subcommand("detect", "Find speech and keep its regions beside the files");
+  addFileArguments(*command, options->files);
+  addDialogueAudioOptions(*command, options->audio);
+  addVADTuningOptions(*command, options->tuning);
+  command->add_flag("--force", options->force, "Replace regions that were changed or imported, too")
+      ->group("Output");
+  command->add_flag("--json", options->json, "Print one JSON document per file and line")
+      ->group("Output");
+  command->add_flag("-q,--quiet", options->quiet, "No progress and no summaries")->group("Output");
+  command->callback([options, &chosen] {
+    chosen = [options](Console& console) { return runDetect(*options, console); };
+  });
+}
+
+}  // namespace orvane::cli
