@@ -60,11 +60,13 @@ template <bool kRectify>
 HWY_INLINE void applyDense(const DenseLayer& layer, std::size_t firstTap, std::size_t depth,
                            const float* HWY_RESTRICT input, float* HWY_RESTRICT output) {
   const Lanes d;
-  for (std::size_t row = 0; row < layer.outputCount; row += kBlockRows) {
-    const std::size_t group = row / kRowGroup;
-    const float* const weights = layer.weights.get() + row % kRowGroup +
-                                 (group * layer.tapCount + firstTap) * layer.inputCount * kRowGroup;
-    for (std::size_t lane = 0; lane < kTileSteps; lane += kBlockVectors * kLanes) {
+  // The lanes outside: the part of the input that they read stays in the first-level cache.
+  for (std::size_t lane = 0; lane < kTileSteps; lane += kBlockVectors * kLanes) {
+    for (std::size_t row = 0; row < layer.outputCount; row += kBlockRows) {
+      const std::size_t group = row / kRowGroup;
+      const float* const weights =
+          layer.weights.get() + row % kRowGroup +
+          (group * layer.tapCount + firstTap) * layer.inputCount * kRowGroup;
       Vector sums[kBlockRows][kBlockVectors];
       HWY_UNROLL(8)
       for (std::size_t r = 0; r < kBlockRows; ++r) {
