@@ -1,0 +1,84 @@
+// Gives arbitrary bytes to every container parser, and reads the audio that they claim.
+#include <algorithm>
+#include <array>
+#include <cstdint>
+
+#include "fuzz/memory_file.h"
+#include "orvane/platform/audio_file/aiff_parser.h"
+#include "orvane/platform/audio_file/au_parser.h"
+#include "orvane/platform/audio_file/caf_parser.h"
+#include "orvane/platform/audio_file/container_sniffer.h"
+#include "orvane/platform/audio_file/riff_parser.h"
+#include "orvane/platform/audio_file/wave64_parser.h"
+#include "orvane/platform/error.h"
+
+namespace {
+
+using namespace orvane;
+using fuzz::require;
+
+/// What holds for every answer of a parser: nothing lies outside the file.
+void checkStream(const PCMStream& stream, const InputFile& file) {
+  const StreamDescription& format = stream.description.dataFormat;
+  require(stream.chunks.size() <= kMaximumChunks);
+  for (const Chunk& chunk : stream.chunks)
+    require(chunk.bodyOffset <= file.size() && chunk.size <= file.size() - chunk.bodyOffset);
+  if (format.channelsPerFrame > kMaximumChannels) return;  // refused before it is used
+  if (stream.description.layout)
+    require(stream.description.layout->labels.size() == format.channelsPerFrame);
+  if (format.formatID != kFormatLinearPCM || stream.frameCount == 0) return;
+  require(format.bytesPerFrame == stream.sample.bytes * format.channelsPerFrame);
+  require(stream.dataOffset <= file.size());
+  require(stream.frameCount <= (file.size() - stream.dataOffset) / format.bytesPerFrame);
+}
+
+bool isLinearPCM(const InputFile& file, FourCC container, std::uint64_t start) {
+  switch (container) {
+    case fourCCFrom("WAVE"):
+    case fourCCFrom("RF64"):
+    case fourCCFrom("BW64"):
+      return parseRIFF(file, start).description.dataFormat.formatID == kFormatLinearPCM;
+    case fourCCFrom("W64f"):
+      return parseWave64(file, start).description.dataFormat.formatID == kFormatLinearPCM;
+    case fourCCFrom("AIFF"):
+    case fourCCFrom("AIFC"):
+      return parseAIFF(file, start).description.dataFormat.formatID == kFormatLinearPCM;
+    case fourCCFrom("caff"):
+      return parseCAF(file, start).description.dataFormat.formatID == kFormatLinearPCM;
+    case fourCCFrom("NeXT"):
+      return parseAU(file, start).description.dataFormat.formatID == kFormatLinearPCM;
+    default:
+      return false;
+  }
+}
+
+void readAudio(const std::filesystem::path& path) {
+  const auto file = AudioFile::open(path, {.threadCount = 1});
+  const auto buffer =
+      PCMBuffer::make(file->processingFormat(), static_cast<std::uint32_t>(file->frameLength()));
+  if (!buffer) return;
+  file->read(*buffer);
+  require(buffer->frameLength() == file->frameLength());
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
+  static fuzz::MemoryFile memory;
+  const auto path = memory.write(bytes, size);
+  const InputFile file(path);
+  for (const auto parse : {parseRIFF, parseWave64, parseAIFF, parseCAF, parseAU}) {
+    try {
+      checkStream(parse(file, 0), file);
+    } catch (const PlatformError&) {
+    }
+  }
+  // Compressed audio is the decoder module's, which has fuzzers of its own.
+  try {
+    const SniffedContainer container = sniffContainer(file);
+    if (isLinearPCM(file, container.fileTypeID, container.start)) readAudio(path);
+  } catch (const PlatformError& error) {
+    require(!error.message().empty());
+  }
+  return 0;
+}
