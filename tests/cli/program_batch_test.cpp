@@ -80,8 +80,8 @@ TEST_F(ProgramBatch, PrintsARowPerFileWhenQuiet) {
   EXPECT_EQ(end.exitCode, 1);
   EXPECT_EQ(end.output,
             "  I LUFS  LRA LU  M max  S max    dBTP    dBFS  DR     Duration  File\n"
-            "    -6.0     0.0   -6.0  -10.8   -6.00   -6.02   0     0:01.000  good.wav\n"
-            "    -6.0     0.0   -6.0  -10.8   -6.00   -6.02   0     0:01.000  good.wav\n");
+            "    -6.0     0.0   -6.0  -10.8   -6.02   -6.02   0     0:01.000  good.wav\n"
+            "    -6.0     0.0   -6.0  -10.8   -6.02   -6.02   0     0:01.000  good.wav\n");
 }
 
 TEST_F(ProgramBatch, ReadsNamesFromAFileAndFromStandardInput) {
