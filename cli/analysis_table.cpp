@@ -60,16 +60,21 @@ std::string formatLine(const MeasuredFile& file) {
   return "  " + TerminalText::escaped(joined(parts, " · ")) + "\n";
 }
 
+/// Mean and lowest correlation of what can be heard: windows of silence have none.
 std::string correlationText(const Result& result) {
+  constexpr float kAudibleLUFS = -70;
   const auto& curve = result.stereoWidthCurve;
-  if (curve.empty()) return "";
   double sum = 0;
   float lowest = 1;
-  for (const auto& point : curve) {
-    sum += static_cast<double>(point.correlation);
-    lowest = std::min(lowest, point.correlation);
+  std::size_t count = 0;
+  for (std::size_t i = 0; i < std::min(curve.size(), result.loudnessCurve.size()); ++i) {
+    if (!(result.loudnessCurve[i].momentary > kAudibleLUFS)) continue;
+    sum += static_cast<double>(curve[i].correlation);
+    lowest = std::min(lowest, curve[i].correlation);
+    ++count;
   }
-  const double mean = sum / static_cast<double>(curve.size());
+  if (count == 0) return "";
+  const double mean = sum / static_cast<double>(count);
   return NumberText::signedFixed(mean, 2) + ", lowest " + NumberText::signedFixed(lowest, 2);
 }
 
@@ -109,6 +114,9 @@ std::string figures(const MeasuredFile& file, const Console& console) {
   addRow("Max short-term", loudness(result.maxShortTermLUFS), "LUFS",
          correlation.empty() ? "" : "Correlation", {correlation.substr(0, comma)},
          correlation.empty() ? "" : correlation.substr(comma + 2));
+  if (result.speechHistory)
+    addRow("Speech loudness", loudness(result.speechGatedLUFS), "LUFS", "Speech share",
+           {NumberText::fixed(result.speechPercentage, kLoudnessDecimals)}, "%");
   return table.text(console);
 }
 

@@ -6,6 +6,7 @@
 
 #include "cli/analysis_json.h"
 #include "cli/analysis_table.h"
+#include "cli/dialogue_sidecar_file.h"
 #include "cli/file_work.h"
 #include "cli/job_runner.h"
 #include "cli/measured_file.h"
@@ -14,6 +15,7 @@
 #include "cli/raw_format_option.h"
 #include "cli/sample_rate_limits.h"
 #include "cli/usage_error.h"
+#include "cli/vad_tuning_options.h"
 #include "orvane/platform/error.h"
 
 namespace orvane::cli {
@@ -27,6 +29,9 @@ struct AnalyzeOptions {
   std::optional<int> streamIndex{};
   bool json = false;
   bool curves = false;
+  bool speech = false;
+  bool dialogue = false;
+  SileroVADTuning tuning = SileroVADTuning::defaults();
   bool noStereo = false;
   bool dualMono = false;
   bool quiet = false;
@@ -50,12 +55,13 @@ MeasuredFile measure(const InputName& file, const AnalyzeOptions& options, std::
       measured.sourceBitDepth = description->sourceBitDepth;
     }
   }
-  const OfflineAnalysisPipeline::Options what{.enableSileroVAD = false,
+  const OfflineAnalysisPipeline::Options what{.enableSileroVAD = options.speech,
                                               .computeStereoWidth = !options.noStereo,
-                                              .vadTuning = SileroVADTuning::defaults(),
+                                              .vadTuning = options.tuning,
                                               .rawFormat = options.rawFormat};
-  const OfflineAnalysisPipeline::Execution how{
+  OfflineAnalysisPipeline::Execution how{
       .threadCount = threads, .observer = &observer, .streamIndex = options.streamIndex};
+  if (options.dialogue) how.dialogueRegions = DialogueSidecarFile::load(file).regions;
   measured.result = OfflineAnalysisPipeline::analyzeFile(file.path, what, how, &measured.detail);
   requireUsableRate(file, measured.result.sampleRate);
   if (options.dualMono) measured.raiseForDualMono();
@@ -88,7 +94,9 @@ Printed printed(const MeasuredFile& file, const AnalyzeOptions& options, const C
 
 ExitCode runAnalyze(const AnalyzeOptions& options, Console& console) {
   StandardInput standardInput;
-  const auto files = FileList::resolve(options.files, standardInput);
+  // No sidecar lies beside standard input.
+  const auto files = options.dialogue ? DialogueSidecarFile::resolve(options.files)
+                                      : FileList::resolve(options.files, standardInput);
   const auto jobs = std::min(static_cast<std::size_t>(options.jobs), files.size());
   const std::size_t threads = JobRunner::threadsPerJob(jobs);
   const bool isRowPerFile = options.quiet && !options.json;
@@ -145,6 +153,19 @@ void addMeasuringOptions(CLI::App& command, AnalyzeOptions& options) {
       ->group("Measuring");
 }
 
+void addSpeechOptions(CLI::App& command, AnalyzeOptions& options) {
+  auto* speech = command
+                     .add_flag("--speech", options.speech,
+                               "Detect speech and measure the loudness of it and its share")
+                     ->group("Speech");
+  command
+      .add_flag("--dialogue", options.dialogue,
+                "Take the regions kept beside the file for its speech")
+      ->excludes(speech)
+      ->group("Speech");
+  addVADTuningOptions(command, options.tuning);
+}
+
 void addOutputOptions(CLI::App& command, AnalyzeOptions& options) {
   auto* json =
       command.add_flag("--json", options.json, "Print one JSON document per file and line")
@@ -168,6 +189,7 @@ void addAnalyzeCommand(CLI::App& program, ChosenCommand& chosen) {
       "analyze", "Measure loudness, true peak, dynamics and channel statistics");
   addFileArguments(*command, options->files);
   addMeasuringOptions(*command, *options);
+  addSpeechOptions(*command, *options);
   addOutputOptions(*command, *options);
   command->callback([options, &chosen] {
     chosen = [options](Console& console) { return runAnalyze(*options, console); };

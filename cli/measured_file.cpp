@@ -36,6 +36,8 @@ std::vector<std::string> MeasuredFile::channelNames() const {
 std::vector<std::string> MeasuredFile::warnings() const {
   std::vector<std::string> texts;
   for (const auto& warning : detail.warnings) texts.push_back(warning.text);
+  if (detail.isSpeechDetectionMissing)
+    texts.emplace_back("Speech could not be detected; \"orvane dialogue detect\" tells why.");
   if (detail.nonFiniteSampleCount > 0) {
     const bool isOne = detail.nonFiniteSampleCount == 1;
     texts.push_back(

@@ -25,7 +25,7 @@ TEST(AnalysisTable, ShowsEverythingAboutAFile) {
             "  Integrated      -14.0 LUFS      True peak      -0.95 dBTP\n"
             "  Loudness range    6.3 LU        Sample peak    -1.10 dBFS\n"
             "  Max momentary    -9.2 LUFS      Dynamic range      9 DR\n"
-            "  Max short-term  -11.7 LUFS      Correlation    +0.12 lowest -0.25\n"
+            "  Max short-term  -11.7 LUFS      Correlation    -0.25 lowest -0.25\n"
             "\n"
             "  Channel   Peak dBFS   RMS dBFS   Crest dB     DC %   Clipped\n"
             "  L             -1.10     -18.25      17.15   +0.012   no\n"
