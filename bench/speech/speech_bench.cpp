@@ -17,7 +17,7 @@
 #include <string>
 #include <vector>
 
-#include "bench/onnx_runtime.h"
+#include "bench/speech/onnx_runtime.h"
 #include "orvane/platform/pcm_buffer.h"
 #include "orvane/speech/silero_network.h"
 #include "orvane/speech/silero_vad_analyser.h"
