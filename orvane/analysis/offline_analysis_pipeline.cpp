@@ -12,13 +12,26 @@
 namespace orvane::OfflineAnalysisPipeline {
 namespace {
 
+/// The regions, each narrower by far less than a sample at either end. Block edges have no exact
+/// binary form, so an edge that stands on one may lie a hair beyond it and would make the
+/// neighbouring block count as touched: the detector's own regions would gate other blocks than it.
+std::vector<DialogueRegion> withoutTouchingNeighbours(std::vector<DialogueRegion> regions) {
+  constexpr double kHair = 1e-9;  // seconds
+  for (auto& region : regions) {
+    if (region.duration() <= 2 * kHair) continue;
+    region.start += kHair;
+    region.end -= kHair;
+  }
+  return regions;
+}
+
 /// Speech flags for the whole file: from the caller's regions, else from the detector.
 std::optional<std::vector<bool>> speechHistoryOf(const PCMBuffer& buffer, const Options& options,
                                                  const Execution& execution) {
   if (execution.dialogueRegions) {
     const double seconds = static_cast<double>(buffer.frameLength()) / buffer.sampleRate();
     const auto blocks = std::max(1LL, std::llround(seconds / DialogueRegion::blockDuration));
-    return DialogueRegion::toHistory(*execution.dialogueRegions, blocks);
+    return DialogueRegion::toHistory(withoutTouchingNeighbours(*execution.dialogueRegions), blocks);
   }
   if (!options.enableSileroVAD) return std::nullopt;
   const auto input = SileroVADAnalyser::prepareInput(buffer, execution.threadCount);
