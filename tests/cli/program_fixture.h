@@ -30,13 +30,18 @@ inline std::string littleEndian(std::uint64_t value, int bytes) {
 
 /// The 16-bit samples of a sine of 1 kHz at 48 kHz, alike in all channels.
 inline std::string sineSamples(std::size_t frames, double amplitude, int channels = 2) {
-  std::string samples;
-  for (std::size_t i = 0; i < frames; ++i) {
-    const double phase = 2 * std::numbers::pi * static_cast<double>(i % 48) / 48;
+  constexpr std::size_t kPeriod = 48;
+  std::string period;
+  for (std::size_t i = 0; i < kPeriod; ++i) {
+    const double phase = 2 * std::numbers::pi * static_cast<double>(i) / kPeriod;
     const auto value = static_cast<std::int16_t>(std::lround(32767 * amplitude * std::sin(phase)));
     for (int channel = 0; channel < channels; ++channel)
-      samples += littleEndian(static_cast<std::uint16_t>(value), 2);
+      period += littleEndian(static_cast<std::uint16_t>(value), 2);
   }
+  std::string samples;
+  samples.reserve((frames + kPeriod) / kPeriod * period.size());
+  for (std::size_t i = 0; i < frames; i += kPeriod) samples += period;
+  samples.resize(frames * static_cast<std::size_t>(channels) * 2);
   return samples;
 }
 

@@ -40,12 +40,12 @@ TEST_F(ProgramTerminal, RemovesTheProgressLineBeforeTheResult) {
   folder().write("long.wav", waveFile(sineSamples(48'000 * 300, 0.5)));
   ProgramSetup setup;
   setup.arguments = {"analyze"};
-  for (int i = 0; i < 12; ++i) setup.arguments.emplace_back("long.wav");
+  for (int i = 0; i < 24; ++i) setup.arguments.emplace_back("long.wav");
   setup.environment = {"TERM=xterm", "NO_COLOR=1"};
   setup.isOnTerminal = true;
   const std::string output = run(setup).output;
   ASSERT_THAT(output, HasSubstr("\r "));
-  EXPECT_THAT(output, HasSubstr("/12  "));
+  EXPECT_THAT(output, HasSubstr("/24  "));
   EXPECT_THAT(output, HasSubstr(" %  long.wav\x1B[K"));
   // Whatever was drawn is gone before the next text begins.
   for (std::size_t bar = output.find(" %  long.wav\x1B[K"); bar != std::string::npos;
