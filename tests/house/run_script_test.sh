@@ -10,6 +10,7 @@ trap 'rm -rf "$work"' EXIT
 tree="$work/a tree with spaces & more"
 mkdir -p "$tree/cli" "$tree/orvane" "$tree/cmake"
 cp -r "$root/run" "$root/scripts" "$tree/"
+printf '#!/bin/sh\n' >"$tree/scripts/install-model"  # nothing is fetched for a test
 printf '%s\n' '#include <cstdio>' \
   'int main(int n, char** a) { for (int i = 1; i < n; ++i) std::printf("[%s]", a[i]); }' \
   >"$tree/cli/main.cpp"
