@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <new>
 #include <span>
+#include <utility>
 
 extern "C" {
 #include <libavutil/error.h>
@@ -27,7 +28,7 @@ void ByteSource::FreeContext::operator()(AVIOContext* context) const noexcept {
   avio_context_free(&context);
 }
 
-ByteSource::ByteSource(const std::filesystem::path& path) : file_(path) {
+ByteSource::ByteSource(std::shared_ptr<const InputFile> file) : file_(std::move(file)) {
   auto* buffer = static_cast<unsigned char*>(av_malloc(kBufferBytes));
   if (buffer == nullptr) throw std::bad_alloc();
   context_.reset(avio_alloc_context(buffer, kBufferBytes, 0, this, &read, nullptr, &seek));
@@ -44,12 +45,12 @@ void ByteSource::rethrowFailure() const {
 int ByteSource::read(void* opaque, std::uint8_t* destination, int size) noexcept {
   auto& source = *static_cast<ByteSource*>(opaque);
   if (size <= 0) return AVERROR(EINVAL);
-  if (source.bytesRead_ / kMostPasses > source.file_.size() + kAlwaysAllowedBytes)
+  if (source.bytesRead_ / kMostPasses > source.file_->size() + kAlwaysAllowedBytes)
     return AVERROR_EXTERNAL;
   try {
     const std::span target(reinterpret_cast<std::byte*>(destination),
                            static_cast<std::size_t>(size));
-    const std::size_t count = source.file_.readAt(source.position_, target);
+    const std::size_t count = source.file_->readAt(source.position_, target);
     source.position_ += count;
     source.bytesRead_ += count;
     return count == 0 ? AVERROR_EOF : static_cast<int>(count);
@@ -61,7 +62,7 @@ int ByteSource::read(void* opaque, std::uint8_t* destination, int size) noexcept
 
 std::int64_t ByteSource::seek(void* opaque, std::int64_t offset, int whence) noexcept {
   auto& source = *static_cast<ByteSource*>(opaque);
-  const auto size = static_cast<std::int64_t>(source.file_.size());
+  const auto size = static_cast<std::int64_t>(source.file_->size());
   std::int64_t base = 0;
   switch (whence & ~AVSEEK_FORCE) {
     case AVSEEK_SIZE:

@@ -2,7 +2,6 @@
 
 #include <cstdint>
 #include <exception>
-#include <filesystem>
 #include <memory>
 
 extern "C" {
@@ -17,13 +16,13 @@ namespace orvane {
 /// ever taken for a protocol, and it cannot open anything else through this.
 class ByteSource {
  public:
-  /// Throws `PlatformError`.
-  explicit ByteSource(const std::filesystem::path& path);
+  /// `file` may be shared with others that read it at other places.
+  explicit ByteSource(std::shared_ptr<const InputFile> file);
   ByteSource(const ByteSource&) = delete;
   ByteSource& operator=(const ByteSource&) = delete;
 
   AVIOContext* context() const noexcept { return context_.get(); }
-  const InputFile& file() const noexcept { return file_; }
+  const InputFile& file() const noexcept { return *file_; }
   /// Throws the failure of an earlier read, of which FFmpeg has only seen a code.
   void rethrowFailure() const;
 
@@ -35,7 +34,7 @@ class ByteSource {
   static int read(void* opaque, std::uint8_t* destination, int size) noexcept;
   static std::int64_t seek(void* opaque, std::int64_t offset, int whence) noexcept;
 
-  InputFile file_;
+  std::shared_ptr<const InputFile> file_;
   std::uint64_t position_ = 0;
   std::uint64_t bytesRead_ = 0;
   std::exception_ptr failure_{};

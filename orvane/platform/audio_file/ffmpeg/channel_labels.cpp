@@ -51,7 +51,13 @@ constexpr std::array kAmbisonicLabels{ChannelLabel::ambisonicW, ChannelLabel::am
 }  // namespace
 
 std::optional<ChannelLayout> channelLayoutFrom(const AVChannelLayout& layout) {
-  if (layout.order == AV_CHANNEL_ORDER_UNSPEC || layout.nb_channels <= 0) return std::nullopt;
+  if (layout.order == AV_CHANNEL_ORDER_UNSPEC) {
+    if (layout.nb_channels == 1) return ChannelLayout::fromLabels({ChannelLabel::center});
+    if (layout.nb_channels == 2)
+      return ChannelLayout::fromLabels({ChannelLabel::left, ChannelLabel::right});
+    return std::nullopt;
+  }
+  if (layout.nb_channels <= 0) return std::nullopt;
   const bool hasSidePair = av_channel_layout_index_from_channel(&layout, AV_CHAN_SIDE_LEFT) >= 0 &&
                            av_channel_layout_index_from_channel(&layout, AV_CHAN_SIDE_RIGHT) >= 0;
   std::vector<ChannelLabel> labels;

@@ -10,7 +10,8 @@ extern "C" {
 
 namespace orvane {
 
-/// The loudspeakers of FFmpeg's layout, in its order; absent when it names none.
+/// The loudspeakers of FFmpeg's layout, in its order. One or two channels that it does not name are
+/// mono or stereo; absent for more than that.
 std::optional<ChannelLayout> channelLayoutFrom(const AVChannelLayout& layout);
 
 }  // namespace orvane

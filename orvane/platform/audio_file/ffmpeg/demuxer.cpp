@@ -7,6 +7,7 @@
 #include <mutex>
 #include <new>
 #include <string>
+#include <utility>
 
 extern "C" {
 #include <libavutil/dict.h>
@@ -77,9 +78,9 @@ PacketPointer makePacket() {
   return packet;
 }
 
-Demuxer::Demuxer(const std::filesystem::path& path, std::optional<int> streamIndex,
+Demuxer::Demuxer(std::shared_ptr<const InputFile> file, std::optional<int> streamIndex,
                  FourCC containerHint)
-    : source_(path) {
+    : source_(std::move(file)) {
   allowAllocationsFor(source_.file().size());
   open(containerHint);
   chooseStream(streamIndex);

@@ -30,7 +30,8 @@ class Demuxer {
  public:
   /// `streamIndex` counts audio streams from 0; absent chooses the default one, else the best.
   /// Throws `PlatformError`.
-  Demuxer(const std::filesystem::path& path, std::optional<int> streamIndex, FourCC containerHint);
+  Demuxer(std::shared_ptr<const InputFile> file, std::optional<int> streamIndex,
+          FourCC containerHint);
 
   const std::filesystem::path& path() const noexcept { return source_.file().path(); }
   const AVFormatContext& format() const noexcept { return *format_; }

@@ -20,7 +20,7 @@ namespace {
 
 class FFmpegAudioFile final : public AudioFile {
  public:
-  FFmpegAudioFile(const std::filesystem::path& path, const AudioFileOpenOptions& options,
+  FFmpegAudioFile(const std::shared_ptr<const InputFile>& file, const AudioFileOpenOptions& options,
                   FourCC containerHint);
 
   const AudioFileDescription& description() const noexcept override { return description_; }
@@ -45,18 +45,19 @@ class FFmpegAudioFile final : public AudioFile {
   std::int64_t nextReport_ = 0;
 };
 
-FFmpegAudioFile::FFmpegAudioFile(const std::filesystem::path& path,
+FFmpegAudioFile::FFmpegAudioFile(const std::shared_ptr<const InputFile>& file,
                                  const AudioFileOpenOptions& options, FourCC containerHint)
-    : demuxer_(path, options.streamIndex, containerHint),
+    : demuxer_(file, options.streamIndex, containerHint),
       decoder_(demuxer_, options.threadCount),
       frame_(decoder_.next()),
       description_(describeStream(demuxer_, containerHint, &decoder_.codec(), frame_)),
       observer_(options.observer) {
   if (frame_ == nullptr) {
-    if (decoder_.hasMetPackets()) throw PlatformError(path, "None of its audio can be decoded");
+    if (decoder_.hasMetPackets())
+      throw PlatformError(file->path(), "None of its audio can be decoded");
     return;
   }
-  const StreamLength length = countFrames(path, options, containerHint);
+  const StreamLength length = countFrames(file, options, containerHint);
   frameLength_ = length.frames;
   if (length.isTruncated) warnOfTruncation();
 }
@@ -118,12 +119,13 @@ void FFmpegAudioFile::warn(AudioFileWarning::Code code, const char* text) {
 std::unique_ptr<AudioFile> openFFmpegAudioFile(const std::filesystem::path& path,
                                                const AudioFileOpenOptions& options,
                                                FourCC containerHint) {
-  return std::make_unique<FFmpegAudioFile>(path, options, containerHint);
+  return std::make_unique<FFmpegAudioFile>(std::make_shared<const InputFile>(path), options,
+                                           containerHint);
 }
 
 AudioFileDescription describeFFmpegAudioFile(const std::filesystem::path& path,
                                              FourCC containerHint) {
-  Demuxer demuxer(path, std::nullopt, containerHint);
+  Demuxer demuxer(std::make_shared<const InputFile>(path), std::nullopt, containerHint);
   try {
     Decoder decoder(demuxer, 1);
     const AVFrame* frame = decoder.next();

@@ -122,14 +122,14 @@ bool fallsShort(const Demuxer& demuxer, std::int64_t frames) {
 
 }  // namespace
 
-StreamLength countFrames(const std::filesystem::path& path, const AudioFileOpenOptions& options,
-                         FourCC containerHint) {
-  Demuxer first(path, options.streamIndex, containerHint);
+StreamLength countFrames(const std::shared_ptr<const InputFile>& file,
+                         const AudioFileOpenOptions& options, FourCC containerHint) {
+  Demuxer first(file, options.streamIndex, containerHint);
   const FirstPacket firstPacket = decodeFirstPacket(first);
-  std::optional<Demuxer> demuxer(std::in_place, path, options.streamIndex, containerHint);
+  std::optional<Demuxer> demuxer(std::in_place, file, options.streamIndex, containerHint);
   auto length = countByPackets(*demuxer, firstPacket, options);
   if (!length) {
-    demuxer.emplace(path, options.streamIndex, containerHint);
+    demuxer.emplace(file, options.streamIndex, containerHint);
     length = countByDecoding(*demuxer, options);
   }
   length->isTruncated = demuxer->isTruncated() || fallsShort(*demuxer, length->frames);

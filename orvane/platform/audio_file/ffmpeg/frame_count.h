@@ -1,10 +1,11 @@
 #pragma once
 
 #include <cstdint>
-#include <filesystem>
+#include <memory>
 
 #include "orvane/platform/audio_file/audio_file.h"
 #include "orvane/platform/four_cc.h"
+#include "orvane/platform/input_file.h"
 
 namespace orvane {
 
@@ -14,10 +15,10 @@ struct StreamLength {
   bool isTruncated = false;  ///< the container breaks off, or promises more than it holds
 };
 
-/// Walks once through the file and counts the frames that decoding it will deliver, priming and
+/// Walks once through `file` and counts the frames that decoding it will deliver, priming and
 /// padding already taken off. Decodes only where packets do not tell their length. Throws
 /// `PlatformError`, and `Cancelled` when the options' observer asks for it.
-StreamLength countFrames(const std::filesystem::path& path, const AudioFileOpenOptions& options,
-                         FourCC containerHint);
+StreamLength countFrames(const std::shared_ptr<const InputFile>& file,
+                         const AudioFileOpenOptions& options, FourCC containerHint);
 
 }  // namespace orvane

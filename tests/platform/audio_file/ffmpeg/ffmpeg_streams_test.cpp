@@ -111,6 +111,17 @@ TEST_F(FFmpegStreams, LabelsFollowTheStoredOrder) {
   EXPECT_EQ(labels("f.ac3", "2.1"), (std::vector{left, right, lfe}));
 }
 
+TEST_F(FFmpegStreams, OneOrTwoChannelsNeedNoLayout) {
+  using enum ChannelLabel;
+  const auto one = describeAudioFile(test::encodeNoise(folder_, "a.wav", {"-c:a", "adpcm_ms"}));
+  ASSERT_TRUE(one && one->layout);
+  EXPECT_EQ(one->layout->labels, std::vector{center});
+  const auto two =
+      describeAudioFile(test::encodeNoise(folder_, "b.au", {"-c:a", "pcm_alaw", "-ac", "2"}));
+  ASSERT_TRUE(two && two->layout);
+  EXPECT_EQ(two->layout->labels, (std::vector{left, right}));
+}
+
 class Recorder final : public ProgressObserver {
  public:
   explicit Recorder(int cancelAfter = -1) : cancelAfter_(cancelAfter) {}
