@@ -9,6 +9,7 @@ buildPackages=(
   libhwy-dev libkissfft-dev
   libavformat-dev libavcodec-dev libavutil-dev
   nlohmann-json3-dev libcli11-dev
+  libicu-dev librsvg2-bin
 )
 
 # To make the demo programme that `./run` without arguments shows.
@@ -19,7 +20,7 @@ testPackages=(
   libgtest-dev libgmock-dev
   ffmpeg sox libsox-fmt-mp3 flac espeak-ng
   libsndfile1-dev libebur128-dev
-  binutils python3
+  binutils python3 tidy
 )
 
 # For `./test --all`: the second compiler; its package brings the sanitizers of its own.

@@ -16,27 +16,36 @@ double triangle(double t, double period) {
   return phase < 0.75 ? 2 - 4 * phase : 4 * phase - 4;
 }
 
-std::vector<LoudnessCurvePoint> loudnessCurve(double seconds, double middle) {
+/// The times of a curve: a point per 100 ms, or as many as keep renderings easy to compare.
+std::vector<double> times(double seconds, std::size_t mostPoints) {
+  const auto blocks = static_cast<std::size_t>(seconds * 10);
+  const std::size_t stride = (blocks + mostPoints - 1) / mostPoints;
+  std::vector<double> result;
+  for (std::size_t k = stride; k <= blocks; k += stride)
+    result.push_back(static_cast<double>(k) * 0.1);
+  return result;
+}
+
+std::vector<LoudnessCurvePoint> loudnessCurve(double seconds, double middle,
+                                              std::size_t mostPoints = 200) {
   std::vector<LoudnessCurvePoint> curve;
-  const auto count = static_cast<std::size_t>(seconds * 10);
-  for (std::size_t k = 1; k <= count; ++k) {
-    const double time = static_cast<double>(k) * 0.1;
+  for (const double time : times(seconds, mostPoints)) {
     const double swell = 4 * triangle(time, seconds / 3);
-    const double beat = 3 * triangle(time, 0.7);
-    curve.push_back({.time = time,
-                     .momentary = k < 4 ? kSilence : static_cast<float>(middle + swell + beat),
-                     .shortTerm = static_cast<float>(middle + swell),
-                     .integrated = static_cast<float>(middle + swell / 8)});
+    const double beat = 3 * triangle(time, seconds / 60);
+    curve.push_back(
+        {.time = time,
+         .momentary = time < 0.35 ? kSilence : static_cast<float>(middle + swell + beat),
+         .shortTerm = static_cast<float>(middle + swell),
+         .integrated = static_cast<float>(middle + swell / 8)});
   }
   return curve;
 }
 
-std::vector<StereoWidthCurvePoint> widthCurve(double seconds) {
+std::vector<StereoWidthCurvePoint> widthCurve(double seconds, std::size_t mostPoints = 200) {
   std::vector<StereoWidthCurvePoint> curve;
-  const auto count = static_cast<std::size_t>(seconds * 10);
-  for (std::size_t k = 1; k <= count; ++k) {
-    const double time = static_cast<double>(k) * 0.1;
-    const double value = 0.35 + 0.65 * triangle(time, seconds / 5) - 0.3 * triangle(time, 3);
+  for (const double time : times(seconds, mostPoints)) {
+    const double value =
+        0.35 + 0.65 * triangle(time, seconds / 5) - 0.3 * triangle(time, seconds / 40);
     curve.push_back({time, static_cast<float>(value > 1 ? 1 : value < -1 ? -1 : value)});
   }
   return curve;
@@ -164,7 +173,7 @@ SelectionAnalysisResult selectionOf() {
                                  .speechGatedNoiseFloorDBRMS = -58.5F,
                                  .maxMomentaryLUFS = -5.5F,
                                  .maxShortTermLUFS = -9.9F};
-  for (const LoudnessCurvePoint& point : loudnessCurve(60, -14)) {
+  for (const LoudnessCurvePoint& point : loudnessCurve(60, -14, 600)) {
     if (point.time <= 30) continue;
     result.momentaryCurve.push_back({point.time, point.momentary});
     result.shortTermCurve.push_back({point.time, point.shortTerm});
@@ -265,8 +274,6 @@ OrvaneReport headerlessFileReport() {
 OrvaneReport audiobookReport() {
   ReportInputs inputs = stereoInputs("Book.m4b", 37035, -20);
   inputs.fileInfo.fileFormat = "M4B";
-  inputs.fileLoudnessCurve = loudnessCurve(600, -20);
-  for (auto& point : inputs.fileLoudnessCurve) point.time *= 37035.0 / 600;
   inputs.fileStereoWidthCurve.clear();
   inputs.loudnessTargetSelection = {.mode = core::LoudnessTargetMode::podcast,
                                     .targetIDs = {{"acx", "apple-podcasts"}}};
@@ -275,7 +282,12 @@ OrvaneReport audiobookReport() {
 }
 
 OrvaneReport longProgrammeReport(int hours) {
-  return built(stereoInputs("Long.wav", hours * 3600.0, -16));
+  const double seconds = hours * 3600.0;
+  const auto everyPoint = static_cast<std::size_t>(hours) * 36'000;
+  ReportInputs inputs = stereoInputs("Long.wav", seconds, -16);
+  inputs.fileLoudnessCurve = loudnessCurve(seconds, -16, everyPoint);
+  inputs.fileStereoWidthCurve = widthCurve(seconds, everyPoint);
+  return built(inputs);
 }
 
 OrvaneReport hostileReport() {

@@ -1,0 +1,132 @@
+#include "orvane/report/csv_report_builder.h"
+
+#include <charconv>
+#include <cmath>
+#include <initializer_list>
+#include <string_view>
+
+#include "orvane/report/report_text.h"
+
+namespace orvane::CSVReportBuilder {
+namespace {
+
+using ReportText::fixed;
+
+bool isDecimalNumber(std::string_view text) {
+  if (text.starts_with('+')) {
+    text.remove_prefix(1);
+    if (text.starts_with('-')) return false;
+  }
+  double value = 0;
+  const auto [end, error] = std::from_chars(text.begin(), text.end(), value);
+  const bool isWhole = end == text.end() && error != std::errc::invalid_argument;
+  // Words that read as numbers are none to a spreadsheet.
+  return isWhole && text.find_first_of("0123456789") != std::string_view::npos;
+}
+
+/// A field as it is written. Spreadsheets run what begins like a formula.
+std::string escape(std::string_view value) {
+  constexpr std::string_view kFormulaStarts = "=+-@\t\r";
+  std::string text = ReportText::visible(value);
+  const bool isGuarded = !text.empty() && !isDecimalNumber(text) &&
+                         kFormulaStarts.find(text.front()) != std::string_view::npos;
+  if (isGuarded) text.insert(0, 1, '\'');
+  if (!isGuarded && text.find_first_of(",\"\n\r") == std::string::npos) return text;
+  std::string quoted = "\"";
+  for (const char c : text) {
+    if (c == '"') quoted += '"';
+    quoted += c;
+  }
+  return quoted + '"';
+}
+
+std::string row(std::initializer_list<std::string_view> fields) {
+  std::string line;
+  for (const std::string_view& field : fields) {
+    if (&field != fields.begin()) line += ',';
+    line += escape(field);
+  }
+  return line + "\r\n";
+}
+
+/// Empty when it is not finite.
+std::string seconds(double value) {
+  return std::isfinite(value) ? fixed(value, 3) : "";
+}
+
+/// Empty when it is absent or not finite.
+std::string number(std::optional<float> value) {
+  const auto known = ReportText::finite(value);
+  return known ? fixed(*known, 2) : "";
+}
+
+std::string musicRows(const MusicAnalysisResult& music) {
+  const auto key = music.dominantKey();
+  const auto tempo = ReportText::finite(music.beatsPerMinute);
+  return row({"Key (Apple Music Understanding)", key ? key->label() : ""}) +
+         row({"Tempo BPM (Apple Music Understanding)", tempo ? fixed(*tempo, 1) : ""});
+}
+
+std::string stemRows(const StemGatedLoudness& gated) {
+  return row({"Vocal-present (LUFS, stem-gated)", number(gated.vocal.presentLUFS)}) +
+         row({"Bed without vocal (LUFS, stem-gated)", number(gated.vocal.absentLUFS)}) +
+         row({"Vocal balance (LU)", number(gated.vocal.balanceLU)}) +
+         row({"Drums-present (LUFS, stem-gated)", number(gated.drums.presentLUFS)}) +
+         row({"Without drums (LUFS, stem-gated)", number(gated.drums.absentLUFS)}) +
+         row({"Drums balance (LU)", number(gated.drums.balanceLU)});
+}
+
+std::string chapterRow(const ReportChapterEntry& entry) {
+  const auto speech = ReportText::finite(entry.speechPercentage);
+  return row({std::to_string(entry.index), entry.name, seconds(entry.startSec),
+              seconds(entry.endSec), seconds(entry.endSec - entry.startSec), number(entry.rmsDBFS),
+              number(entry.integratedLUFS), number(entry.deviationFromMedianLU),
+              number(entry.truePeakDBTP), number(entry.samplePeakDBFS), number(entry.loudnessRange),
+              number(entry.maxMomentaryLUFS), number(entry.maxShortTermLUFS),
+              number(entry.speechGatedLUFS), number(entry.noiseFloorDBRMS),
+              speech ? fixed(*speech * 100, 2) : ""});
+}
+
+}  // namespace
+
+std::string build(const OrvaneReport& report) {
+  const bool hasChapters = report.chapters && !report.chapters->entries.empty();
+  return hasChapters ? chaptersCSV(*report.chapters) : fileMetricsCSV(report);
+}
+
+std::string chaptersCSV(const ReportChapterTable& table) {
+  std::string text =
+      row({"Index", "Name", "Start (s)", "End (s)", "Duration (s)", "RMS (dBFS)",
+           "Integrated (LUFS)", "Deviation (LU)", "True Peak (dBTP)", "Sample Peak (dBFS)",
+           "LRA (LU)", "Max Momentary (LUFS)", "Max Short-term (LUFS)", "Dialog (LUFS)",
+           "Noise Floor (dB RMS)", "Speech (%)"});
+  for (const ReportChapterEntry& entry : table.entries) text += chapterRow(entry);
+  return text;
+}
+
+std::string fileMetricsCSV(const OrvaneReport& report) {
+  const ReportFileInfo& file = report.file;
+  const ReportFullFileLoudness& loudness = report.fullFile;
+  std::string text = row({"Metric", "Value"});
+  text += row({"File", file.fileName});
+  text += row({"Duration (s)", seconds(file.duration)});
+  text +=
+      row({"Sample Rate (Hz)", std::isfinite(file.sampleRate) ? fixed(file.sampleRate, 0) : ""});
+  text += row({"Channels", std::to_string(file.channelCount)});
+  if (file.rawFormat) text += row({"Raw Declared Format", file.rawFormat->summary()});
+  text += row({"Integrated (LUFS)", number(loudness.integratedLUFS)});
+  text += row({"Loudness Range (LU)", number(loudness.loudnessRange)});
+  text += row({"True Peak (dBTP)", number(loudness.truePeakDB)});
+  text += row({"Sample Peak (dBFS)", number(loudness.samplePeakDB)});
+  text += row({"Max Momentary (LUFS)", number(loudness.maxMomentaryLUFS)});
+  text += row({"Max Short-term (LUFS)", number(loudness.maxShortTermLUFS)});
+  text += row({"Speech-gated (LUFS)", number(loudness.speechGatedLUFS)});
+  text += row({"Speech (%)", number(loudness.speechPercentage)});
+  if (loudness.dynamicRange)
+    text += row({"Dynamic Range (DR)", std::to_string(*loudness.dynamicRange)});
+  if (report.musicAnalysis) text += musicRows(*report.musicAnalysis);
+  if (report.stemGatedLoudness) text += stemRows(*report.stemGatedLoudness);
+  return text;
+}
+
+}  // namespace orvane::CSVReportBuilder

@@ -1,0 +1,65 @@
+#include "orvane/report/report_text.h"
+
+#include <array>
+#include <charconv>
+#include <cmath>
+
+#include "orvane/platform/utf8.h"
+
+namespace orvane::ReportText {
+namespace {
+
+bool isLineBreakOrTab(char32_t character) {
+  return character == U'\t' || character == U'\n' || character == U'\r';
+}
+
+void appendCodePoint(std::string& text, char32_t character) {
+  std::array<char, 8> digits;
+  const auto end = std::to_chars(digits.data(), digits.data() + digits.size(),
+                                 static_cast<std::uint32_t>(character), 16);
+  text += "\\u{";
+  for (const char* digit = digits.data(); digit != end.ptr; ++digit)
+    text += *digit >= 'a' ? static_cast<char>(*digit - 'a' + 'A') : *digit;
+  text += '}';
+}
+
+}  // namespace
+
+std::string fixed(double value, int decimals) {
+  if (!std::isfinite(value)) return "-";
+  std::array<char, 352> text;  // the largest 64-bit number has 309 digits
+  const auto end = std::to_chars(text.data(), text.data() + text.size(), value,
+                                 std::chars_format::fixed, decimals);
+  return {text.data(), end.ptr};
+}
+
+std::string fixed(float value, int decimals) {
+  return fixed(static_cast<double>(value), decimals);
+}
+
+std::string signedFixed(float value, int decimals) {
+  return (value >= 0 ? "+" : "") + fixed(value, decimals);
+}
+
+std::optional<float> finite(std::optional<float> value) noexcept {
+  return value && std::isfinite(*value) ? value : std::nullopt;
+}
+
+std::string visible(std::string_view text) {
+  std::string result;
+  result.reserve(text.size());
+  while (!text.empty()) {
+    const UTF8Character first = firstUTF8Character(text);
+    if (!first.isWellFormed) {
+      result += kReplacementCharacter;
+    } else if (isDeceptive(first.codePoint) && !isLineBreakOrTab(first.codePoint)) {
+      appendCodePoint(result, first.codePoint);
+    } else {
+      result += text.substr(0, first.length);
+    }
+    text.remove_prefix(first.length);
+  }
+  return result;
+}
+
+}  // namespace orvane::ReportText
