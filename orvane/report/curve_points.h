@@ -1,9 +1,12 @@
 #pragma once
 
+#include "orvane/platform/export.h"
+
 namespace orvane {
 
 /// Loudness at one point of time; one point per 100 ms, stamped with the end of its block.
-struct LoudnessCurvePoint {
+/// Has a JSON form.
+struct ORVANE_API LoudnessCurvePoint {
   double time = 0;       ///< seconds
   float momentary = 0;   ///< LUFS; minus infinity before anything audible
   float shortTerm = 0;   ///< LUFS
@@ -12,8 +15,8 @@ struct LoudnessCurvePoint {
   bool operator==(const LoudnessCurvePoint&) const = default;
 };
 
-/// Stereo correlation of one 100 ms window, stamped with its end.
-struct StereoWidthCurvePoint {
+/// Stereo correlation of one 100 ms window, stamped with its end. Has a JSON form.
+struct ORVANE_API StereoWidthCurvePoint {
   double time = 0;        ///< seconds
   float correlation = 0;  ///< −1 … +1
 

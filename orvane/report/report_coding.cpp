@@ -3,9 +3,11 @@
 namespace orvane {
 
 ORVANE_JSON_FORM(ReportFileInfo);
+ORVANE_JSON_FORM(LoudnessCurvePoint);
 ORVANE_JSON_FORM(LoudnessSample);
 ORVANE_JSON_FORM(ReportFullFileLoudness);
 ORVANE_JSON_FORM(ReportSelectionLoudness);
+ORVANE_JSON_FORM(StereoWidthCurvePoint);
 ORVANE_JSON_FORM(StereoWidthSample);
 ORVANE_JSON_FORM(ReportStereoWidth);
 ORVANE_JSON_FORM(ReportChannel);

@@ -65,6 +65,21 @@ struct Coding<ReportSelectionLoudness> {
 };
 
 template <>
+struct Coding<LoudnessCurvePoint> {
+  using Record = LoudnessCurvePoint;
+  static constexpr std::tuple fields{
+      Field{"time", &Record::time}, Field{"momentary", &Record::momentary},
+      Field{"shortTerm", &Record::shortTerm}, Field{"integrated", &Record::integrated}};
+};
+
+template <>
+struct Coding<StereoWidthCurvePoint> {
+  using Record = StereoWidthCurvePoint;
+  static constexpr std::tuple fields{Field{"time", &Record::time},
+                                     Field{"correlation", &Record::correlation}};
+};
+
+template <>
 struct Coding<StereoWidthSample> {
   using Record = StereoWidthSample;
   static constexpr std::tuple fields{Field{"time", &Record::time},

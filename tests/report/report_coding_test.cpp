@@ -130,6 +130,16 @@ TEST(ReportCoding, BringsEveryRecordBack) {
   }
 }
 
+TEST(ReportCoding, WritesThePointsThatAReportIsBuiltFrom) {
+  const LoudnessCurvePoint loudness{0.1, -20, -21, -22.5F};
+  EXPECT_EQ(encodeJSON(loudness),
+            R"({"time":0.1,"momentary":-20,"shortTerm":-21,"integrated":-22.5})");
+  EXPECT_EQ(decodeJSON<LoudnessCurvePoint>(encodeJSON(loudness)), loudness);
+  const StereoWidthCurvePoint width{0.2, 0.3F};
+  EXPECT_EQ(encodeJSON(width), R"({"time":0.2,"correlation":0.3})");
+  EXPECT_EQ(decodeJSON<StereoWidthCurvePoint>(encodeJSON(width)), width);
+}
+
 TEST(ReportCoding, NeverWritesInfinityOrNaN) {
   const std::string text = encodeJSON(test::silentFileReport());
   EXPECT_EQ(text.find("inf"), std::string::npos);
