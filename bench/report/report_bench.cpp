@@ -23,7 +23,7 @@ const std::string& reportText() {
 }
 
 void countBytes(benchmark::State& state, std::size_t bytes) {
-  state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * bytes));
+  state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(bytes));
 }
 
 void writeRecord(benchmark::State& state) {
