@@ -12,9 +12,6 @@ buildPackages=(
   libicu-dev librsvg2-bin
 )
 
-# To write PDF; the program does everything else without them.
-pdfPackages=(chromium-headless-shell fonts-dejavu-core)
-
 # To make the demo programme that `./run` without arguments shows.
 demoPackages=(sox espeak-ng)
 
@@ -23,7 +20,6 @@ testPackages=(
   libgtest-dev libgmock-dev
   ffmpeg sox libsox-fmt-mp3 flac espeak-ng
   libsndfile1-dev libebur128-dev
-  "${pdfPackages[@]}" poppler-utils
   binutils python3 tidy
 )
 
