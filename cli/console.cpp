@@ -54,6 +54,10 @@ std::string_view environment(const char* name) {
 
 }  // namespace
 
+OutputFailure::OutputFailure(int error)
+    : std::runtime_error("standard output: " + std::generic_category().message(error)),
+      isBrokenPipe_(error == EPIPE) {}
+
 ConsoleTraits ConsoleTraits::ofProcess() {
   ConsoleTraits traits;
   traits.isOutputTerminal = ::isatty(STDOUT_FILENO) == 1;
@@ -70,7 +74,7 @@ void Console::print(std::string_view text) {
   const std::lock_guard lock(mutex_);
   removeStatus();
   if (const int error = writeAll(STDOUT_FILENO, text))
-    throw OutputFailure("standard output: " + std::generic_category().message(error));
+    throw OutputFailure(error);
 }
 
 void Console::error(std::string_view text) {

@@ -11,7 +11,14 @@ namespace orvane::cli {
 /// Standard output could not be written; there is no point in going on.
 class OutputFailure : public std::runtime_error {
  public:
-  using std::runtime_error::runtime_error;
+  /// For the system's error number.
+  explicit OutputFailure(int error);
+
+  /// Whoever read the output has stopped doing so, as `head` does.
+  bool isBrokenPipe() const noexcept { return isBrokenPipe_; }
+
+ private:
+  bool isBrokenPipe_;
 };
 
 /// Ways to set words off on a terminal.

@@ -13,6 +13,7 @@
 #include "cli/identify_command.h"
 #include "cli/interruption.h"
 #include "cli/usage_error.h"
+#include "cli/write_signals.h"
 #include "orvane/platform/audio_file/audio_file.h"
 #include "orvane/platform/error.h"
 
@@ -69,9 +70,11 @@ ExitCode runChosen(const CLI::App& program, const ChosenCommand& chosen, Console
   } catch (const Cancelled&) {
     console.status("");
     return Interruption::exitCode();
+  } catch (const OutputFailure&) {
+    throw;
   } catch (const std::bad_alloc&) {
     console.error("not enough memory");
-  } catch (const std::exception& error) {  // `Error`, `OutputFailure`
+  } catch (const std::exception& error) {
     console.error(error.what());
   }
   return ExitCode::fileFailed;
@@ -112,17 +115,18 @@ std::optional<ExitCode> parse(CLI::App& program, int count, const char* const* a
 int runProgram(int argumentCount, const char* const* arguments) {
   openMissingStandardStreams();
   Interruption::install();
+  WriteSignals::install();
   Console console(ConsoleTraits::ofProcess());
   ChosenCommand chosen;
   const auto program = makeProgram(chosen);
   try {
-    if (const auto code = parse(*program, argumentCount, arguments, console))
-      return static_cast<int>(*code);
+    const auto over = parse(*program, argumentCount, arguments, console);
+    return static_cast<int>(over ? *over : runChosen(*program, chosen, console));
   } catch (const OutputFailure& error) {
+    if (error.isBrokenPipe()) WriteSignals::endByBrokenPipe();
     console.error(error.what());
     return static_cast<int>(ExitCode::fileFailed);
   }
-  return static_cast<int>(runChosen(*program, chosen, console));
 }
 
 }  // namespace orvane::cli

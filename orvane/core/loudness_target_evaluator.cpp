@@ -1,8 +1,8 @@
 #include "orvane/core/loudness_target_evaluator.h"
 
 #include <array>
+#include <charconv>
 #include <cmath>
-#include <cstdio>
 
 namespace orvane::core {
 namespace {
@@ -54,10 +54,12 @@ LoudnessTargetEvaluation judgeCompliance(const LoudnessTarget& target,
   return CompliantVerdict{isClean};
 }
 
-std::string text(const char* format, float value) {
-  std::array<char, 64> buffer{};
-  std::snprintf(buffer.data(), buffer.size(), format, static_cast<double>(value));
-  return buffer.data();
+/// With one decimal, the same in every locale.
+std::string text(float value) {
+  std::array<char, 64> digits{};
+  const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), value,
+                                 std::chars_format::fixed, 1);
+  return {digits.data(), end.ptr};
 }
 
 std::string_view sourceText(LoudnessTargetSource source) {
@@ -75,20 +77,20 @@ std::string_view sourceText(LoudnessTargetSource source) {
 std::string demandText(const LoudnessTarget& target) {
   const std::string unit = " " + std::string(unitText(target.source));
   std::string demand = target.name + ": " + std::string(sourceText(target.source)) + " " +
-                       text("%.1f", target.referenceLUFS);
+                       text(target.referenceLUFS);
   if (const auto* compliance = std::get_if<ComplianceTreatment>(&target.treatment)) {
-    if (compliance->toleranceLU) demand += text(" ±%.1f", *compliance->toleranceLU);
+    if (compliance->toleranceLU) demand += " ±" + text(*compliance->toleranceLU);
     demand += unit;
   } else {
     const bool isSymmetric =
         std::get<PenaltyTreatment>(target.treatment).boostBehaviour == BoostBehaviour::symmetric;
     demand += unit + (isSymmetric ? ", turned up and down" : ", turned down only");
   }
-  demand += text(", true peak at most %.1f dBTP", target.truePeakCeilingDBTP);
+  demand += ", true peak at most " + text(target.truePeakCeilingDBTP) + " dBTP";
   if (target.maxShortTermLUFS)
-    demand += text(", short-term at most %.1f LUFS", *target.maxShortTermLUFS);
+    demand += ", short-term at most " + text(*target.maxShortTermLUFS) + " LUFS";
   if (target.noiseFloorMaxDBRMS)
-    demand += text(", noise floor at most %.1f dB RMS", *target.noiseFloorMaxDBRMS);
+    demand += ", noise floor at most " + text(*target.noiseFloorMaxDBRMS) + " dB RMS";
   return demand + ".";
 }
 
@@ -96,13 +98,12 @@ std::string measuredText(const LoudnessTarget& target,
                          const LoudnessTargetMeasurement& measurement) {
   const auto level = LoudnessTargetEvaluator::judgedLevel(target, measurement);
   if (!level) return " Not measured.";
-  std::string measured =
-      " Measured: " + text("%.1f ", *level) + std::string(unitText(target.source));
-  if (measurement.truePeakDBTP) measured += text(", %.1f dBTP", *measurement.truePeakDBTP);
+  std::string measured = " Measured: " + text(*level) + " " + std::string(unitText(target.source));
+  if (measurement.truePeakDBTP) measured += ", " + text(*measurement.truePeakDBTP) + " dBTP";
   if (target.maxShortTermLUFS && measurement.maxShortTermLUFS)
-    measured += text(", short-term %.1f LUFS", *measurement.maxShortTermLUFS);
+    measured += ", short-term " + text(*measurement.maxShortTermLUFS) + " LUFS";
   if (target.noiseFloorMaxDBRMS && measurement.noiseFloorDBRMS)
-    measured += text(", noise floor %.1f dB RMS", *measurement.noiseFloorDBRMS);
+    measured += ", noise floor " + text(*measurement.noiseFloorDBRMS) + " dB RMS";
   return measured + ".";
 }
 

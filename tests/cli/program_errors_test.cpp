@@ -157,6 +157,31 @@ TEST_F(ProgramErrors, StopsAtTheFirstOutputFailureOfABatch) {
   EXPECT_EQ(end.errors, "orvane: standard output: No space left on device\n");
 }
 
+TEST_F(ProgramErrors, EndsLikeAnyToolWhenNobodyReadsOn) {
+  for (const char* command : {"analyze", "identify", "--help"}) {
+    ProgramSetup setup;
+    setup.arguments = {command, "good.wav", "good.wav"};
+    setup.hasNoReader = true;
+    const ProgramEnd end = run(setup);
+    EXPECT_EQ(end.signal, SIGPIPE) << command;
+    EXPECT_THAT(end.errors, IsEmpty());
+  }
+}
+
+// The system's answer to that is to end the process.
+TEST_F(ProgramErrors, TellsWhenAFileGetsLargerThanAllowed) {
+  const orvane::test::TemporaryDirectory temporary;
+  ProgramSetup setup;
+  setup.arguments = {"analyze", "-"};
+  setup.environment = {"TMPDIR=" + temporary.path().string()};
+  setup.input = waveFile(sineSamples(48'000, 0.5));
+  setup.largestFile = 65'536;
+  const ProgramEnd end = run(setup);
+  EXPECT_EQ(end.exitCode, 1);
+  EXPECT_THAT(end.errors, HasSubstr(": File too large\n"));
+  EXPECT_TRUE(std::filesystem::is_empty(temporary.path()));
+}
+
 TEST_F(ProgramErrors, EndsWithTheSignalsCodeAndLeavesNothingBehind) {
   for (const auto& [signal, code] : {std::pair{SIGINT, 130}, std::pair{SIGTERM, 143}}) {
     const orvane::test::TemporaryDirectory temporary;

@@ -25,6 +25,12 @@ TEST(TerminalText, EscapesDirectionMarksAndInvisibleCharacters) {
   EXPECT_EQ(TerminalText::escaped("\U000E0041"), "\\U000E0041");
 }
 
+// Persian and Indic scripts spell with them.
+TEST(TerminalText, KeepsJoiners) {
+  for (const char* text : {"می\u200Cخواهم", "क्\u200Dष"})
+    EXPECT_EQ(TerminalText::escaped(text), text);
+}
+
 TEST(TerminalText, EscapesBytesThatAreNoUTF8) {
   EXPECT_EQ(TerminalText::escaped("caf\xE9.wav"), "caf\\xE9.wav");
   EXPECT_EQ(TerminalText::escaped("\xFF\xFE"), "\\xFF\\xFE");
@@ -41,6 +47,7 @@ TEST(TerminalText, CountsTheColumnsOfATerminal) {
   EXPECT_EQ(TerminalText::width("音楽"), 4U);
   EXPECT_EQ(TerminalText::width("e\u0301"), 1U);
   EXPECT_EQ(TerminalText::width("🎵"), 2U);
+  EXPECT_EQ(TerminalText::width("a\u200Db"), 2U);
 }
 
 TEST(TerminalText, ShortensInTheMiddleAndKeepsBothEnds) {

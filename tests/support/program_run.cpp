@@ -4,6 +4,7 @@
 #include <poll.h>
 #include <pty.h>
 #include <signal.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -98,6 +99,11 @@ struct Streams {
   ::dup2(output, STDOUT_FILENO);
   ::dup2(setup.isOnTerminal ? streams.terminal.slave : streams.errors.writeEnd, STDERR_FILENO);
   if (setup.closesOutput) ::close(STDOUT_FILENO);
+  ::signal(SIGPIPE, SIG_DFL);  // this process ignores it
+  if (setup.largestFile > 0) {
+    const rlimit limit{setup.largestFile, setup.largestFile};
+    ::setrlimit(RLIMIT_FSIZE, &limit);
+  }
   if (!setup.folder.empty() && ::chdir(setup.folder.c_str()) != 0) ::_exit(97);
   ::execve(program.c_str(), arguments.data(), environment.data());
   ::_exit(96);
@@ -133,6 +139,7 @@ void collect(Streams& streams, const ProgramSetup& setup, pid_t child, ProgramEn
 
 ProgramEnd runProgram(const std::filesystem::path& program, const ProgramSetup& setup) {
   Streams streams(setup);
+  if (setup.hasNoReader) Pipe::closeEnd(streams.output.readEnd);
   const pid_t child = ::fork();
   if (child < 0) throw std::runtime_error("cannot fork");
   if (child == 0) become(program, setup, streams);

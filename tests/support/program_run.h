@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <string>
@@ -16,6 +17,8 @@ struct ProgramSetup {
   std::filesystem::path folder{};          ///< working folder; empty for this process's
   std::vector<std::string> environment{};  ///< "NAME=value", beside PATH
   bool closesOutput = false;               ///< standard output is closed
+  bool hasNoReader = false;                ///< nobody reads standard output
+  std::uint64_t largestFile = 0;           ///< bytes that a file may get; 0 for no limit
   bool isOnTerminal = false;               ///< standard output and error are a terminal
   /// Runs once the program is started, with its process id.
   std::function<void(int)> meanwhile{};
