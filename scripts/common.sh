@@ -44,6 +44,14 @@ requirePackages() {
   rm -f "$log"
 }
 
+# wantPackages WHAT NAME…
+# The same for packages that can be done without; WHAT says what is then missing.
+wantPackages() {
+  local what=$1
+  shift
+  (requirePackages "$@") || say "orvane: going on without $what"
+}
+
 # buildPreset PRESET TARGET [CMAKE_OPTION…]
 # Configures build/PRESET when there is nothing yet or options are given, then builds the target.
 # On a terminal the compiler's progress is shown; otherwise only what fails.

@@ -12,6 +12,9 @@ buildPackages=(
   libicu-dev librsvg2-bin
 )
 
+# To write PDF; the program does everything else without them.
+pdfPackages=(chromium-headless-shell fonts-dejavu-core)
+
 # To make the demo programme that `./run` without arguments shows.
 demoPackages=(sox espeak-ng)
 
@@ -20,7 +23,8 @@ testPackages=(
   libgtest-dev libgmock-dev
   ffmpeg sox libsox-fmt-mp3 flac espeak-ng
   libsndfile1-dev libebur128-dev
-  binutils python3 tidy
+  "${pdfPackages[@]}" poppler-utils tidy
+  binutils python3
 )
 
 # For `./test --all`: the second compiler; its package brings the sanitizers of its own.

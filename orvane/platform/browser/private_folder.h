@@ -1,0 +1,23 @@
+#pragma once
+
+#include <filesystem>
+
+namespace orvane {
+
+/// A fresh folder in the system's temporary one that nobody else may enter; it goes away with all
+/// that lies in it.
+class PrivateFolder {
+ public:
+  /// Throws `PlatformError` with the name of the temporary folder.
+  PrivateFolder();
+  ~PrivateFolder();
+  PrivateFolder(const PrivateFolder&) = delete;
+  PrivateFolder& operator=(const PrivateFolder&) = delete;
+
+  const std::filesystem::path& path() const noexcept { return path_; }
+
+ private:
+  std::filesystem::path path_;
+};
+
+}  // namespace orvane
