@@ -1,6 +1,7 @@
 #include "tests/platform/audio_file/ffmpeg/compressed_files.h"
 
 #include <algorithm>
+#include <cctype>
 #include <cmath>
 #include <cstring>
 #include <stdexcept>
@@ -73,6 +74,12 @@ std::string openingError(const std::filesystem::path& file, const AudioFileOpenO
     return error.message();
   }
   return {};
+}
+
+std::string wordOf(const std::string& name) {
+  std::string word;
+  for (const char c : name) word += std::isalnum(static_cast<unsigned char>(c)) != 0 ? c : '_';
+  return word;
 }
 
 std::string textOf(FourCC code) {

@@ -46,6 +46,9 @@ double largestDifference(const std::vector<float>& a, const std::vector<float>& 
 std::string openingError(const std::filesystem::path& file,
                          const AudioFileOpenOptions& options = {});
 
+/// A file's name as the name of a test: letters, digits and underscores.
+std::string wordOf(const std::string& name);
+
 /// "WAVE", "aac " …
 std::string textOf(FourCC code);
 
