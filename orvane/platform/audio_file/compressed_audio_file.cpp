@@ -2,6 +2,7 @@
 
 #include <dlfcn.h>
 
+#include <new>
 #include <string>
 
 #include "orvane/platform/audio_file/ffmpeg/ffmpeg_module.h"
@@ -64,6 +65,8 @@ std::optional<AudioFileDescription> describeCompressedAudioFile(const std::files
   try {
     return ffmpegModule(path).describe(path, containerHint);
   } catch (const PlatformError&) {
+    return std::nullopt;
+  } catch (const std::bad_alloc&) {  // a forged size went beyond what the file justifies
     return std::nullopt;
   }
 }

@@ -11,9 +11,11 @@ using Bytes = std::span<const std::byte>;
 
 /// Frames in a row that leave no doubt.
 constexpr std::size_t kSureFrames = 3;
-/// Behind leading junk more are asked for, and junk may be this long.
+/// Behind leading junk more are asked for, without a gap to the end, and junk may be this long.
 constexpr std::size_t kSureFramesBehindJunk = 4;
 constexpr std::size_t kMaximumJunk = 16'384;
+/// More than any of the headers takes.
+constexpr std::size_t kHeaderBytes = 8;
 
 /// One frame's header: its length in bytes, and what must be the same in all frames of a stream.
 struct Frame {
@@ -127,6 +129,21 @@ bool isChain(Bytes bytes, FrameReader read, std::size_t sureFrames, bool isWhole
   return true;
 }
 
+/// Whether frames follow one another to the end of all these bytes, behind which only a tag may
+/// come. Tables in programs and pictures hold short chains of what looks like headers.
+bool isUnbrokenChain(Bytes bytes, FrameReader read, bool isWhole) {
+  const auto first = read(bytes);
+  if (!first) return false;
+  std::size_t count = 0;
+  for (;; ++count) {
+    const bool isEnd = bytes.size() < kHeaderBytes || (isWhole && isTail(bytes));
+    if (isEnd) return count >= kSureFramesBehindJunk;
+    const auto frame = read(bytes);
+    if (!frame || frame->signature != first->signature) return false;
+    bytes = bytes.subspan(std::min(frame->length, bytes.size()));
+  }
+}
+
 FourCC codeOfMPEG(Bytes frame) {
   switch ((at(frame, 1) >> 1) & 3) {
     case 3:
@@ -138,19 +155,34 @@ FourCC codeOfMPEG(Bytes frame) {
   }
 }
 
+FourCC codeOfDolby(Bytes frame) {
+  return fourCCFrom(dolbyFrame(frame)->signature == 1 ? "ac-3" : "ec-3");
+}
+
+/// A kind of stream, and its code by one of its frames.
+struct Stream {
+  FrameReader read;
+  FourCC (*code)(Bytes frame);
+};
+
+/// Those with the stronger sync words first.
+constexpr std::array kStreams = {
+    Stream{dolbyFrame, codeOfDolby},
+    Stream{adtsFrame, [](Bytes) { return fourCCFrom("adts"); }},
+    Stream{loasFrame, [](Bytes) { return fourCCFrom("loas"); }},
+    Stream{mpegFrame, codeOfMPEG},
+};
+
 }  // namespace
 
 std::optional<FourCC> sniffFrames(std::span<const std::byte> head, bool isWhole) {
-  if (isChain(head, dolbyFrame, kSureFrames, isWhole))
-    return fourCCFrom(dolbyFrame(head)->signature == 1 ? "ac-3" : "ec-3");
-  if (isChain(head, adtsFrame, kSureFrames, isWhole)) return fourCCFrom("adts");
-  if (isChain(head, loasFrame, kSureFrames, isWhole)) return fourCCFrom("loas");
-  if (isChain(head, mpegFrame, kSureFrames, isWhole)) return codeOfMPEG(head);
-  // MPEG audio is often cut from a running stream, or has padding before its first frame.
+  for (const Stream& stream : kStreams)
+    if (isChain(head, stream.read, kSureFrames, isWhole)) return stream.code(head);
+  // A stream may have been cut from a running one, or have padding before its first frame.
   for (std::size_t offset = 1; offset < std::min(head.size(), kMaximumJunk); ++offset) {
     const Bytes rest = head.subspan(offset);
-    if (isChain(rest, mpegFrame, kSureFramesBehindJunk, false)) return codeOfMPEG(rest);
-    if (isChain(rest, adtsFrame, kSureFramesBehindJunk, false)) return fourCCFrom("adts");
+    for (const Stream& stream : kStreams)
+      if (isUnbrokenChain(rest, stream.read, isWhole)) return stream.code(rest);
   }
   return {};
 }

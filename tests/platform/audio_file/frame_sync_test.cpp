@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <utility>
+
 #include "orvane/platform/audio_file/container_sniffer.h"
 #include "tests/support/byte_writer.h"
 #include "tests/support/temporary_directory.h"
@@ -78,10 +80,25 @@ TEST_F(FrameSync, ALastFrameMayBeCutShort) {
   EXPECT_EQ(codeOf(mp3), fourCCFrom("MPG3"));
 }
 
-TEST_F(FrameSync, MPEGAudioMayFollowJunk) {
+TEST_F(FrameSync, StreamsMayFollowJunk) {
   const Bytes mp3 = frames(header({0xFF, 0xFB, 0x90, 0x64}), 417, 5);
-  EXPECT_EQ(codeOf(ByteWriter().zeros(1000).append(mp3).bytes()), fourCCFrom("MPG3"));
-  EXPECT_EQ(codeOf(ByteWriter().zeros(20'000).append(mp3).bytes()), 0U);
+  const Bytes adts = frames(header({0xFF, 0xF1, 0x50, 0x80, 0x0C, 0x9F, 0xFC}), 100, 5);
+  const Bytes ac3 = frames(header({0x0B, 0x77, 0, 0, 0x14, 0x40}), 768, 5);
+  const Bytes loas = frames(header({0x56, 0xE0, 0x64}), 103, 5);
+  for (const auto& [stream, code] :
+       {std::pair{mp3, "MPG3"}, {adts, "adts"}, {ac3, "ac-3"}, {loas, "loas"}}) {
+    EXPECT_EQ(codeOf(ByteWriter().zeros(1000).append(stream).bytes()), fourCCFrom(code));
+    EXPECT_EQ(codeOf(ByteWriter().zeros(1000).append(stream).text("TAG").zeros(125).bytes()),
+              fourCCFrom(code));
+    EXPECT_EQ(codeOf(ByteWriter().zeros(20'000).append(stream).bytes()), 0U);
+  }
+}
+
+/// Jump tables of programs look like a few frames; streams go on.
+TEST_F(FrameSync, ChainsThatBreakOffAreNoStreamBehindJunk) {
+  const Bytes chain = frames(header({0xFF, 0xFF, 0x25, 0xC2, 0x6F}), 64, 40);
+  EXPECT_EQ(codeOf(ByteWriter().zeros(1000).append(chain).bytes()), fourCCFrom("MPG1"));
+  EXPECT_EQ(codeOf(ByteWriter().zeros(1000).append(chain).zeros(5000).bytes()), 0U);
 }
 
 TEST_F(FrameSync, HeadersThatCannotBeAreNoSync) {

@@ -27,6 +27,11 @@ constexpr const char* kDamaged = "The file is damaged or incomplete";
 constexpr int kMostStreams = 256;
 constexpr int kMostRetries = 1000;
 
+bool isCertainlyNoAudio(AVMediaType type) {
+  return type == AVMEDIA_TYPE_VIDEO || type == AVMEDIA_TYPE_SUBTITLE ||
+         type == AVMEDIA_TYPE_ATTACHMENT;
+}
+
 /// Refuses every further file that a container asks for: external tracks, keys, segments.
 int refuseToOpen(AVFormatContext* /*context*/, AVIOContext** /*io*/, const char* /*url*/,
                  int /*flags*/, AVDictionary** /*options*/) {
@@ -113,8 +118,9 @@ void Demuxer::open(FourCC containerHint) {
                                                                  : kDamaged);
   format_.reset(context);
 
+  // Transport streams may carry audio whose kind is only found by probing its packets.
   for (unsigned i = 0; i < format_->nb_streams; ++i)
-    if (format_->streams[i]->codecpar->codec_type != AVMEDIA_TYPE_AUDIO)
+    if (isCertainlyNoAudio(format_->streams[i]->codecpar->codec_type))
       format_->streams[i]->discard = AVDISCARD_ALL;
   const int found = avformat_find_stream_info(format_.get(), nullptr);
   source_.rethrowFailure();

@@ -74,6 +74,20 @@ constexpr std::array kCodecCodes{
     CodecCode{AV_CODEC_ID_DSD_MSBF_PLANAR, "dsd "},
 };
 
+struct DemuxerCode {
+  std::string_view demuxer;
+  std::string_view code;
+};
+
+/// Demuxers that find their stream behind so much else that no signature does.
+constexpr std::array kStreamDemuxers{
+    DemuxerCode{"aac", "adts"},  DemuxerCode{"loas", "loas"},
+    DemuxerCode{"ac3", "ac-3"},  DemuxerCode{"eac3", "ec-3"},
+    DemuxerCode{"dts", "DTS "},  DemuxerCode{"flac", "flac"},
+    DemuxerCode{"ogg", "Oggf"},  DemuxerCode{"mpegts", "MPTS"},
+    DemuxerCode{"mpeg", "MPEG"}, DemuxerCode{"mov,mp4,m4a,3gp,3g2,mj2", "mp4f"},
+};
+
 /// A code made of a name's first characters, for what no table knows.
 FourCC codeFromName(std::string_view name) {
   std::string code;
@@ -147,6 +161,8 @@ FourCC codeFromConfiguration(std::span<const std::uint8_t> configuration) {
       return fourCCFrom("aacl");
     case 29:
       return fourCCFrom("aacp");
+    case 30:
+      return fourCCFrom("aacs");
     case 39:
       return enhancedLowDelayCode(bits);
     case 42:
@@ -170,8 +186,15 @@ FourCC aacCode(int profile, std::span<const std::uint8_t> configuration) {
 
 }  // namespace
 
-FourCC containerCode(const AVInputFormat& demuxer) {
-  return codeFromName(demuxer.name);
+FourCC containerCode(const AVInputFormat& demuxer, AVCodecID codec) {
+  const std::string_view name = demuxer.name;
+  if (name == "mp3")
+    return fourCCFrom(codec == AV_CODEC_ID_MP1   ? "MPG1"
+                      : codec == AV_CODEC_ID_MP2 ? "MPG2"
+                                                 : "MPG3");
+  const auto known = std::find_if(kStreamDemuxers.begin(), kStreamDemuxers.end(),
+                                  [&](const auto& entry) { return entry.demuxer == name; });
+  return known != kStreamDemuxers.end() ? fourCCFrom(known->code) : codeFromName(name);
 }
 
 FourCC codecCode(AVCodecID codec, int profile, std::span<const std::uint8_t> configuration) {

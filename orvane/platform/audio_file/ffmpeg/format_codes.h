@@ -12,8 +12,9 @@ extern "C" {
 
 namespace orvane {
 
-/// A code for a container that no signature names, made of its demuxer's name.
-FourCC containerCode(const AVInputFormat& demuxer);
+/// The code of a container that no signature names, by its demuxer and the codec in it: the usual
+/// one of a stream without a container, else one made of the demuxer's name.
+FourCC containerCode(const AVInputFormat& demuxer, AVCodecID codec);
 
 /// Format code of a codec; `profile` is FFmpeg's, or FF_PROFILE_UNKNOWN; `configuration` is an
 /// MPEG-4 AudioSpecificConfig where the codec has one, else empty.

@@ -95,7 +95,7 @@ bool isAllowed(const AVInputFormat* format) {
 const std::string& allowedDemuxers() {
   static const std::string names =
       // Audio files.
-      "aa,aac,aax,ac3,acm,adp,ads,adx,aea,afc,aiff,amr,amrnb,amrwb,apc,ape,apm,aptx,ast,au,avr,"
+      "aa,aac,aax,ac3,acm,adp,ads,adx,aea,afc,aiff,amr,apc,ape,apm,aptx,ast,au,avr,"
       "bfstm,binka,bit,boa,brstm,caf,codec2,daud,dfpwm,dsf,dss,dts,dtshd,eac3,epaf,flac,fsb,fwse,"
       "g722,g723_1,g729,genh,gsm,hca,hcom,iff,ilbc,ircam,iss,kvag,loas,lvf,mca,mlp,mmf,mp3,mpc,"
       "mpc8,msf,mtaf,musx,nistsphere,nsp,ogg,oma,paf,pvf,qcp,rso,rsd,sbc,sds,sdx,shn,siff,sln,sol,"

@@ -150,8 +150,9 @@ AudioFileDescription describeStream(const Demuxer& demuxer, FourCC containerHint
                                     const AVCodecContext* codec, const AVFrame* decoded) {
   AVCodecParameters& parameters = *demuxer.stream().codecpar;
   AudioFileDescription description;
-  description.fileTypeID =
-      containerHint != 0 ? containerHint : containerCode(*demuxer.format().iformat);
+  description.fileTypeID = containerHint != 0
+                               ? containerHint
+                               : containerCode(*demuxer.format().iformat, parameters.codec_id);
   const AVChannelLayout& layout = decoded != nullptr ? decoded->ch_layout : parameters.ch_layout;
   description.layout = channelLayoutFrom(layout);
 

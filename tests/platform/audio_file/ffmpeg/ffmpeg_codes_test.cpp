@@ -3,6 +3,7 @@
 #include <initializer_list>
 #include <stdexcept>
 #include <string>
+#include <utility>
 
 #include "tests/platform/audio_file/ffmpeg/compressed_files.h"
 #include "tests/support/whole_file.h"
@@ -39,6 +40,7 @@ TEST_F(FFmpegCodes, TellTheMembersOfTheAACFamilyApart) {
   EXPECT_EQ(codeWith({0x13, 0x08, 0x56, 0xE5, 0x98}), "aach");  // with band replication behind it
   EXPECT_EQ(codeWith({0x2B, 0x09, 0x88, 0x00, 0x00}), "aach");  // type 5, extended to 48 kHz
   EXPECT_EQ(codeWith({0xEB, 0x09, 0x88, 0x00, 0x00}), "aacp");  // type 29
+  EXPECT_EQ(codeWith({0xF3, 0x08, 0x00, 0x00, 0x00}), "aacs");  // type 30
   EXPECT_EQ(codeWith({0xBB, 0x08, 0x00, 0x00, 0x00}), "aacl");  // type 23
   EXPECT_EQ(codeWith({0xF8, 0xEC, 0x20, 0x00, 0x00}), "aace");  // type 39
   EXPECT_EQ(codeWith({0xF8, 0xEC, 0x21, 0x00, 0x00}), "aacf");  // with band replication
@@ -61,6 +63,18 @@ TEST_F(FFmpegCodes, CodecsWithoutADecoderAreStillNamed) {
   EXPECT_EQ(test::textOf(description->fileTypeID), "m4af");
   EXPECT_EQ(test::textOf(description->dataFormat.formatID), "usac");
   EXPECT_EQ(test::openingError(file), "There is no decoder for this variant of its codec, aac");
+}
+
+/// Behind more padding than the sniffer looks at FFmpeg still finds the stream.
+TEST_F(FFmpegCodes, StreamsFoundByProbingAloneHaveTheUsualCodes) {
+  for (const auto& [name, container] : {std::pair{"a.mp3", "MPG3"}, {"a.mp2", "MPG2"}}) {
+    const std::string stream =
+        test::readFile(test::encodeNoise(folder_, name, {"-id3v2_version", "0"}, 2));
+    const auto file = test::writeFile(folder_ / "padded.bin", std::string(20'000, '\0') + stream);
+    const auto description = describeAudioFile(file);
+    ASSERT_TRUE(description) << name;
+    EXPECT_EQ(test::textOf(description->fileTypeID), container);
+  }
 }
 
 TEST_F(FFmpegCodes, PacketsHaveTheirShape) {

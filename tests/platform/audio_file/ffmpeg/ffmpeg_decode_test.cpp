@@ -1,7 +1,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <cctype>
 #include <ostream>
 #include <string>
 #include <string_view>
@@ -72,10 +71,7 @@ TEST_P(FFmpegDecode, GivesWhatTheProgramGivesAndIsIdentifiedUnderAWrongName) {
 }
 
 std::string testName(const testing::TestParamInfo<Format>& info) {
-  std::string name;
-  for (const char c : info.param.file)
-    name += std::isalnum(static_cast<unsigned char>(c)) ? c : '_';
-  return name;
+  return test::wordOf(info.param.file);
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -184,6 +180,8 @@ INSTANTIATE_TEST_SUITE_P(
                     Format{"mp3.avi", codec("libmp3lame"), "AVI ", ".mp3"},
                     Format{"ac3.avi", codec("ac3"), "AVI ", "ac-3"},
                     Format{"aac.ts", codec("aac"), "MPTS", "aac "},
+                    Format{"aac.m2ts", codec("aac"), "MPTS", "aac "},
+                    Format{"bluray.m2ts", codec("pcm_bluray", kStereo), "MPTS", "lpcm"},
                     Format{"mp2.ts", codec("mp2", kStereo), "MPTS", ".mp2"},
                     Format{"ac3.ts", codec("ac3"), "MPTS", "ac-3"},
                     Format{"opus.ts", codec("libopus"), "MPTS", "opus"},
