@@ -59,8 +59,10 @@ MeasuredFile measure(const InputName& file, const AnalyzeOptions& options, std::
                                               .computeStereoWidth = !options.noStereo,
                                               .vadTuning = options.tuning,
                                               .rawFormat = options.rawFormat};
-  OfflineAnalysisPipeline::Execution how{
-      .threadCount = threads, .observer = &observer, .streamIndex = options.streamIndex};
+  OfflineAnalysisPipeline::Execution how{.threadCount = threads,
+                                         .observer = &observer,
+                                         .streamIndex = options.streamIndex,
+                                         .keepsBuffer = false};
   if (options.dialogue) how.dialogueRegions = DialogueSidecarFile::load(file).regions;
   measured.result = OfflineAnalysisPipeline::analyzeFile(file.path, what, how, &measured.detail);
   requireUsableRate(file, measured.result.sampleRate);

@@ -10,12 +10,13 @@
 #include "cli/sample_rate_limits.h"
 #include "cli/terminal_text.h"
 #include "cli/vad_tuning_options.h"
-#include "orvane/audio/audio_source_reader.h"
+#include "orvane/audio/audio_stream.h"
 #include "orvane/platform/error.h"
 #include "orvane/platform/module_location.h"
 #include "orvane/platform/utf8.h"
 #include "orvane/report/orvane_resources.h"
 #include "orvane/speech/silero_vad_analyser.h"
+#include "orvane/speech/speech_input_maker.h"
 
 namespace orvane::cli {
 namespace {
@@ -52,22 +53,20 @@ struct Detected {
 
 Detected detect(const InputName& file, const DetectOptions& options, ProgressObserver& observer) {
   const std::size_t threads = JobRunner::threadsPerJob(1);
-  auto loaded = AudioSourceReader::load(
+  const auto stream = AudioStream::open(
       file.path, options.audio.rawFormat,
       {.threadCount = threads, .observer = &observer, .streamIndex = options.audio.streamIndex});
-  const double sampleRate = loaded.buffer->format().sampleRate;
+  const double sampleRate = stream->format().sampleRate;
   if (!SampleRateLimits::contains(sampleRate))
     throw PlatformError(file.path, "a sample rate of " + NumberText::shortest(sampleRate) +
                                        " Hz is outside " + SampleRateLimits::description());
-  const double frames = static_cast<double>(loaded.buffer->frameLength());
-  const auto input = SileroVADAnalyser::prepareInput(*loaded.buffer, threads);
-  loaded.buffer.reset();  // from here on, 16 kHz will do
+  const auto input = speechInputOf(*stream);
   if (!input) throw PlatformError(file.path, "the audio is too short for speech detection");
   const auto history = SileroVADAnalyser::shared().classify(
       *input, options.tuning, {.threadCount = threads, .observer = &observer});
   if (!history) throwWhyNothingWasDetected(file);
   return {.audio = {.filename = wellFormedUTF8(file.path.filename().string()),
-                    .durationSeconds = frames / sampleRate,
+                    .durationSeconds = static_cast<double>(input->sourceFrameCount) / sampleRate,
                     .sampleRate = sampleRate},
           .regions = DialogueRegion::fromHistory(*history)};
 }

@@ -26,8 +26,8 @@ std::string MeasuredFile::encodingText() const {
 
 std::vector<std::string> MeasuredFile::channelNames() const {
   const auto count = static_cast<std::size_t>(result.channelCount);
-  if (result.buffer && result.buffer->format().layout && count > 1) {
-    auto names = core::ChannelOrder::displayShortNames(*result.buffer->format().layout);
+  if (detail.layout && count > 1) {
+    auto names = core::ChannelOrder::displayShortNames(*detail.layout);
     if (names.size() == count) return names;
   }
   return plainChannelNames(count);

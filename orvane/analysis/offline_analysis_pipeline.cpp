@@ -7,7 +7,9 @@
 #include "orvane/analysis/programme_figures.h"
 #include "orvane/analysis/programme_measurement.h"
 #include "orvane/audio/audio_source_reader.h"
+#include "orvane/audio/audio_stream.h"
 #include "orvane/speech/silero_vad_analyser.h"
+#include "orvane/speech/speech_input_maker.h"
 
 namespace orvane::OfflineAnalysisPipeline {
 namespace {
@@ -25,19 +27,51 @@ std::vector<DialogueRegion> withoutTouchingNeighbours(std::vector<DialogueRegion
   return regions;
 }
 
+using SpeechInput = std::optional<SileroVADAnalyser::Input>;
+
+/// What one reading of a source gives.
+struct MeasuredSource {
+  std::shared_ptr<PCMBuffer> buffer{};  ///< when it is kept
+  ProgrammeMeasurement measurement;
+  SpeechInput speechInput{};  ///< when speech is to be detected
+};
+
+MeasuredSource measureLoaded(AudioStream& stream, bool computeStereoWidth, bool isSpeechWanted,
+                             const Execution& execution) {
+  auto buffer = stream.makeBuffer(static_cast<std::uint32_t>(stream.frameLength()));
+  stream.read(*buffer);
+  auto measurement = measureProgramme(ProgrammeView::of(*buffer), computeStereoWidth,
+                                      execution.threadCount, execution.observer);
+  auto speechInput = isSpeechWanted
+                         ? SileroVADAnalyser::prepareInput(*buffer, execution.threadCount)
+                         : std::nullopt;
+  return {std::move(buffer), std::move(measurement), std::move(speechInput)};
+}
+
+MeasuredSource measureInPassing(AudioStream& stream, bool computeStereoWidth, bool isSpeechWanted,
+                                const Execution& execution) {
+  std::optional<SpeechInputMaker> speechInput;
+  if (isSpeechWanted)
+    speechInput.emplace(stream.format().sampleRate, stream.format().channelCount,
+                        stream.frameLength());
+  auto measurement = measureProgramme(stream, computeStereoWidth, execution.threadCount,
+                                      speechInput ? &*speechInput : nullptr);
+  return {nullptr, std::move(measurement), speechInput ? speechInput->finish() : std::nullopt};
+}
+
 /// Speech flags for the whole file: from the caller's regions, else from the detector.
-std::optional<std::vector<bool>> speechHistoryOf(const PCMBuffer& buffer, const Options& options,
+std::optional<std::vector<bool>> speechHistoryOf(double durationSeconds,
+                                                 const SpeechInput& speechInput,
+                                                 const Options& options,
                                                  const Execution& execution) {
   if (execution.dialogueRegions) {
-    const double seconds = static_cast<double>(buffer.frameLength()) / buffer.sampleRate();
-    const auto blocks = std::max(1LL, std::llround(seconds / DialogueRegion::blockDuration));
+    const auto blocks =
+        std::max(1LL, std::llround(durationSeconds / DialogueRegion::blockDuration));
     return DialogueRegion::toHistory(withoutTouchingNeighbours(*execution.dialogueRegions), blocks);
   }
-  if (!options.enableSileroVAD) return std::nullopt;
-  const auto input = SileroVADAnalyser::prepareInput(buffer, execution.threadCount);
-  if (!input) return std::nullopt;
+  if (!speechInput) return std::nullopt;
   return SileroVADAnalyser::shared().classify(
-      *input, options.vadTuning,
+      *speechInput, options.vadTuning,
       {.threadCount = execution.threadCount, .observer = execution.observer});
 }
 
@@ -82,41 +116,41 @@ Result analyzeFile(const std::filesystem::path& url, const Options& options) {
 
 Result analyzeFile(const std::filesystem::path& url, const Options& options,
                    const Execution& execution, AnalysisDetail* detail) {
-  std::vector<AudioFileWarning> warnings;
-  auto loaded = AudioSourceReader::load(url, options.rawFormat,
+  const auto stream = AudioStream::open(url, options.rawFormat,
                                         {.threadCount = execution.threadCount,
                                          .observer = execution.observer,
-                                         .streamIndex = execution.streamIndex,
-                                         .warnings = &warnings});
-  const PCMBuffer& buffer = *loaded.buffer;
-  if (buffer.channelCount() == 0 || buffer.frameLength() == 0)
+                                         .streamIndex = execution.streamIndex});
+  const bool isSpeechWanted = options.enableSileroVAD && !execution.dialogueRegions;
+  auto measured = (execution.keepsBuffer ? measureLoaded : measureInPassing)(
+      *stream, options.computeStereoWidth, isSpeechWanted, execution);
+  ProgrammeMeasurement& measurement = measured.measurement;
+  if (measurement.frameCount == 0)
     throw AudioSourceReader::Failure(AudioSourceReader::Failure::Case::empty, url);
 
+  Result result;
+  result.sampleRate = stream->format().sampleRate;
+  result.durationSeconds = static_cast<double>(measurement.frameCount) / result.sampleRate;
   // Speech flags choose among finished gating blocks, so that they may come last: a caller that
   // has to wait for the detector has measured everything else meanwhile.
-  ProgrammeMeasurement measurement =
-      measureProgramme(ProgrammeView::of(buffer), options.computeStereoWidth, execution.threadCount,
-                       execution.observer);
-  auto speechHistory = speechHistoryOf(buffer, options, execution);
+  auto speechHistory =
+      speechHistoryOf(result.durationSeconds, measured.speechInput, options, execution);
   measurement.loudness.setSpeechHistory(speechHistory);
 
-  Result result;
   result.url = url;
-  result.sampleRate = buffer.sampleRate();
-  result.channelCount = buffer.channelCount();
-  result.durationSeconds = static_cast<double>(buffer.frameLength()) / buffer.sampleRate();
-  result.fileFormat = std::move(loaded.fileFormatLabel);
+  result.channelCount = stream->format().channelCount;
+  result.fileFormat = stream->fileFormatLabel();
   result.fileSize = sizeOnDisk(url);
-  result.bitDepth = loaded.bitDepth;
-  result.rawFormat = loaded.rawFormat;
-  result.buffer = std::move(loaded.buffer);
+  result.bitDepth = stream->bitDepth();
+  result.rawFormat = stream->rawFormat();
+  result.buffer = std::move(measured.buffer);
   result.speechHistory = std::move(speechHistory);
-  fill(result, figuresOf(measurement, result.buffer->frameLength()));
+  fill(result, figuresOf(measurement));
   result.stereoWidthCurve = std::move(measurement.statistics.stereoWidthCurve);
 
   if (detail != nullptr) {
     detail->blockPowers = measurement.loudness.blockPowers();
-    detail->warnings = std::move(warnings);
+    detail->warnings = stream->warnings();
+    detail->layout = stream->format().layout;
     detail->isSpeechDetectionMissing = options.enableSileroVAD && !result.speechHistory;
     detail->nonFiniteSampleCount = measurement.statistics.nonFiniteSampleCount;
     detail->clippingRuns = std::move(measurement.statistics.clippingRuns);

@@ -33,6 +33,7 @@ struct Options {
 struct Result {
   std::filesystem::path url{};
   /// The whole decoded audio, channels in canonical order; shared with whoever keeps the result.
+  /// Null when the execution does not keep it.
   std::shared_ptr<PCMBuffer> buffer{};
   double sampleRate = 0;  ///< Hz
   std::int64_t channelCount = 0;
@@ -74,6 +75,7 @@ struct AnalysisDetail {
   /// Weighted channel sum of mean squares of each 400 ms gating block, one per 100 ms step.
   std::vector<double> blockPowers{};
   std::vector<AudioFileWarning> warnings{};
+  std::optional<ChannelLayout> layout{};  ///< of the audio, channels in canonical order
   /// Speech was to be detected, but there is no detector to be had.
   bool isSpeechDetectionMissing = false;
   /// Samples that are not finite; they count as silence in the loudness and true-peak meters.
@@ -96,6 +98,9 @@ struct Execution {
   std::optional<int> streamIndex{};      ///< which audio stream; absent for the default one
   /// Stretches that count as speech; the detector is then not asked.
   std::optional<std::vector<DialogueRegion>> dialogueRegions{};
+  /// Whether the result has the audio. Without, it is measured while it is read and only some tens
+  /// of MiB of it are in memory at a time; the figures are the same.
+  bool keepsBuffer = true;
 };
 
 /// Measures the file at `url`. Throws what `AudioSourceReader::load` throws, and

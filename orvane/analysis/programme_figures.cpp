@@ -62,10 +62,10 @@ void fillChannels(const ProgrammeStatistics& statistics, double frames, Programm
 
 }  // namespace
 
-ProgrammeFigures figuresOf(const ProgrammeMeasurement& measurement, std::size_t frameCount) {
+ProgrammeFigures figuresOf(const ProgrammeMeasurement& measurement) {
   ProgrammeFigures figures;
   fillLoudness(measurement.loudness, figures);
-  fillChannels(measurement.statistics, static_cast<double>(frameCount), figures);
+  fillChannels(measurement.statistics, static_cast<double>(measurement.frameCount), figures);
   return figures;
 }
 

@@ -31,7 +31,7 @@ struct ProgrammeFigures {
   std::vector<core::LoudnessHistoryEntry> history{};  ///< one entry per 100 ms
 };
 
-/// Reads the meters; `frameCount` is the length of the stretch.
-ProgrammeFigures figuresOf(const ProgrammeMeasurement& measurement, std::size_t frameCount);
+/// Reads the meters.
+ProgrammeFigures figuresOf(const ProgrammeMeasurement& measurement);
 
 }  // namespace orvane

@@ -1,8 +1,9 @@
 #include "orvane/analysis/programme_measurement.h"
 
 #include <algorithm>
-#include <array>
 #include <functional>
+#include <memory>
+#include <utility>
 #include <vector>
 
 #include "orvane/platform/parallel.h"
@@ -11,57 +12,107 @@
 namespace orvane {
 namespace {
 
-/// Frames that a meter takes at a time, between two looks at the observer: about a minute and a
-/// half at 48 kHz. Longer pieces measure no faster.
-constexpr std::size_t kSliceFrames = std::size_t{1} << 22;
-
 using Channels = std::vector<const float*>;
 
-/// Offers a stretch to a meter slice by slice.
-void inSlices(const ProgrammeView& programme, StageProgress& progress,
-              const std::function<void(const Channels&, std::size_t)>& meter) {
-  Channels channels = programme.channels;
-  for (std::size_t offset = 0; offset < programme.frameCount; offset += kSliceFrames) {
-    const std::size_t count = std::min(kSliceFrames, programme.frameCount - offset);
-    meter(channels, count);
-    for (const float*& channel : channels) channel += count;
-    progress.advance(count);
-  }
+/// Bytes of audio that a meter takes at a time, between two looks at the observer, and frames at
+/// most: about a minute and a half at 48 kHz. Longer slices measure no faster.
+constexpr std::size_t kSliceBytes = std::size_t{32} << 20;
+constexpr std::size_t kLongestSlice = std::size_t{1} << 22;
+
+/// Frames of a slice: the same for streams and loaded audio, so that their figures are the same.
+std::size_t sliceFrames(std::size_t channelCount) {
+  constexpr std::size_t kUnit = ProgrammeStatisticsMeter::kPieceFrames;
+  const std::size_t frames = kSliceBytes / sizeof(float) / std::max<std::size_t>(channelCount, 1);
+  return std::clamp(frames / kUnit * kUnit, kUnit, kLongestSlice);
 }
+
+/// The meters, each of which may run on a thread of its own.
+class Meters {
+ public:
+  Meters(const ProgrammeView& programme, bool computeStereoWidth)
+      : loudness_(programme.sampleRate, programme.channelCount(), std::nullopt, programme.weights),
+        statistics_(programme.sampleRate, programme.channelCount(), computeStereoWidth) {
+    loudness_.isRecording = true;
+  }
+
+  using Meter = std::function<void(const Channels&, std::size_t frameCount)>;
+
+  /// The longest first, so that the others fill the second thread beside it.
+  std::vector<Meter> all() {
+    return {
+        [this](const Channels& channels, std::size_t count) { loudness_.process(channels, count); },
+        [this](const Channels& channels, std::size_t count) {
+          statistics_.process(channels, count);
+        },
+        [this](const Channels& channels, std::size_t count) {
+          loudness_.updateTruePeak(channels, count);
+        }};
+  }
+
+  ProgrammeMeasurement finish(std::size_t frameCount) {
+    loudness_.flushPartialBlock();
+    return {.loudness = std::move(loudness_),
+            .statistics = statistics_.finish(),
+            .frameCount = frameCount};
+  }
+
+ private:
+  core::LoudnessProcessor loudness_;
+  ProgrammeStatisticsMeter statistics_;
+};
 
 }  // namespace
 
 ProgrammeMeasurement measureProgramme(const ProgrammeView& programme, bool computeStereoWidth,
                                       std::size_t threadCount, ProgressObserver* observer) {
-  ProgrammeMeasurement measurement{
-      .loudness = core::LoudnessProcessor(programme.sampleRate, programme.channelCount(),
-                                          std::nullopt, programme.weights)};
-  measurement.loudness.isRecording = true;
-  StageProgress progress(observer, "Measuring", 3 * programme.frameCount);
-  // The longest first, so that the others fill the second thread beside it.
-  const std::array<std::function<void()>, 3> tasks = {
-      [&] {
-        inSlices(programme, progress, [&](const Channels& channels, std::size_t count) {
-          measurement.loudness.process(channels, count);
-        });
-      },
-      [&] {
-        inSlices(programme, progress, [&](const Channels& channels, std::size_t count) {
-          measurement.loudness.updateTruePeak(channels, count);
-        });
-      },
-      [&] {
-        std::size_t reported = 0;
-        measurement.statistics =
-            measureProgrammeStatistics(programme, computeStereoWidth, [&](std::size_t framesDone) {
-              if (framesDone - reported < kSliceFrames && framesDone < programme.frameCount) return;
-              progress.advance(framesDone - reported);
-              reported = framesDone;
-            });
-      }};
-  parallelFor(threadCount, tasks.size(), [&](std::size_t task) { tasks[task](); });
-  measurement.loudness.flushPartialBlock();
-  return measurement;
+  Meters meters(programme, computeStereoWidth);
+  const auto all = meters.all();
+  const std::size_t slice = sliceFrames(programme.channels.size());
+  StageProgress progress(observer, "Measuring", all.size() * programme.frameCount);
+  parallelFor(threadCount, all.size(), [&](std::size_t meter) {
+    Channels channels = programme.channels;
+    for (std::size_t offset = 0; offset < programme.frameCount; offset += slice) {
+      const std::size_t count = std::min(slice, programme.frameCount - offset);
+      all[meter](channels, count);
+      for (const float*& channel : channels) channel += count;
+      progress.advance(count);
+    }
+  });
+  return meters.finish(programme.frameCount);
+}
+
+ProgrammeMeasurement measureProgramme(AudioStream& stream, bool computeStereoWidth,
+                                      std::size_t threadCount, SpeechInputMaker* speechInput) {
+  const auto length = static_cast<std::size_t>(stream.frameLength());
+  const auto capacity =
+      static_cast<std::uint32_t>(std::min(length, sliceFrames(stream.format().channelCount)));
+  auto slice = stream.makeBuffer(capacity);
+  auto next = capacity < length ? stream.makeBuffer(capacity) : nullptr;
+
+  Meters meters(ProgrammeView::of(*slice), computeStereoWidth);
+  auto all = meters.all();
+  if (speechInput != nullptr)
+    all.emplace_back([&](const Channels& channels, std::size_t count) {
+      speechInput->process(channels, count);
+    });
+
+  std::size_t measured = 0;
+  stream.read(*slice);
+  while (slice->frameLength() > 0) {
+    const Channels channels = slice->constChannels();
+    const std::size_t count = slice->frameLength();
+    const std::size_t reads = measured + count < length ? 1 : 0;
+    parallelFor(threadCount, reads + all.size(), [&](std::size_t task) {
+      if (task < reads)
+        stream.read(*next);
+      else
+        all[task - reads](channels, count);
+    });
+    measured += count;
+    if (reads == 0) break;
+    std::swap(slice, next);
+  }
+  return meters.finish(measured);
 }
 
 }  // namespace orvane

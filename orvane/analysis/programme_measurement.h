@@ -4,8 +4,10 @@
 
 #include "orvane/analysis/programme_statistics.h"
 #include "orvane/analysis/programme_view.h"
+#include "orvane/audio/audio_stream.h"
 #include "orvane/core/loudness_processor.h"
 #include "orvane/platform/progress.h"
+#include "orvane/speech/speech_input_maker.h"
 
 namespace orvane {
 
@@ -13,11 +15,17 @@ namespace orvane {
 struct ProgrammeMeasurement {
   core::LoudnessProcessor loudness;  ///< recording; without speech flags
   ProgrammeStatistics statistics{};
+  std::size_t frameCount = 0;
 };
 
 /// Runs the loudness meter, the true-peak meter and the statistics over a stretch, on up to
 /// `threadCount` threads. `observer` may be null; throws `Cancelled` when it asks for it.
 ProgrammeMeasurement measureProgramme(const ProgrammeView& programme, bool computeStereoWidth,
                                       std::size_t threadCount, ProgressObserver* observer);
+
+/// The same, to the bit, for the rest of a stream of which only two slices are in memory at a time:
+/// while one is measured the next one is read. `speechInput`, when not null, is fed too.
+ProgrammeMeasurement measureProgramme(AudioStream& stream, bool computeStereoWidth,
+                                      std::size_t threadCount, SpeechInputMaker* speechInput);
 
 }  // namespace orvane

@@ -2,18 +2,18 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <functional>
+#include <span>
 #include <vector>
 
+#include "orvane/analysis/clipping_run_finder.h"
 #include "orvane/analysis/offline_analysis_pipeline.h"
-#include "orvane/analysis/programme_view.h"
 #include "orvane/core/dr_processor.h"
 #include "orvane/platform/export.h"
 #include "orvane/platform/signal_kernels.h"
 
 namespace orvane {
 
-/// What one pass over a buffer gives beside loudness and true peak.
+/// What one pass over a programme gives beside loudness and true peak.
 struct ProgrammeStatistics {
   std::vector<SignalKernels::RunStatistics> channels{};           ///< of the whole programme
   std::vector<std::vector<core::DRProcessor::Block>> drBlocks{};  ///< per channel
@@ -23,12 +23,40 @@ struct ProgrammeStatistics {
   std::int64_t nonFiniteSampleCount = 0;
 };
 
-/// Measures a stretch in one pass, so that an hour of audio is read from memory once. The stereo
-/// curve is made when asked for and there are two channels: one point per window of trunc(sample
-/// rate × 0.1) frames over the first two channels, a trailing partial window dropped. `onProgress`,
-/// when set, is called now and then with the frames done; it may throw to stop.
-ORVANE_TESTING_API ProgrammeStatistics
-measureProgrammeStatistics(const ProgrammeView& programme, bool computeStereoWidth,
-                           const std::function<void(std::size_t)>& onProgress = {});
+/// Gathers a programme's statistics in one pass. The figures do not depend on how the programme is
+/// cut where the cuts lie at multiples of `kPieceFrames`.
+class ORVANE_TESTING_API ProgrammeStatisticsMeter {
+ public:
+  /// Pieces are measured whole at most this long: short enough to be rescanned for clipping from
+  /// the cache.
+  static constexpr std::size_t kPieceFrames = 8192;
+
+  /// The stereo curve is made when asked for and there are two channels: one point per window of
+  /// trunc(sample rate × 0.1) frames over the first two channels, a trailing partial window
+  /// dropped.
+  ProgrammeStatisticsMeter(double sampleRate, std::size_t channelCount, bool computeStereoWidth);
+
+  /// The next frames: each channel's first sample.
+  void process(std::span<const float* const> channels, std::size_t frameCount);
+
+  /// Ends the programme.
+  ProgrammeStatistics finish();
+
+ private:
+  std::size_t pieceEnd() const;
+  void measurePiece(std::span<const float* const> channels, std::size_t offset, std::size_t frames);
+  void takePiece(std::size_t channel, const float* samples, std::size_t frames,
+                 const SignalKernels::RunStatistics& piece);
+  void closeBlock(std::size_t frames);
+  void closeWindow();
+
+  std::size_t drFrames_;
+  std::size_t windowFrames_ = 0;  ///< 0: no stereo curve
+  std::size_t position_ = 0;      ///< frames measured
+  ClippingRunFinder clipping_;
+  std::vector<SignalKernels::RunStatistics> drBlock_;
+  SignalKernels::PairStatistics window_{};
+  ProgrammeStatistics result_{};
+};
 
 }  // namespace orvane

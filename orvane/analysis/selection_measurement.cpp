@@ -114,7 +114,7 @@ ProgrammeFigures measureFigures(const Stretch& stretch, const Execution& executi
   auto measurement =
       measureProgramme(stretch.view, false, execution.threadCount, execution.observer);
   measurement.loudness.setSpeechHistory(stretch.speech);
-  return figuresOf(measurement, stretch.view.frameCount);
+  return figuresOf(measurement);
 }
 
 std::optional<float> finite(float value) {

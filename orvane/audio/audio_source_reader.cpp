@@ -1,14 +1,11 @@
 #include "orvane/audio/audio_source_reader.h"
 
+#include <algorithm>
+#include <iterator>
 #include <string_view>
+#include <utility>
 
-#include "orvane/audio/audio_file_full_read.h"
-#include "orvane/audio/audio_file_identity.h"
-#include "orvane/audio/audio_load_limits.h"
-#include "orvane/audio/extension_text.h"
-#include "orvane/core/channel_order.h"
-#include "orvane/core/pcm_buffer_allocation.h"
-#include "orvane/rawpcm/raw_pcm_reader.h"
+#include "orvane/audio/audio_stream.h"
 
 namespace orvane::AudioSourceReader {
 namespace {
@@ -23,44 +20,6 @@ std::string_view textOf(Failure::Case failureCase) {
       return "Could not allocate buffer for ";
   }
   return {};
-}
-
-Loaded loadRaw(const std::filesystem::path& url, const RawPCMFormat& format,
-               const LoadOptions& options) {
-  return {.buffer = RawPCMReader::read(
-              url, format, {}, {.threadCount = options.threadCount, .observer = options.observer}),
-          .bitDepth = bitDepth(format.encoding),
-          .fileFormatLabel = format.fileFormatLabel(),
-          .rawFormat = format};
-}
-
-/// A container without a code cannot be told, so the extension must do.
-std::string formatLabel(const AudioFileDescription& description, const std::filesystem::path& url) {
-  if (description.fileTypeID == 0) return uppercased(pathExtension(url));
-  return AudioFileIdentity::fromDescription(description, url).formatLabel();
-}
-
-Loaded loadAudioFile(const std::filesystem::path& url, const LoadOptions& options) {
-  const auto file = AudioFile::open(url, {.streamIndex = options.streamIndex,
-                                          .threadCount = options.threadCount,
-                                          .observer = options.observer});
-  const AudioFormat format = file->processingFormat();
-  const std::int64_t length = file->frameLength();
-  if (format.channelCount == 0 || length < 1) throw Failure(Failure::Case::empty, url);
-  if (!AudioLoadLimits::isWithinLimits(length, format.channelCount))
-    throw Failure(Failure::Case::tooLarge, url);
-  auto buffer = core::PCMBufferAllocation::make(format, static_cast<std::uint32_t>(length));
-  if (!buffer) throw Failure(Failure::Case::allocation, url);
-  AudioFileFullRead::read(*file, *buffer);
-
-  const AudioFileDescription& description = file->description();
-  if (options.warnings != nullptr)
-    options.warnings->insert(options.warnings->end(), description.warnings.begin(),
-                             description.warnings.end());
-  return {.buffer = core::ChannelOrder::canonicalize(std::move(buffer)),
-          .bitDepth = description.dataFormat.bitsPerChannel,
-          .fileFormatLabel = formatLabel(description, url),
-          .rawFormat = {}};
 }
 
 }  // namespace
@@ -78,7 +37,15 @@ Loaded load(const std::filesystem::path& url, const std::optional<RawPCMFormat>&
 
 Loaded load(const std::filesystem::path& url, const std::optional<RawPCMFormat>& rawFormat,
             const LoadOptions& options) {
-  return rawFormat ? loadRaw(url, *rawFormat, options) : loadAudioFile(url, options);
+  const auto stream = AudioStream::open(url, rawFormat, options);
+  auto buffer = stream->makeBuffer(static_cast<std::uint32_t>(stream->frameLength()));
+  stream->read(*buffer);
+  if (options.warnings != nullptr)
+    std::ranges::move(stream->warnings(), std::back_inserter(*options.warnings));
+  return {.buffer = std::move(buffer),
+          .bitDepth = stream->bitDepth(),
+          .fileFormatLabel = stream->fileFormatLabel(),
+          .rawFormat = stream->rawFormat()};
 }
 
 }  // namespace orvane::AudioSourceReader

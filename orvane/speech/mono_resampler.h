@@ -10,8 +10,9 @@ namespace orvane {
 /// pieces.
 struct MonoResampler {
   std::span<const float* const> channels{};  ///< at least one
-  std::int64_t frameCount = 0;               ///< at least 1
+  std::int64_t frameCount = 0;               ///< of the source; at least 1
   double ratio = 1;                          ///< source rate ÷ output rate, above 0
+  std::int64_t firstFrame = 0;               ///< of the source: what the channels begin with
 
   /// Output samples `start` … `end` − 1, to `output`. With the mixed samples s, sample i is
   /// s[i0] + (s[i0 + 1] − s[i0]) × (ratio × i − i0), i0 = ⌊ratio × i⌋, indices clamped to the last

@@ -1,6 +1,8 @@
 // How an analysis is carried out must not show in its figures.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <functional>
 #include <random>
 #include <string>
 #include <vector>
@@ -85,6 +87,81 @@ TEST(AnalysisExecution, ReportsNoSizeForAFileThatVanishes) {
   const auto result = analyzeFile(programme.path(), programme.options(), {.observer = &recorder});
   EXPECT_EQ(result.fileSize, 0);
   EXPECT_GT(result.integratedLUFS, -30);
+}
+
+/// Everything but the audio itself.
+void expectSameFigures(const OfflineAnalysisPipeline::Result& a,
+                       const OfflineAnalysisPipeline::Result& b) {
+  EXPECT_EQ(a.durationSeconds, b.durationSeconds);
+  EXPECT_EQ(a.fileFormat, b.fileFormat);
+  EXPECT_EQ(a.bitDepth, b.bitDepth);
+  EXPECT_EQ(a.integratedLUFS, b.integratedLUFS);
+  EXPECT_EQ(a.loudnessRange, b.loudnessRange);
+  EXPECT_EQ(a.truePeakDB, b.truePeakDB);
+  EXPECT_EQ(a.samplePeakDB, b.samplePeakDB);
+  EXPECT_EQ(a.dynamicRange, b.dynamicRange);
+  EXPECT_EQ(a.speechGatedLUFS, b.speechGatedLUFS);
+  EXPECT_EQ(a.speechPercentage, b.speechPercentage);
+  EXPECT_EQ(a.speechHistory, b.speechHistory);
+  EXPECT_EQ(a.loudnessCurve, b.loudnessCurve);
+  EXPECT_EQ(a.stereoWidthCurve, b.stereoWidthCurve);
+  EXPECT_EQ(a.channelPeakDB, b.channelPeakDB);
+  EXPECT_EQ(a.channelRMSDB, b.channelRMSDB);
+  EXPECT_EQ(a.channelDCOffset, b.channelDCOffset);
+}
+
+// Slices are short where there are many channels, and 2^22 frames where there are few.
+TEST(AnalysisExecution, GivesTheSameFiguresWithoutKeepingTheAudio) {
+  struct Case {
+    std::size_t channels;
+    std::size_t frames;
+    std::size_t sliceEnd;  // where a clipping run lies across
+  };
+  for (const auto& [channels, frames, sliceEnd] :
+       {Case{2, 50'000, 8192}, Case{64, 140'001, 1 << 17}, Case{1, 4'300'000, 1 << 22}}) {
+    SCOPED_TRACE(channels);
+    std::vector<Channel> samples;
+    for (std::size_t c = 0; c < channels; ++c)
+      samples.push_back(noise(static_cast<unsigned>(c), frames));
+    const auto clipped = samples[0].begin() + static_cast<std::ptrdiff_t>(sliceEnd);
+    std::fill(clipped - 100, clipped + 100, 1.0F);
+    const RawProgramme programme(8000, samples);
+    auto options = programme.options();
+    options.enableSileroVAD = channels == 2;
+    OfflineAnalysisPipeline::AnalysisDetail kept, passed;
+    const auto whole = analyzeFile(programme.path(), options, {.threadCount = 2}, &kept);
+    for (const std::size_t threads : {1, 3}) {
+      const auto sliced = analyzeFile(programme.path(), options,
+                                      {.threadCount = threads, .keepsBuffer = false}, &passed);
+      EXPECT_FALSE(sliced.buffer);
+      expectSameFigures(whole, sliced);
+      EXPECT_EQ(kept.blockPowers, passed.blockPowers);
+      EXPECT_EQ(kept.clippingRuns, passed.clippingRuns);
+      EXPECT_EQ(kept.layout, passed.layout);
+    }
+    EXPECT_EQ(kept.clippingRunCount, 1);
+    EXPECT_EQ(kept.layout, whole.buffer->format().layout);
+  }
+}
+
+TEST(AnalysisExecution, ReportsReadingToTheEndWithoutKeepingTheAudio) {
+  const RawProgramme programme(48000, std::vector<Channel>(64, noise(1, 140'000)));
+  for (const int calls : {1 << 30, 3}) {
+    Recorder recorder;
+    recorder.cancelAfter = calls;
+    const auto analyze = [&] {
+      analyzeFile(programme.path(), programme.options(),
+                  {.threadCount = 2, .observer = &recorder, .keepsBuffer = false});
+    };
+    if (calls == 3) {
+      EXPECT_THROW(analyze(), Cancelled);
+    } else {
+      analyze();
+      EXPECT_DOUBLE_EQ(recorder.last, 1.0);
+    }
+    EXPECT_EQ(recorder.stages, std::vector<std::string>{"Reading"});
+    EXPECT_TRUE(recorder.inOrder);
+  }
 }
 
 TEST(AnalysisExecution, FillsTheDetail) {

@@ -19,6 +19,12 @@ std::shared_ptr<PCMBuffer> noiseBuffer(double sampleRate, std::uint32_t channels
   return buffer;
 }
 
+ProgrammeStatistics statisticsOf(const PCMBuffer& buffer) {
+  ProgrammeStatisticsMeter meter(buffer.sampleRate(), buffer.channelCount(), true);
+  meter.process(buffer.constChannels(), buffer.frameLength());
+  return meter.finish();
+}
+
 // Two ways of adding up the same numbers: 1e-12 leaves room for the rounding of a few million.
 void expectClose(double actual, double expected) {
   EXPECT_NEAR(actual, expected, 1e-12 * std::max(1.0, std::fabs(expected)));
@@ -27,7 +33,7 @@ void expectClose(double actual, double expected) {
 TEST(ProgrammeStatistics, EqualsPlainLoops) {
   for (const double rate : {8000.0, 11025.0, 44100.0}) {
     const auto buffer = noiseBuffer(rate, 3, 150'001);
-    const auto statistics = measureProgrammeStatistics(ProgrammeView::of(*buffer), true);
+    const auto statistics = statisticsOf(*buffer);
     for (std::uint32_t c = 0; c < 3; ++c) {
       double sum = 0, squares = 0;
       float peak = 0;
@@ -47,7 +53,7 @@ TEST(ProgrammeStatistics, EqualsPlainLoops) {
 TEST(ProgrammeStatistics, GivesTheDRBlocksOfTheDRProcessor) {
   for (const double rate : {8000.0, 44100.0}) {
     const auto buffer = noiseBuffer(rate, 2, 400'000);
-    const auto statistics = measureProgrammeStatistics(ProgrammeView::of(*buffer), true);
+    const auto statistics = statisticsOf(*buffer);
     const auto channels = buffer->constChannels();
     const auto expected = core::DRProcessor::computeChannelDR(channels, 2, 400'000, rate);
     for (std::size_t c = 0; c < 2; ++c)
@@ -57,7 +63,7 @@ TEST(ProgrammeStatistics, GivesTheDRBlocksOfTheDRProcessor) {
 
 TEST(ProgrammeStatistics, CorrelatesWindowByWindow) {
   const auto buffer = noiseBuffer(11025, 2, 50'000);
-  const auto curve = measureProgrammeStatistics(ProgrammeView::of(*buffer), true).stereoWidthCurve;
+  const auto curve = statisticsOf(*buffer).stereoWidthCurve;
   ASSERT_EQ(curve.size(), 50'000U / 1102U);
   for (std::size_t w = 0; w < curve.size(); ++w) {
     double dot = 0, left = 0, right = 0;
@@ -78,14 +84,13 @@ TEST(ProgrammeStatistics, CountsNonFiniteSamples) {
   buffer->channel(2)[7] = NAN;
   buffer->channel(2)[39'999] = INFINITY;
   buffer->channel(0)[20'000] = -INFINITY;
-  EXPECT_EQ(measureProgrammeStatistics(ProgrammeView::of(*buffer), true).nonFiniteSampleCount, 3);
+  EXPECT_EQ(statisticsOf(*buffer).nonFiniteSampleCount, 3);
 }
 
 TEST(ProgrammeStatistics, CallsAWindowOfFaintNoiseUncorrelated) {
   const auto buffer = noiseBuffer(8000, 2, 8000);
   for (std::uint32_t i = 0; i < 8000; ++i) buffer->channel(0)[i] = buffer->channel(1)[i] = 1e-9F;
-  for (const auto& point :
-       measureProgrammeStatistics(ProgrammeView::of(*buffer), true).stereoWidthCurve)
+  for (const auto& point : statisticsOf(*buffer).stereoWidthCurve)
     EXPECT_EQ(point.correlation, 0.0F);
 }
 

@@ -43,10 +43,8 @@ TEST(MeasuredFile, LeavesStereoFilesAsTheyAreUnderDualMono) {
 
 TEST(MeasuredFile, NamesChannelsByTheirLayout) {
   MeasuredFile file = test::sampleMeasurement(3);
-  const AudioFormat format{
-      48000, 3,
-      ChannelLayout::fromLabels({ChannelLabel::left, ChannelLabel::right, ChannelLabel::lfe})};
-  file.result.buffer = PCMBuffer::make(format, 1);
+  file.detail.layout =
+      ChannelLayout::fromLabels({ChannelLabel::left, ChannelLabel::right, ChannelLabel::lfe});
   EXPECT_THAT(file.channelNames(), ElementsAre("L", "R", "LFE"));
 }
 
