@@ -104,6 +104,24 @@ def compare_peers(build, programme, minutes, rounds):
     print(f"\nThe programme takes {minutes * 60 * 48000 * 2 * 4 / MIB:.0f} MiB as floats.")
 
 
+def options(build, programme, minutes, rounds):
+    """What speech detection and the reports add."""
+    outputs = build / "programmes" / "reports"
+    outputs.mkdir(exist_ok=True)
+    orvane = [build / "bin" / "orvane", "analyze", "-q", "--force"]
+    reports = [word for kind in ("html", "csv", "pdf", "report")
+               for word in ("--" + kind, outputs / f"programme.{kind}")]
+    times = timed_in_alternation({
+        "plain": [*orvane, programme],
+        "speech": [*orvane, "--speech", programme],
+        "speech and reports": [*orvane, "--speech", *reports, programme]}, rounds)
+    print(f"\nOptions on {minutes} minutes:")
+    for name, reference in (("speech", "plain"), ("speech and reports", "speech")):
+        costs = ratios(times, name, reference)
+        print(f"- {name} {statistics.median(times[name]):.3f} s, {statistics.median(costs):.2f} "
+              f"({min(costs):.2f} … {max(costs):.2f}) times {reference}")
+
+
 def growth(build, programmes, minutes, rounds):
     files = {"1 s": programmes.of(1), "a sixth": programmes.of(minutes * 10),
              "whole": programmes.of(minutes * 60)}
@@ -142,6 +160,7 @@ def main():
     programmes = Programmes(build)
     long_programme = programmes.of(arguments.minutes * 60)
     compare_peers(build, long_programme, arguments.minutes, arguments.rounds)
+    options(build, long_programme, arguments.minutes, arguments.rounds)
     growth(build, programmes, arguments.minutes, arguments.rounds)
     short_files(build, programmes, arguments.rounds)
 

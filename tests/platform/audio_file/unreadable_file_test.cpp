@@ -10,15 +10,8 @@
 
 #include "tests/support/container_writer.h"
 #include "tests/support/file_reading.h"
+#include "tests/support/sanitized.h"
 #include "tests/support/temporary_directory.h"
-
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-#define ORVANE_IS_SANITIZED 1
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
-#define ORVANE_IS_SANITIZED 1
-#endif
-#endif
 
 namespace orvane {
 namespace {
