@@ -1,6 +1,7 @@
 #include "orvane/platform/audio_file/au_parser.h"
 
 #include <algorithm>
+#include <string_view>
 
 #include "orvane/platform/audio_file/header_fields.h"
 
@@ -8,6 +9,9 @@ namespace orvane {
 namespace {
 
 constexpr std::uint32_t kHeaderBytes = 24;
+/// Signatures of files with big-endian numbers; the second one is DEC's.
+constexpr FourCC kBigEndian = fourCCFrom(".snd");
+constexpr FourCC kBigEndianOfDEC = fourCCFrom(std::string_view(".sd\0", 4));
 
 /// Completes `stated` for an encoding that is linear PCM; false for every other one.
 bool isLinearPCM(std::uint32_t encoding, StatedFormat& stated) {
@@ -49,8 +53,8 @@ std::optional<ChannelLayout> defaultLayout(std::uint32_t channels) {
 }  // namespace
 
 PCMStream parseAU(const InputFile& file, std::uint64_t start) {
-  const bool isBigEndian =
-      HeaderFields(file, start, 4, std::endian::big).fourCC(0) == fourCCFrom(".snd");
+  const FourCC signature = HeaderFields(file, start, 4, std::endian::big).fourCC(0);
+  const bool isBigEndian = signature == kBigEndian || signature == kBigEndianOfDEC;
   const HeaderFields head(file, start, kHeaderBytes,
                           isBigEndian ? std::endian::big : std::endian::little);
   const std::uint32_t offset = std::max(head.u32(4), kHeaderBytes);

@@ -45,6 +45,8 @@ constexpr Signature kSignatures[] = {
     {"caff", 0, "caff\0\1"sv},
     {"NeXT", 0, ".snd"},
     {"NeXT", 0, "dns."},
+    {"NeXT", 0, "\0ds."sv},
+    {"NeXT", 0, ".sd\0"sv},
     {"flac", 0, "fLaC"},
     {"Oggf", 0, "OggS"},
     {"amrf", 0, "#!AMR\n"},

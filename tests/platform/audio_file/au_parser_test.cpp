@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <string_view>
+
 #include "tests/support/container_writer.h"
 #include "tests/support/temporary_directory.h"
 
@@ -35,6 +37,17 @@ TEST_F(AuParser, TellsEveryPCMEncodingInBothByteOrders) {
     EXPECT_EQ(sample(5), (StoredSample{signedInteger, 4, isBig}));
     EXPECT_EQ(sample(6), (StoredSample{floatingPoint, 4, isBig}));
     EXPECT_EQ(sample(7), (StoredSample{floatingPoint, 8, isBig}));
+  }
+}
+
+TEST_F(AuParser, KnowsTheSignaturesOfDECInBothByteOrders) {
+  for (const std::endian order : {std::endian::big, std::endian::little}) {
+    const Bytes ours = auFile(3, 48000, 1, Bytes(16), order);
+    const bool isBig = order == std::endian::big;
+    Bytes theirs = ours;
+    const std::string_view signature(isBig ? ".sd\0" : "\0ds.", 4);
+    for (std::size_t i = 0; i < 4; ++i) theirs[i] = static_cast<std::byte>(signature[i]);
+    EXPECT_EQ(parse(theirs), parse(ours));
   }
 }
 

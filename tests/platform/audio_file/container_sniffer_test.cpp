@@ -37,6 +37,8 @@ TEST_F(ContainerSniffer, KnowsThePCMContainers) {
   EXPECT_EQ(codeOf("caff\0\1\0\0"sv), fourCCFrom("caff"));
   EXPECT_EQ(codeOf(".snd"), fourCCFrom("NeXT"));
   EXPECT_EQ(codeOf("dns."), fourCCFrom("NeXT"));
+  EXPECT_EQ(codeOf(std::string_view("\0ds.", 4)), fourCCFrom("NeXT"));
+  EXPECT_EQ(codeOf(std::string_view(".sd\0", 4)), fourCCFrom("NeXT"));
   EXPECT_EQ(codeOf("riff\x2E\x91\xCF\x11\xA5\xD6\x28\xDB\x04\xC1\0\0\0\0\0\0\0\0\0\0"
                    "wave\xF3\xAC\xD3\x11\x8C\xD1\0\xC0\x4F\x8E\xDB\x8A"sv),
             fourCCFrom("W64f"));
