@@ -1,6 +1,7 @@
 // Files of every kind that the usual programs write are known by their bytes, whatever their names.
 
 #include <gtest/gtest.h>
+#include <sndfile.h>
 
 #include <string>
 #include <vector>
@@ -92,10 +93,58 @@ const std::vector<Kind>& kindsOfSoX() {
       {"mp3", {}, "MP3", "MP3"},
       {"amr-nb", {"-r", "8000"}, "AMR", "AMR"},
       {"avr", {}, "AVR", "16-bit integer"},
+      {"8svx", {"-b", "8"}, "8SVX", "8-bit integer"},
+      {"maud", {}, "MAUD", "16-bit integer"},
+      {"ircam", {}, "IRCM", "16-bit integer"},
+      {"paf", {}, "PAF", "16-bit integer"},
+      {"fap", {}, "PAF", "16-bit integer"},
+      {"pvf", {}, "PVF", "16-bit integer"},
+      {"sds", {}, "SDS", "16-bit integer"},
+      {"hcom", {"-r", "22050", "-b", "8"}, "HCOM", "hcom"},
+      {"wve", {"-r", "8000"}, "WVE", "A-law"},
       {"sox", {}, "SoX", "32-bit integer"},
       {"sph", {}, "NIST", "16-bit integer"},
       {"voc", {}, "VOC", "16-bit integer"},
       {"wv", {}, "WV", "wvpk"},
+  };
+  return kKinds;
+}
+
+/// A file that libsndfile writes.
+struct SoundFile {
+  int format;
+  std::string container;
+  std::string encoding;
+};
+
+const std::vector<SoundFile>& kindsOfLibsndfile() {
+  static const std::vector<SoundFile> kKinds = {
+      {SF_FORMAT_WAV | SF_FORMAT_G721_32, "WAV", "g726"},
+      {SF_FORMAT_WAV | SF_FORMAT_NMS_ADPCM_16, "WAV", "nms"},
+      {SF_FORMAT_WAV | SF_FORMAT_NMS_ADPCM_32, "WAV", "nms"},
+      {SF_FORMAT_WAVEX | SF_FORMAT_ULAW, "WAV", "µ-law"},
+      {SF_FORMAT_WAVEX | SF_FORMAT_PCM_U8, "WAV", "8-bit integer"},
+      {SF_FORMAT_RF64 | SF_FORMAT_DOUBLE, "RF64", "64-bit float"},
+      {SF_FORMAT_RF64 | SF_FORMAT_ALAW, "RF64", "A-law"},
+      {SF_FORMAT_W64 | SF_FORMAT_MS_ADPCM, "Wave64", "msad"},
+      {SF_FORMAT_W64 | SF_FORMAT_GSM610, "Wave64", "GSM"},
+      {SF_FORMAT_AIFF | SF_FORMAT_FLOAT, "AIFF-C", "32-bit float"},
+      {SF_FORMAT_AIFF | SF_FORMAT_PCM_U8, "AIFF-C", "8-bit integer"},
+      {SF_FORMAT_AIFF | SF_FORMAT_GSM610, "AIFF-C", "GSM"},
+      {SF_FORMAT_AIFF | SF_FORMAT_DWVW_16, "AIFF-C", "DWVW"},
+      {SF_FORMAT_CAF | SF_FORMAT_ALAC_20, "CAF", "Apple Lossless"},
+      {SF_FORMAT_AU | SF_FORMAT_G723_24, "NeXT/Sun (AU)", "g726"},
+      {SF_FORMAT_FLAC | SF_FORMAT_PCM_S8, "FLAC", "FLAC"},
+      {SF_FORMAT_OGG | SF_FORMAT_OPUS, "Ogg", "Opus"},
+      {SF_FORMAT_MPEG | SF_FORMAT_MPEG_LAYER_III, "MP3", "MP3"},
+      {SF_FORMAT_SVX | SF_FORMAT_PCM_16, "16SV", "16-bit integer"},
+      {SF_FORMAT_AVR | SF_FORMAT_PCM_U8, "AVR", "8-bit integer"},
+      {SF_FORMAT_SDS | SF_FORMAT_PCM_24, "SDS", "24-bit integer"},
+      {SF_FORMAT_IRCAM | SF_FORMAT_FLOAT, "IRCM", "32-bit float"},
+      {SF_FORMAT_NIST | SF_FORMAT_PCM_24, "NIST", "24-bit integer"},
+      {SF_FORMAT_PVF | SF_FORMAT_PCM_32, "PVF", "32-bit integer"},
+      {SF_FORMAT_PAF | SF_FORMAT_PCM_S8, "PAF", "8-bit integer"},
+      {SF_FORMAT_VOC | SF_FORMAT_ALAW, "VOC", "A-law"},
   };
   return kKinds;
 }
@@ -124,6 +173,23 @@ TEST_F(Identification, OfFilesOfFFmpegThatAreAllNamedWav) {
   test::runTool("ffmpeg", arguments);
   for (std::size_t i = 0; i < count; ++i)
     expectKind(folder_ / (std::to_string(i) + ".wav"), kindsOfFFmpeg()[i]);
+}
+
+TEST_F(Identification, OfFilesOfLibsndfileThatAreAllNamedFlac) {
+  const auto path = folder_ / "a.flac";
+  const std::vector<float> samples(24'000, 0.25F);
+  for (const auto& [format, container, encoding] : kindsOfLibsndfile()) {
+    SF_INFO info{};
+    info.samplerate = 48'000;
+    info.channels = 1;
+    info.format = format;
+    SNDFILE* const file = sf_open(path.c_str(), SFM_WRITE, &info);
+    ASSERT_NE(file, nullptr) << container << " " << encoding;
+    sf_writef_float(file, samples.data(), static_cast<sf_count_t>(samples.size()));
+    sf_close(file);
+    expectKind(path,
+               {.name = container, .options = {}, .container = container, .encoding = encoding});
+  }
 }
 
 TEST_F(Identification, OfFilesOfSoXThatAreAllNamedMp3) {

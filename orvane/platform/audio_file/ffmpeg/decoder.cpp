@@ -31,6 +31,8 @@ FramePointer makeFrame() {
 CodecContextPointer openCodec(const Demuxer& demuxer, std::size_t threadCount, int flags2) {
   const AVStream& stream = demuxer.stream();
   const std::string name = avcodec_get_name(stream.codecpar->codec_id);
+  if (stream.codecpar->codec_id == AV_CODEC_ID_NONE)
+    throw PlatformError(demuxer.path(), "There is no decoder for its codec");
   if (demuxer.codec() == nullptr)
     throw PlatformError(demuxer.path(), "There is no decoder for its codec, " + name);
   CodecContextPointer context(avcodec_alloc_context3(demuxer.codec()));

@@ -32,6 +32,15 @@ bool isCertainlyNoAudio(AVMediaType type) {
          type == AVMEDIA_TYPE_ATTACHMENT;
 }
 
+/// WAVE's format tag 0x38 is that of NMS ADPCM, in blocks of 160 samples behind one word; FFmpeg
+/// takes it for AMR, whose frames are never so long.
+bool isNMSADPCM(const AVCodecParameters& parameters) {
+  constexpr std::uint32_t kTag = 0x38;
+  return parameters.codec_id == AV_CODEC_ID_AMR_NB && parameters.codec_tag == kTag &&
+         (parameters.block_align == 42 || parameters.block_align == 62 ||
+          parameters.block_align == 82);
+}
+
 /// Refuses every further file that a container asks for: external tracks, keys, segments.
 int refuseToOpen(AVFormatContext* /*context*/, AVIOContext** /*io*/, const char* /*url*/,
                  int /*flags*/, AVDictionary** /*options*/) {
@@ -146,6 +155,7 @@ void Demuxer::chooseStream(std::optional<int> streamIndex) {
                                     std::to_string(streamIndex.value_or(0)) + "; the file holds " +
                                     std::to_string(audioStreams));
   stream_->discard = AVDISCARD_DEFAULT;
+  if (isNMSADPCM(*stream_->codecpar)) stream_->codecpar->codec_id = AV_CODEC_ID_NONE;
   codec_ = avcodec_find_decoder(stream_->codecpar->codec_id);
 }
 

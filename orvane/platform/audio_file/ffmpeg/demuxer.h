@@ -34,6 +34,7 @@ class Demuxer {
           FourCC containerHint);
 
   const std::filesystem::path& path() const noexcept { return source_.file().path(); }
+  const InputFile& file() const noexcept { return source_.file(); }
   const AVFormatContext& format() const noexcept { return *format_; }
   AVStream& stream() const noexcept { return *stream_; }
   /// The stream's decoder; null when FFmpeg has none.

@@ -1,10 +1,12 @@
 #include "orvane/platform/audio_file/ffmpeg/stream_format.h"
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <span>
+#include <string_view>
 
 #include "orvane/platform/audio_file/ffmpeg/channel_labels.h"
 #include "orvane/platform/audio_file/ffmpeg/format_codes.h"
@@ -78,6 +80,14 @@ std::uint32_t readBigEndian32(const std::uint8_t* bytes) {
   return value;
 }
 
+/// A codec that FFmpeg does not know has at least the container's own code.
+FourCC codeOfUnknownCodec(const AVCodecParameters& parameters) {
+  constexpr std::uint32_t kNMSADPCM = 0x38;  // format tag of WAVE
+  const std::uint32_t tag = parameters.codec_tag;
+  if (tag == kNMSADPCM) return fourCCFrom("nms ");
+  return tag <= 0xFFFF ? tag : __builtin_bswap32(tag);  // its characters begin at the low end
+}
+
 void describeLinearPCM(StreamDescription& format, std::uint32_t flags, int bits) {
   const auto bitCount = static_cast<std::uint32_t>(bits);
   format.formatID = kFormatLinearPCM;
@@ -87,6 +97,16 @@ void describeLinearPCM(StreamDescription& format, std::uint32_t flags, int bits)
   format.bytesPerFrame = (bitCount + 7) / 8 * (isInterleaved ? format.channelsPerFrame : 1);
   format.bytesPerPacket = format.bytesPerFrame;
   format.framesPerPacket = 1;
+}
+
+/// Bits of a sample of linear PCM. FFmpeg unpacks MIDI sample dumps to 32 bits; what they really
+/// have stands in byte 6 of their header (MIDI 1.0, Sample Dump Standard).
+int storedBits(const Demuxer& demuxer) {
+  const int bits = demuxer.stream().codecpar->bits_per_coded_sample;
+  if (std::string_view(demuxer.format().iformat->name) != "sds") return bits;
+  std::array<std::byte, 1> stored{};
+  demuxer.file().readExactlyAt(6, stored);
+  return std::clamp(std::to_integer<int>(stored[0]), 1, bits);
 }
 
 /// Frames and bytes of every packet; 0 where packets differ or nothing is known.
@@ -160,11 +180,13 @@ AudioFileDescription describeStream(const Demuxer& demuxer, FourCC containerHint
   format.sampleRate = decoded != nullptr ? decoded->sample_rate : parameters.sample_rate;
   format.channelsPerFrame = static_cast<std::uint32_t>(layout.nb_channels);
   if (const auto flags = linearPCMFlags(parameters.codec_id)) {
-    describeLinearPCM(format, *flags, parameters.bits_per_coded_sample);
+    describeLinearPCM(format, *flags, storedBits(demuxer));
     return description;
   }
   const int profile = codec != nullptr ? codec->profile : parameters.profile;
-  format.formatID = codecCode(parameters.codec_id, profile, configurationOf(parameters));
+  format.formatID = parameters.codec_id == AV_CODEC_ID_NONE
+                        ? codeOfUnknownCodec(parameters)
+                        : codecCode(parameters.codec_id, profile, configurationOf(parameters));
   const PacketShape shape = packetShape(parameters, format.formatID);
   format.framesPerPacket = shape.frames;
   format.bytesPerPacket = shape.bytes;

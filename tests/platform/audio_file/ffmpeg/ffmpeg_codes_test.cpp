@@ -65,6 +65,19 @@ TEST_F(FFmpegCodes, CodecsWithoutADecoderAreStillNamed) {
   EXPECT_EQ(test::openingError(file), "There is no decoder for this variant of its codec, aac");
 }
 
+TEST_F(FFmpegCodes, ADPCMOfVoiceSystemsIsNotTakenForAMR) {
+  std::string bytes = test::readFile(test::encodeNoise(folder_, "a.wav", {"-c:a", "pcm_mulaw"}));
+  const std::size_t format = bytes.find("fmt ") + 8;
+  bytes[format] = 0x38;
+  bytes[format + 12] = 42;  // bytes of a block
+  bytes[format + 14] = 2;   // bits of a sample
+  const auto file = test::writeFile(folder_ / "voice.wav", bytes);
+  const auto description = describeAudioFile(file);
+  ASSERT_TRUE(description);
+  EXPECT_EQ(test::textOf(description->dataFormat.formatID), "nms ");
+  EXPECT_EQ(test::openingError(file), "There is no decoder for its codec");
+}
+
 /// Behind more padding than the sniffer looks at FFmpeg still finds the stream.
 TEST_F(FFmpegCodes, StreamsFoundByProbingAloneHaveTheUsualCodes) {
   for (const auto& [name, container] : {std::pair{"a.mp3", "MPG3"}, {"a.mp2", "MPG2"}}) {
