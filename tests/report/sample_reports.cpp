@@ -290,21 +290,24 @@ OrvaneReport longProgrammeReport(int hours) {
   return built(inputs);
 }
 
-OrvaneReport hostileReport() {
-  const std::string hostile = "</script><b>\"'&=cmd\x1B[31m\u202Egpj.\xFF";
-  ReportInputs inputs = stereoInputs("=" + hostile, 30, -14);
-  inputs.appVersion = hostile;
-  inputs.fileInfo.fileFormat = hostile;
-  inputs.fileInfo.channelLayout = hostile;
-  inputs.channelLayoutLabels = {hostile, hostile};
-  addChapters(inputs, 3, hostile);
-  for (auto& chapter : inputs.chapters) chapter.name = "-" + hostile;
+OrvaneReport reportSaying(const std::string& text) {
+  ReportInputs inputs = stereoInputs("=" + text, 30, -14);
+  inputs.appVersion = text;
+  inputs.fileInfo.fileFormat = text;
+  inputs.fileInfo.channelLayout = text;
+  inputs.channelLayoutLabels = {text, text};
+  addChapters(inputs, 3, text);
+  for (auto& chapter : inputs.chapters) chapter.name = "-" + text;
   inputs.musicAnalysis = song(30);
-  inputs.musicAnalysis->source = hostile;
-  inputs.musicAnalysis->keys = {{.span = {0, 30}, .tonic = hostile, .mode = hostile}};
+  inputs.musicAnalysis->source = text;
+  inputs.musicAnalysis->keys = {{.span = {0, 30}, .tonic = text, .mode = text}};
   OrvaneReport report = built(inputs);
-  report.loudnessTargets.targets = {{.id = hostile, .name = hostile, .mode = hostile}};
+  report.loudnessTargets.targets = {{.id = text, .name = text, .mode = text}};
   return report;
+}
+
+OrvaneReport hostileReport() {
+  return reportSaying("</script><b>\"'&=cmd\x1B[31m\u202Egpj.\xFF");
 }
 
 std::vector<std::pair<std::string, OrvaneReport>> sampleReports() {

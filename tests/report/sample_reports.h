@@ -25,6 +25,8 @@ OrvaneReport headerlessFileReport();
 OrvaneReport audiobookReport();
 /// A stereo programme of that many hours, with all curves and nothing else.
 OrvaneReport longProgrammeReport(int hours);
+/// A file whose every text is this one.
+OrvaneReport reportSaying(const std::string& text);
 /// A file whose every text tries to break out of the report.
 OrvaneReport hostileReport();
 
