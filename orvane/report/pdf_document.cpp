@@ -3,8 +3,11 @@
 #include <array>
 #include <charconv>
 #include <cmath>
+#include <cstdio>
 #include <ctime>
-#include <string>
+#include <optional>
+#include <span>
+#include <utility>
 
 #include "orvane/platform/browser/browser_error.h"
 
@@ -111,6 +114,49 @@ std::string_view valueOf(std::string_view text, std::string_view key) {
   }
 }
 
+/// `text` with `part`, which lies in it, replaced.
+std::string replaced(std::string_view text, std::string_view part, std::string_view replacement) {
+  std::string result(text);
+  return result.replace(static_cast<std::size_t>(part.data() - text.data()), part.size(),
+                        replacement);
+}
+
+std::string decimal(double value) {
+  std::array<char, 32> digits{};
+  const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), value,
+                                 std::chars_format::fixed, 5);
+  return {digits.data(), end.ptr};
+}
+
+std::string streamOf(std::string_view content) {
+  return ("<</Length " + std::to_string(content.size()) + ">>\nstream\n").append(content) +
+         "\nendstream";
+}
+
+/// Objects that are put behind a document, where they replace those of the same number or are new
+/// (ISO 32000-1, 7.5.6).
+class Update {
+ public:
+  explicit Update(std::size_t offset) : offset_(offset) {}
+
+  void add(std::size_t number, std::string_view object) {
+    std::array<char, 40> row{};
+    std::snprintf(row.data(), row.size(), "%010zu 00000 n ", offset_ + text_.size());
+    table_ += std::to_string(number) + " 1\n" + row.data() + "\n";
+    text_.append(std::to_string(number)).append(" 0 obj\n").append(object).append("\nendobj\n");
+  }
+
+  std::string finish(std::string_view trailer) const {
+    return text_ + "xref\n" + table_ + "trailer\n" + std::string(trailer) + "\nstartxref\n" +
+           std::to_string(offset_ + text_.size()) + "\n%%EOF\n";
+  }
+
+ private:
+  std::size_t offset_;
+  std::string text_ = "\n";
+  std::string table_{};
+};
+
 bool isDate(std::string_view value) {
   // (D:YYYYMMDDHHmmSS+00'00')
   return value.size() == 25 && value.starts_with("(D:") && value.ends_with(')');
@@ -118,16 +164,16 @@ bool isDate(std::string_view value) {
 
 }  // namespace
 
-PDFDocument::PDFDocument(std::span<std::byte> bytes) : bytes_(bytes) {
+PDFDocument::PDFDocument(std::vector<std::byte> bytes) : bytes_(std::move(bytes)) {
   const auto all = text();
   constexpr std::string_view kStart = "startxref";
   const auto start = all.rfind(kStart);
   if (!all.starts_with("%PDF-") || start == std::string_view::npos) fail();
   auto rest = all.substr(start + kStart.size());
-  const auto offset = takeNumber<std::size_t>(rest);
-  if (offset >= all.size()) fail();
+  tableOffset_ = takeNumber<std::size_t>(rest);
+  if (tableOffset_ >= all.size()) fail();
 
-  rest = all.substr(offset);
+  rest = all.substr(tableOffset_);
   if (takeToken(rest) != "xref" || takeNumber<int>(rest) != 0) fail();
   const auto count = takeNumber<std::size_t>(rest);
   skipSpace(rest);
@@ -135,7 +181,8 @@ PDFDocument::PDFDocument(std::span<std::byte> bytes) : bytes_(bytes) {
   table_ = rest.substr(0, count * kTableRow);
   rest.remove_prefix(table_.size());
   if (takeToken(rest) != "trailer") fail();
-  trailer_ = rest;
+  trailer_ = takeValue(rest);
+  if (!valueOf(trailer_, "/Prev").empty()) fail();
   pages_ = objectAt(valueOf(objectAt(valueOf(trailer_, "/Root")), "/Pages"));
   auto pageCount = valueOf(pages_, "/Count");
   pageCount_ = takeNumber<int>(pageCount);
@@ -160,13 +207,15 @@ std::string_view PDFDocument::objectAt(std::string_view reference) const {
   return object;
 }
 
+/// The reference to it.
 std::string_view PDFDocument::firstPage() const {
   auto node = pages_;
   for (int depth = 0; depth < kMaximumDepth; ++depth) {
     auto kids = valueOf(node, "/Kids");
-    if (kids.empty()) return node;
     if (takeToken(kids) != "[") fail();
-    node = objectAt(kids);
+    const auto kid = takeValue(kids);
+    node = objectAt(kid);
+    if (valueOf(node, "/Kids").empty()) return kid;
   }
   fail();
 }
@@ -178,15 +227,52 @@ void PDFDocument::overwrite(std::string_view place, std::string_view value) {
     bytes_[offset + i] = static_cast<std::byte>(i < value.size() ? value[i] : ' ');
 }
 
-void PDFDocument::setPageBox(int width, int height) {
-  const auto box = valueOf(firstPage(), "/MediaBox");
+std::vector<std::byte> PDFDocument::withPageOf(int width, int height) && {
+  const auto box = valueOf(objectAt(firstPage()), "/MediaBox");
   auto rest = box;
   if (rest.empty() || takeToken(rest) != "[") fail();
   const std::array<double, 4> wanted{0, 0, static_cast<double>(width), static_cast<double>(height)};
-  for (const double edge : wanted)
-    if (!(std::abs(takeNumber<double>(rest) - edge) <= 1)) fail();
+  std::array<double, 4> given{};
+  for (std::size_t i = 0; i < wanted.size(); ++i) {
+    given[i] = takeNumber<double>(rest);
+    if (!(std::abs(given[i] - wanted[i]) <= 1)) fail();
+  }
   if (takeToken(rest) != "]") fail();
-  overwrite(box, "[0 0 " + std::to_string(width) + " " + std::to_string(height) + "]");
+  if (given != wanted)
+    overwrite(box, "[0 0 " + std::to_string(width) + " " + std::to_string(height) + "]");
+  if (given[3] != wanted[3]) {
+    const auto update = updateWithRaisedPage(wanted[3] - given[3]);
+    const auto added = std::as_bytes(std::span(update));
+    bytes_.insert(bytes_.end(), added.begin(), added.end());
+  }
+  return std::move(bytes_);
+}
+
+/// Drawing begins at the upper edge of the browser's paper, which is not that of the corrected box:
+/// as it stands, a white line of a tenth of a point would show at an edge of a dark page.
+std::string PDFDocument::updateWithRaisedPage(double distance) const {
+  const auto reference = firstPage();
+  auto rest = objectAt(reference);
+  const auto page = takeValue(rest);
+  const auto contents = valueOf(page, "/Contents");
+  if (contents.empty()) return {};
+  auto inner = contents;
+  if (inner.starts_with('[')) inner = inner.substr(1, inner.size() - 2);
+
+  const std::size_t first = table_.size() / kTableRow;
+  const auto referenceTo = [](std::size_t number) { return std::to_string(number) + " 0 R"; };
+  Update update(bytes_.size());
+  rest = reference;
+  update.add(takeNumber<std::size_t>(rest),
+             replaced(page, contents,
+                      "[" + referenceTo(first) + " " + std::string(inner) + " " +
+                          referenceTo(first + 1) + "]"));
+  update.add(first, streamOf("q 1 0 0 1 0 " + decimal(distance) + " cm"));
+  update.add(first + 1, streamOf("Q"));
+  const auto size = valueOf(trailer_, "/Size");
+  if (size.empty()) fail();
+  return update.finish(replaced(
+      trailer_, size, std::to_string(first + 2) + "\n/Prev " + std::to_string(tableOffset_)));
 }
 
 void PDFDocument::setDates(std::int64_t secondsSince1970) {

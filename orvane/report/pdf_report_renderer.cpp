@@ -85,18 +85,16 @@ class Rendering {
     const int height = std::max(static_cast<int>(measured), PDFGeometry::kMinimumHeight);
     int pageCount = 0;
     for (int growth = 0; growth <= kMaximumGrowth; ++growth) {
-      auto bytes = page.print(height + growth, !layout);
-      PDFDocument document(bytes);
+      PDFDocument document(page.print(height + growth, !layout));
       pageCount = document.pageCount();
       if (pageCount < 1) break;
       if (pageCount > 1) continue;
-      document.setPageBox(PDFGeometry::kWidth, height + growth);
       if (execution_.sourceDateEpoch) document.setDates(*execution_.sourceDateEpoch);
       if (height + growth > PDFGeometry::kUsualMaximumHeight)
         warn("The PDF's page is " + std::to_string(height + growth) +
              " points high; some programs show no more than " +
              std::to_string(PDFGeometry::kUsualMaximumHeight) + ".");
-      return bytes;
+      return std::move(document).withPageOf(PDFGeometry::kWidth, height + growth);
     }
     throw BrowserError(Case::invalidPDF,
                        "The browser made " + std::to_string(pageCount) + " pages instead of one.");

@@ -178,6 +178,24 @@ TEST_F(PDFReportRendererTest, BackgroundsInlinePicturesAndPrintStylesArePrinted)
   EXPECT_EQ(pixel(310, 310), std::string("\0\xff\0", 3));
 }
 
+// The height of the browser's paper is up to 0.12 points off, to either side.
+TEST_F(PDFReportRendererTest, TheBackgroundReachesEveryEdge) {
+  for (const int height : {1123, 1200, 1667}) {
+    const auto size = std::to_string(height);
+    const auto pdf =
+        render("<!DOCTYPE html><style>html{background:#0d1117}body{margin:0;height:" + size +
+               "px}</style>");
+    const auto file = folder_.write("edges.pdf", pdf);
+    test::runTool("pdftocairo", {"-png", "-r", "72", "-singlefile", file, folder_ / "edges"});
+    // Cairo, unlike the other tool, blends what covers a part of a pixel only.
+    const auto pixels = test::runTool("ffmpeg", {"-v", "error", "-i", folder_ / "edges.png", "-f",
+                                                 "rawvideo", "-pix_fmt", "rgb24", "-"});
+    ASSERT_EQ(pixels.size(), std::size_t{794} * 3 * static_cast<std::size_t>(height));
+    for (std::size_t i = 0; i < pixels.size(); i += 3)
+      ASSERT_EQ(pixels.substr(i, 3), "\x0d\x11\x17") << size << ": pixel " << i / 3;
+  }
+}
+
 TEST_F(PDFReportRendererTest, ScriptsOfThePageDoNotRun) {
   const auto pdf = render(
       "<!DOCTYPE html><body><p id=p>Before</p><script>document.getElementById('p').textContent="
@@ -269,6 +287,7 @@ TEST_F(PDFReportRendererTest, EveryReportIsOnePageWithoutWarnings) {
   BrowserSession session;
   auto reports = test::sampleReports();
   reports.emplace_back("hostile", test::hostileReport());
+  reports.emplace_back("endless words", test::reportSaying(std::string(2000, 'x')));
   for (const auto& [name, report] : reports) {
     const auto pdf = PDFReportRenderer::renderPDF(
         report, {.deadline = kLongEnough, .session = &session, .warnings = &warnings_});

@@ -13,6 +13,7 @@ namespace orvane::test {
 struct SamplePDF {
   int pageCount = 1;
   std::string mediaBox = "[0 0 793.91998 1122.95996]";
+  std::string contents = "9 0 R";
   std::string information =
       "<</Title (\\(/MediaBox [9 9 9 9] >> \\) /Count 7)\n/CreationDate (D:20260102030405+00'00')\n"
       "/ModDate (D:20260102030405+00'00')>>";
@@ -28,7 +29,7 @@ struct SamplePDF {
       objects.push_back(
           "<</Type /Page\n/Resources <</ProcSet [/PDF /Text]\n/Other <</MediaBox [1 2 3 4]>>>>\n"
           "/MediaBox " +
-          mediaBox + "\n/Parent 3 0 R>>");
+          mediaBox + "\n/Contents " + contents + "\n/Parent 3 0 R>>");
     std::string file = "%PDF-1.4\n";
     std::string table = "0000000000 65535 f \n";
     for (std::size_t i = 0; i < objects.size(); ++i) {
@@ -44,8 +45,9 @@ struct SamplePDF {
   }
 };
 
-inline std::span<std::byte> bytesOf(std::string& text) {
-  return std::as_writable_bytes(std::span(text));
+inline std::vector<std::byte> bytesOf(std::string_view text) {
+  const auto bytes = std::as_bytes(std::span(text));
+  return {bytes.begin(), bytes.end()};
 }
 
 inline std::string_view textOf(const std::vector<std::byte>& bytes) {
