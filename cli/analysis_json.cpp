@@ -112,12 +112,37 @@ void addCurves(Json& document, const OfflineAnalysisPipeline::Result& result) {
     width.push_back({{"time", number(point.time)}, {"correlation", number(point.correlation)}});
 }
 
+/// A record of the report as it stands there, so that both have the same keys. Its curves come on
+/// request only.
+template <typename Record>
+Json recordJson(const Record& record, bool withCurves) {
+  Json document = Json::parse(encodeJSON(record));
+  if (!withCurves)
+    for (const char* curve : {"momentaryCurve", "shortTermCurve", "integratedCurve"})
+      document.erase(curve);
+  return document;
+}
+
+void addReportParts(Json& document, const MeasuredFile& file, bool withCurves) {
+  const auto add = [&](const char* key, const auto& part) {
+    if (part) document[key] = recordJson(*part, withCurves);
+  };
+  const OrvaneReport& report = *file.report;
+  if (file.isJudged) document["loudnessTargets"] = recordJson(report.loudnessTargets, false);
+  add("selection", report.selection);
+  add("violations", report.violations);
+  add("chapters", report.chapters);
+  add("stemGatedLoudness", report.stemGatedLoudness);
+  add("sectionLoudness", file.sectionLoudness);
+}
+
 }  // namespace
 
 Json analysisJson(const MeasuredFile& file, bool withCurves) {
   Json document = {{"schemaVersion", JsonOutput::kSchemaVersion}, {"url", file.name.display}};
   addFormat(document, file);
   addFigures(document, file);
+  if (file.report) addReportParts(document, file, withCurves);
   addFindings(document, file);
   if (withCurves) addCurves(document, file.result);
   return document;

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "cli/number_text.h"
+#include "cli/report_table.h"
 #include "cli/terminal_text.h"
 #include "cli/text_table.h"
 
@@ -157,7 +158,7 @@ std::string channels(const MeasuredFile& file, const Console& console) {
                   2);
   for (std::size_t i = 0; i < names.size() && i < result.channelPeakDB.size(); ++i) {
     const double dcPercent = 100 * static_cast<double>(result.channelDCOffset[i]);
-    table.addRow({{names[i]},
+    table.addRow({{TerminalText::escaped(names[i])},
                   {level(result.channelPeakDB[i])},
                   {level(result.channelRMSDB[i])},
                   {level(result.channelCrestFactorDB[i])},
@@ -178,7 +179,7 @@ std::string clipping(const MeasuredFile& file, const Console& console) {
     const auto& run = detail.clippingRuns[i];
     const double start = static_cast<double>(run.startFrame) / file.result.sampleRate;
     table.addRow({{NumberText::duration(start)},
-                  {run.channel < names.size() ? names[run.channel] : ""},
+                  {run.channel < names.size() ? TerminalText::escaped(names[run.channel]) : ""},
                   {std::to_string(run.frameCount)}});
   }
   std::string text = "\n" + table.text(console);
@@ -220,7 +221,7 @@ std::string block(const MeasuredFile& file, const Console& console) {
   const std::string name = TerminalText::escaped(file.name.shown());
   return console.styled(Style::bold, name) + "\n" + formatLine(file) + "\n" +
          figures(file, console) + monoNote(file, console) + "\n" + channels(file, console) +
-         clipping(file, console) + warnings(file, console);
+         clipping(file, console) + ReportTable::parts(file, console) + warnings(file, console);
 }
 
 std::string rowTitles(const Console& console) {

@@ -13,10 +13,15 @@
 #include "cli/number_text.h"
 #include "cli/progress_bar.h"
 #include "cli/raw_format_option.h"
+#include "cli/report_outputs.h"
+#include "cli/report_parts.h"
+#include "cli/report_table.h"
 #include "cli/sample_rate_limits.h"
+#include "cli/target_options.h"
 #include "cli/usage_error.h"
 #include "cli/vad_tuning_options.h"
 #include "orvane/platform/error.h"
+#include "orvane/speech/dialogue_sidecar_io.h"
 
 namespace orvane::cli {
 namespace {
@@ -32,10 +37,16 @@ struct AnalyzeOptions {
   bool speech = false;
   bool dialogue = false;
   SileroVADTuning tuning = SileroVADTuning::defaults();
+  ReportPartOptions parts{};
+  TargetOptions targets{};
+  ReportOutputOptions outputs{};
   bool noStereo = false;
   bool dualMono = false;
   bool quiet = false;
   int jobs = 1;
+
+  /// More is asked for than the file's own figures.
+  bool needsReport() const { return parts.isAny() || targets.areRequested() || outputs.isAny(); }
 };
 
 void requireUsableRate(const InputName& file, double sampleRate) {
@@ -44,8 +55,8 @@ void requireUsableRate(const InputName& file, double sampleRate) {
                                      " Hz is outside " + SampleRateLimits::description());
 }
 
-MeasuredFile measure(const InputName& file, const AnalyzeOptions& options, std::size_t threads,
-                     ProgressObserver& observer) {
+MeasuredFile measure(const InputName& file, const AnalyzeOptions& options, const ReportParts& parts,
+                     std::size_t threads, ProgressObserver& observer) {
   MeasuredFile measured;
   measured.name = file;
   if (!options.rawFormat) {
@@ -67,55 +78,107 @@ MeasuredFile measure(const InputName& file, const AnalyzeOptions& options, std::
   measured.result = OfflineAnalysisPipeline::analyzeFile(file.path, what, how, &measured.detail);
   requireUsableRate(file, measured.result.sampleRate);
   if (options.dualMono) measured.raiseForDualMono();
+  measured.isJudged = options.targets.areRequested();
+  if (options.needsReport())
+    parts.makeReport(measured, options.targets.selection(),
+                     {.threadCount = threads, .observer = &observer});
   return measured;
 }
 
-/// What is printed for one file, made while other files may still be measured.
+/// What is read beside the files that are measured.
+std::vector<std::filesystem::path> otherFilesRead(const AnalyzeOptions& options,
+                                                  const std::vector<InputName>& files) {
+  auto paths = ReportParts::filesRead(options.parts);
+  if (options.dialogue)
+    for (const InputName& file : files) paths.push_back(DialogueSidecarIO::sidecarURL(file.path));
+  if (!options.files.listFile.empty()) paths.emplace_back(options.files.listFile);
+  return paths;
+}
+
+/// What is told of one file, made while other files may still be measured.
 struct Printed {
-  std::string text{};                   ///< for standard output
-  std::string summary{};                ///< the file's row of the summary
-  std::vector<std::string> warnings{};  ///< for standard error
+  std::string text{};                        ///< for standard output
+  std::string summary{};                     ///< the file's row of the summary
+  std::vector<std::string> warnings{};       ///< for standard error
+  std::vector<std::string> missedTargets{};  ///< likewise
 };
 
-Printed printed(const MeasuredFile& file, const AnalyzeOptions& options, const Console& console) {
-  Printed result;
-  if (options.json) {
+/// How the results of a run are printed.
+enum class Layout { blocks, rows, json, report };
+
+Layout layoutOf(const AnalyzeOptions& options, const ReportOutputs& outputs) {
+  if (outputs.takeStandardOutput()) return Layout::report;
+  if (options.json) return Layout::json;
+  return options.quiet ? Layout::rows : Layout::blocks;
+}
+
+Printed printed(const MeasuredFile& file, const AnalyzeOptions& options, Layout layout,
+                std::string report, const Console& console) {
+  Printed result{.summary = AnalysisTable::row(file, console)};
+  if (options.targets.enforce) result.missedTargets = ReportTable::missedTargets(file);
+  if (layout == Layout::json) {
     result.text = JsonOutput::line(analysisJson(file, options.curves));
     return result;
   }
-  result.summary = AnalysisTable::row(file, console);
-  if (!options.quiet) {
+  if (layout == Layout::blocks) {
     result.text = AnalysisTable::block(file, console);
     return result;
   }
-  result.text = result.summary;
+  result.text = layout == Layout::report ? std::move(report) : result.summary;
   for (const auto& warning : file.warnings())
     result.warnings.push_back(file.name.shown() + ": " + warning);
   return result;
 }
 
+/// Prints the results of a run one after another.
+class ResultPrinter {
+ public:
+  ResultPrinter(Console& console, Layout layout) : console_(console), layout_(layout) {}
+
+  void print(const Printed& file) {
+    for (const auto& warning : file.warnings) console_.warning(warning);
+    std::string text = file.text;
+    if (layout_ == Layout::rows && files_ == 0) text = AnalysisTable::rowTitles(console_) + text;
+    if (layout_ == Layout::blocks && files_ > 0) text = "\n" + text;
+    console_.print(text);
+    for (const auto& sentence : file.missedTargets) console_.error(sentence);
+    if (!file.missedTargets.empty()) code_ = ExitCode::targetMissed;
+    summary_ += file.summary;
+    ++files_;
+  }
+
+  /// Prints what stands below all results.
+  void finish() {
+    if (layout_ == Layout::blocks && files_ > 1)
+      console_.print("\n" + AnalysisTable::rowTitles(console_) + summary_);
+  }
+
+  /// Whether a target was missed.
+  ExitCode code() const { return code_; }
+
+ private:
+  Console& console_;
+  Layout layout_;
+  std::string summary_{};
+  std::size_t files_ = 0;
+  ExitCode code_ = ExitCode::done;
+};
+
 ExitCode runAnalyze(const AnalyzeOptions& options, Console& console) {
+  options.targets.requireSense(options.speech || options.dialogue);
   StandardInput standardInput;
   // No sidecar lies beside standard input.
   const auto files = options.dialogue ? DialogueSidecarFile::resolve(options.files)
                                       : FileList::resolve(options.files, standardInput);
+  const ReportOutputs outputs(options.outputs, files, otherFilesRead(options, files));
+  if (outputs.takeStandardOutput() && options.json)
+    throw UsageError("--json and a report cannot both go to standard output");
+  const ReportParts parts(options.parts, files.size());
   const auto jobs = std::min(static_cast<std::size_t>(options.jobs), files.size());
   const std::size_t threads = JobRunner::threadsPerJob(jobs);
-  const bool isRowPerFile = options.quiet && !options.json;
-  const bool isBlockPerFile = !options.quiet && !options.json;
+  const Layout layout = layoutOf(options, outputs);
   ProgressBar progress(console, files.size(), !options.quiet);
-
-  std::string summary;
-  std::size_t printedFiles = 0;
-  const auto report = [&](const Printed& file) {
-    for (const auto& warning : file.warnings) console.warning(warning);
-    std::string text = file.text;
-    if (isRowPerFile && printedFiles == 0) text = AnalysisTable::rowTitles(console) + text;
-    if (isBlockPerFile && printedFiles > 0) text = "\n" + text;
-    console.print(text);
-    summary += file.summary;
-    ++printedFiles;
-  };
+  ResultPrinter printer(console, layout);
   const auto code = FileWork::run(
       files, {.jobs = jobs, .json = options.json}, console,
       [&](const InputName& file) -> FileWork::Report {
@@ -124,13 +187,16 @@ ExitCode runAnalyze(const AnalyzeOptions& options, Console& console) {
           ProgressBar& bar;
           ~Done() { bar.fileDone(); }
         } done{progress};
-        return [&, text = printed(measure(file, options, threads, *observer), options, console)] {
-          report(text);
+        const auto measured = measure(file, options, parts, threads, *observer);
+        std::string report;
+        if (outputs.isAny())
+          report = outputs.write(static_cast<std::size_t>(&file - files.data()), *measured.report);
+        return [&, text = printed(measured, options, layout, std::move(report), console)] {
+          printer.print(text);
         };
       });
-  if (isBlockPerFile && printedFiles > 1)
-    console.print("\n" + AnalysisTable::rowTitles(console) + summary);
-  return code;
+  printer.finish();
+  return worse(code, printer.code());
 }
 
 void addMeasuringOptions(CLI::App& command, AnalyzeOptions& options) {
@@ -192,7 +258,10 @@ void addAnalyzeCommand(CLI::App& program, ChosenCommand& chosen) {
   addFileArguments(*command, options->files);
   addMeasuringOptions(*command, *options);
   addSpeechOptions(*command, *options);
+  addReportPartOptions(*command, options->parts);
+  addTargetOptions(*command, options->targets);
   addOutputOptions(*command, *options);
+  addReportOutputOptions(*command, options->outputs);
   command->callback([options, &chosen] {
     chosen = [options](Console& console) { return runAnalyze(*options, console); };
   });

@@ -36,6 +36,8 @@ std::string_view startOf(Style style) {
       return "\x1B[2m";
     case Style::red:
       return "\x1B[31m";
+    case Style::green:
+      return "\x1B[32m";
     case Style::yellow:
       return "\x1B[33m";
   }
@@ -73,8 +75,7 @@ ConsoleTraits ConsoleTraits::ofProcess() {
 void Console::print(std::string_view text) {
   const std::lock_guard lock(mutex_);
   removeStatus();
-  if (const int error = writeAll(STDOUT_FILENO, text))
-    throw OutputFailure(error);
+  if (const int error = writeAll(STDOUT_FILENO, text)) throw OutputFailure(error);
 }
 
 void Console::error(std::string_view text) {

@@ -22,7 +22,7 @@ class OutputFailure : public std::runtime_error {
 };
 
 /// Ways to set words off on a terminal.
-enum class Style { plain, bold, dim, red, yellow };
+enum class Style { plain, bold, dim, red, green, yellow };
 
 /// What is known about the streams that the program writes to.
 struct ConsoleTraits {

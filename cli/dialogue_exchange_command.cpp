@@ -1,16 +1,15 @@
 #include <algorithm>
 #include <memory>
-#include <span>
 
 #include "cli/dialogue_commands.h"
 #include "cli/dialogue_sidecar_file.h"
 #include "cli/dialogue_timeline.h"
 #include "cli/terminal_text.h"
+#include "cli/text_input.h"
 #include "cli/usage_error.h"
 #include "orvane/edit/edit_output_guard.h"
 #include "orvane/platform/atomic_file.h"
 #include "orvane/platform/error.h"
-#include "orvane/platform/input_file.h"
 #include "orvane/speech/dialogue_sidecar_io.h"
 #include "orvane/speech/dialogue_timeline_formats.h"
 
@@ -20,8 +19,6 @@ namespace {
 namespace formats = DialogueTimelineFormats;
 
 constexpr const char* kStandardStream = "-";
-/// Far more than any list of regions takes; a larger file is something else.
-constexpr std::uint64_t kMaximumListSize = 256U << 20U;
 
 struct ImportOptions {
   std::string list{};
@@ -44,24 +41,13 @@ InputName audioNamed(const std::string& name) {
   return DialogueSidecarFile::resolve({.names = {name}}).front();
 }
 
-std::string readList(const std::string& name) {
-  if (name == kStandardStream) return StandardInput().asText();
-  const InputFile file(name);
-  if (file.size() > kMaximumListSize)
-    throw PlatformError(name, std::make_error_code(std::errc::file_too_large));
-  std::string text(file.size(), '\0');
-  text.resize(file.readAt(0, std::as_writable_bytes(std::span(text))));
-  return text;
-}
-
 std::vector<DialogueRegion> regionsIn(const ImportOptions& options) {
-  const auto text = readList(options.list);
+  const auto text = readTextInput(options.list);
   const auto format = formats::formatFromName(options.format).value_or(formats::formatOf(text));
   try {
     return formats::regions(text, format);
   } catch (const DialogueTimelineError& error) {
-    const bool isStream = options.list == kStandardStream;
-    throw PlatformError(isStream ? "standard input" : options.list, error.errorDescription());
+    throw PlatformError(shownTextInput(options.list), error.errorDescription());
   }
 }
 

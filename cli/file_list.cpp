@@ -29,13 +29,13 @@ std::string readList(const std::string& listFile, StandardInput& standardInput) 
 }  // namespace
 
 std::string InputName::shown() const {
-  return display == kStandardInput ? "standard input" : display;
+  return isStandardInput() ? "standard input" : display;
 }
 
 std::string InputName::message(std::string_view engineText) const {
   std::string text(engineText);
   const std::string opened = path.filename().string();
-  if (display != kStandardInput || opened.empty()) return text;
+  if (!isStandardInput() || opened.empty()) return text;
   // The engine puts the file's name at the start or at the end of its sentences.
   if (text.starts_with(opened)) return shown() + text.substr(opened.size());
   if (text.ends_with(opened)) return text.substr(0, text.size() - opened.size()) + shown();

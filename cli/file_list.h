@@ -17,6 +17,8 @@ struct InputName {
 
   bool operator==(const InputName&) const = default;
 
+  bool isStandardInput() const { return display == "-"; }
+
   /// For people: "standard input" or the name as it was given.
   std::string shown() const;
 

@@ -25,6 +25,7 @@ std::string MeasuredFile::encodingText() const {
 }
 
 std::vector<std::string> MeasuredFile::channelNames() const {
+  if (!channelLabels.empty()) return channelLabels;
   const auto count = static_cast<std::size_t>(result.channelCount);
   if (detail.layout && count > 1) {
     auto names = core::ChannelOrder::displayShortNames(*detail.layout);
@@ -45,21 +46,22 @@ std::vector<std::string> MeasuredFile::warnings() const {
         (isOne ? " is not a finite number and counts" : " are not finite numbers and count") +
         " as silence.");
   }
+  texts.insert(texts.end(), notes.begin(), notes.end());
   return texts;
 }
 
 void MeasuredFile::raiseForDualMono() {
-  constexpr float kSecondLoudspeaker = 3.0103F;  // 10·lg 2
   if (result.channelCount != 1) return;
   isDualMono = true;
-  result.integratedLUFS += kSecondLoudspeaker;
-  result.maxMomentaryLUFS += kSecondLoudspeaker;
-  result.maxShortTermLUFS += kSecondLoudspeaker;
-  result.speechGatedLUFS += kSecondLoudspeaker;
+  result.integratedLUFS += kDualMonoGainLU;
+  result.maxMomentaryLUFS += kDualMonoGainLU;
+  result.maxShortTermLUFS += kDualMonoGainLU;
+  result.speechGatedLUFS += kDualMonoGainLU;
+  for (double& power : detail.blockPowers) power *= 2;
   for (auto& point : result.loudnessCurve) {
-    point.momentary += kSecondLoudspeaker;
-    point.shortTerm += kSecondLoudspeaker;
-    point.integrated += kSecondLoudspeaker;
+    point.momentary += kDualMonoGainLU;
+    point.shortTerm += kDualMonoGainLU;
+    point.integrated += kDualMonoGainLU;
   }
 }
 

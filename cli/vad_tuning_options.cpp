@@ -1,9 +1,8 @@
 #include "cli/vad_tuning_options.h"
 
-#include <string>
+#include <type_traits>
 
-#include "cli/number_text.h"
-#include "cli/usage_error.h"
+#include "cli/number_option.h"
 
 namespace orvane::cli {
 namespace {
@@ -12,32 +11,27 @@ constexpr const char* kGroup = "Speech detection";
 /// An hour: no phrase and no pause of speech is longer.
 constexpr double kLongestSeconds = 3600;
 
-/// An option whose value is a number from 0 to `highest`.
-template <typename Number>
-void addNumber(CLI::App& command, const std::string& name, const char* argument, Number& target,
-               double highest, const std::string& description) {
-  command
-      .add_option_function<double>(
-          name,
-          [name, highest, &target](double value) {
-            if (!(value >= 0 && value <= highest))  // not for what is no number either
-              throw UsageError(name + " takes a number from 0 to " + NumberText::shortest(highest));
-            target = static_cast<Number>(value);
-          },
-          description)
-      ->option_text(argument)
-      ->group(kGroup);
-}
-
 }  // namespace
 
 void addVADTuningOptions(CLI::App& command, SileroVADTuning& tuning) {
-  addNumber(command, "--vad-threshold", "T", tuning.threshold, 1,
-            "Speech probability from which a frame counts as speech (0.5)");
-  addNumber(command, "--min-speech", "S", tuning.minSpeechDuration, kLongestSeconds,
-            "Drop speech shorter than S seconds (0.1)");
-  addNumber(command, "--min-silence", "S", tuning.minSilenceDuration, kLongestSeconds,
-            "Let only pauses of at least S seconds end speech (0.1)");
+  const auto add = [&command](const char* name, const char* argument, double highest, auto& target,
+                              const char* description) {
+    addNumberOption(command,
+                    {.name = name,
+                     .argument = argument,
+                     .group = kGroup,
+                     .highest = highest,
+                     .description = description},
+                    [&target](double value) {
+                      target = static_cast<std::remove_reference_t<decltype(target)>>(value);
+                    });
+  };
+  add("--vad-threshold", "T", 1, tuning.threshold,
+      "Speech probability from which a frame counts as speech (0.5)");
+  add("--min-speech", "S", kLongestSeconds, tuning.minSpeechDuration,
+      "Drop speech shorter than S seconds (0.1)");
+  add("--min-silence", "S", kLongestSeconds, tuning.minSilenceDuration,
+      "Let only pauses of at least S seconds end speech (0.1)");
 }
 
 }  // namespace orvane::cli

@@ -7,9 +7,9 @@
 #include <string_view>
 
 #include "orvane/core/loudness_target.h"
-#include "orvane/core/loudness_target_evaluator.h"
 #include "orvane/report/orvane_report.h"
 #include "orvane/report/report_locale.h"
+#include "orvane/report/target_verdicts.h"
 
 /// The sections of the page, one source file each. A section that has nothing to show is empty
 /// text.
@@ -40,10 +40,7 @@ std::string appIconImgTag();
 std::string footerSection();
 
 std::string targetsSection(const OrvaneReport& report, core::LoudnessTargetMode mode);
-std::string targetCard(const ReportLoudnessTargetItem& item,
-                       const core::LoudnessTargetEvaluation& evaluation,
-                       const core::LoudnessTarget& target,
-                       const core::LoudnessTargetMeasurement& measurement);
+std::string targetCard(const TargetVerdict& verdict);
 
 /// `selection` is null for the curves of the whole file.
 std::string loudnessCurveSection(std::span<const LoudnessSample> momentary,

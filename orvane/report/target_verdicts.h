@@ -1,0 +1,48 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "orvane/core/loudness_target.h"
+#include "orvane/core/loudness_target_evaluator.h"
+#include "orvane/platform/export.h"
+#include "orvane/report/orvane_report.h"
+
+namespace orvane {
+
+/// One of a report's targets, judged on the report's figures.
+struct TargetVerdict {
+  std::string name{};             ///< as the report has it
+  core::LoudnessTarget target{};  ///< the catalogue's, else what the report kept of it
+  core::LoudnessTargetMeasurement measurement{};
+  core::LoudnessTargetEvaluation evaluation{};
+
+  bool operator==(const TargetVerdict&) const = default;
+};
+
+/// What reports and programs show of delivery targets.
+namespace TargetVerdicts {
+
+/// "Music / Streaming", "Podcast / Spoken Word", "VOD", "Broadcast".
+ORVANE_API std::string_view modeTitle(core::LoudnessTargetMode mode);
+
+/// In the order of the report. The figures are those of the selection when the report has one.
+ORVANE_API std::vector<TargetVerdict> of(const OrvaneReport& report);
+
+/// What a target asks, in one line: "-23±0.5 LUFS · ≤ -1 dBTP".
+ORVANE_API std::string demandText(const core::LoudnessTarget& target);
+
+/// A verdict in a word and a short line.
+struct Badge {
+  std::string_view kind{};  ///< "pass", "normalize", "fail" or "low" (too quiet to judge)
+  std::string status{};     ///< "Compliant ✓"; "-" for "low"
+
+  bool operator==(const Badge&) const = default;
+};
+
+ORVANE_API Badge badge(const core::LoudnessTarget& target,
+                       const core::LoudnessTargetEvaluation& evaluation);
+
+}  // namespace TargetVerdicts
+}  // namespace orvane

@@ -1,0 +1,83 @@
+#include "orvane/report/target_verdicts.h"
+
+#include <gtest/gtest.h>
+
+namespace orvane {
+namespace {
+
+using TargetVerdicts::Badge;
+using TargetVerdicts::badge;
+
+OrvaneReport reportFor(std::vector<std::string> targets) {
+  const ReportInputs inputs{.fileInfo = {.channelCount = 2},
+                            .fileLoudnessCurve = {{0.1, -20, -20, -20}},
+                            .fileTruePeakDB = -2,
+                            .fileMaxShortTermLUFS = -15,
+                            .fileChannelRMSDB = {-20, -20},
+                            .loudnessTargetSelection = {.targetIDs = std::move(targets)}};
+  return OrvaneReport::build(inputs, {});
+}
+
+TEST(TargetVerdictsTest, JudgeTheTargetsOfAReportInItsOrder) {
+  const auto verdicts = TargetVerdicts::of(reportFor({"tidal", "spotify"}));
+  ASSERT_EQ(verdicts.size(), 2U);
+  EXPECT_EQ(verdicts[0].target, core::LoudnessTargetCatalog::target("spotify"));
+  EXPECT_EQ(verdicts[0].name, "Spotify");
+  EXPECT_EQ(verdicts[0].measurement.integratedLUFS, -20.0F);
+  EXPECT_EQ(verdicts[0].evaluation,
+            core::LoudnessTargetEvaluation(core::NormalizationVerdict{6, true, false}));
+  EXPECT_EQ(verdicts[1].target.id, "tidal");
+}
+
+TEST(TargetVerdictsTest, KnowATargetThatTheCatalogueHasNoMoreByItsRecord) {
+  auto report = reportFor({"ebu-r128"});
+  report.loudnessTargets.targets.at(0).id = "gone";
+  report.loudnessTargets.targets.at(0).name = "Gone";
+  const auto verdicts = TargetVerdicts::of(report);
+  ASSERT_EQ(verdicts.size(), 1U);
+  EXPECT_EQ(verdicts[0].name, "Gone");
+  EXPECT_EQ(verdicts[0].target.referenceLUFS, -23.0F);
+  EXPECT_TRUE(core::LoudnessTargetEvaluator::isMissed(verdicts[0].evaluation));
+}
+
+TEST(TargetVerdictsTest, HaveAWordAndALineForEachKind) {
+  const core::LoudnessTarget target{.source = core::LoudnessTargetSource::dialogGated};
+  using Reason = core::NonComplianceReason;
+  EXPECT_EQ(badge(target, core::NormalizationVerdict{1.25F, false, true}),
+            (Badge{"pass", "Plays as-is · 1.2 dB under target"}));
+  EXPECT_EQ(badge(target, core::NormalizationVerdict{-3, true, true}),
+            (Badge{"normalize", "-3.0 dB · platform gain"}));
+  EXPECT_EQ(badge(target, core::NormalizationVerdict{3, true, false}),
+            (Badge{"fail", "+3.0 dB · TP over"}));
+  EXPECT_EQ(badge(target, core::CompliantVerdict{true}), (Badge{"pass", "Compliant ✓"}));
+  EXPECT_EQ(badge(target, core::CompliantVerdict{false}), (Badge{"fail", "TP over ceiling"}));
+  EXPECT_EQ(badge(target, core::NonCompliantVerdict{Reason::loudness, -20, -25}),
+            (Badge{"fail", "Not compliant · L (-20.0 LKFS)"}));
+  EXPECT_EQ(badge(target, core::NonCompliantVerdict{Reason::truePeak, -1, -2}),
+            (Badge{"fail", "Not compliant · TP (-1.0 dBTP)"}));
+  EXPECT_EQ(badge(target, core::NonCompliantVerdict{Reason::shortTerm, -10, -18}),
+            (Badge{"fail", "Not compliant · S↑ (-10.0 LUFS)"}));
+  EXPECT_EQ(badge(target, core::NonCompliantVerdict{Reason::noiseFloor, -50, -60}),
+            (Badge{"fail", "Not compliant · NF (-50.0 dB)"}));
+  EXPECT_EQ(badge(target, core::TooQuietVerdict{}), (Badge{"low", "-"}));
+}
+
+TEST(TargetVerdictsTest, TellWhatATargetAsks) {
+  const auto demand = [](const char* id) {
+    return TargetVerdicts::demandText(core::LoudnessTargetCatalog::target(id).value());
+  };
+  EXPECT_EQ(demand("spotify"), "ref -14 LUFS · ≤ -1 dBTP");
+  EXPECT_EQ(demand("acx"), "-20.5±2.5 dB RMS · ≤ -3 dBTP · NF ≤ -60 dB");
+  EXPECT_EQ(demand("netflix"), "dialog · -27±2 LKFS · ≤ -2 dBTP");
+}
+
+TEST(TargetVerdictsTest, ModesHaveTitles) {
+  using Mode = core::LoudnessTargetMode;
+  EXPECT_EQ(TargetVerdicts::modeTitle(Mode::music), "Music / Streaming");
+  EXPECT_EQ(TargetVerdicts::modeTitle(Mode::podcast), "Podcast / Spoken Word");
+  EXPECT_EQ(TargetVerdicts::modeTitle(Mode::vod), "VOD");
+  EXPECT_EQ(TargetVerdicts::modeTitle(Mode::broadcast), "Broadcast");
+}
+
+}  // namespace
+}  // namespace orvane
