@@ -73,7 +73,7 @@ MeasuredFile measure(const InputName& file, const AnalyzeOptions& options, const
   OfflineAnalysisPipeline::Execution how{.threadCount = threads,
                                          .observer = &observer,
                                          .streamIndex = options.streamIndex,
-                                         .keepsBuffer = false};
+                                         .keepsBuffer = options.parts.needsAudio()};
   if (options.dialogue) how.dialogueRegions = DialogueSidecarFile::load(file).regions;
   measured.result = OfflineAnalysisPipeline::analyzeFile(file.path, what, how, &measured.detail);
   requireUsableRate(file, measured.result.sampleRate);
@@ -170,7 +170,7 @@ ExitCode runAnalyze(const AnalyzeOptions& options, Console& console) {
   // No sidecar lies beside standard input.
   const auto files = options.dialogue ? DialogueSidecarFile::resolve(options.files)
                                       : FileList::resolve(options.files, standardInput);
-  const ReportOutputs outputs(options.outputs, files, otherFilesRead(options, files));
+  ReportOutputs outputs(options.outputs, files, otherFilesRead(options, files));
   if (outputs.takeStandardOutput() && options.json)
     throw UsageError("--json and a report cannot both go to standard output");
   const ReportParts parts(options.parts, files.size());
@@ -187,10 +187,11 @@ ExitCode runAnalyze(const AnalyzeOptions& options, Console& console) {
           ProgressBar& bar;
           ~Done() { bar.fileDone(); }
         } done{progress};
-        const auto measured = measure(file, options, parts, threads, *observer);
+        auto measured = measure(file, options, parts, threads, *observer);
         std::string report;
         if (outputs.isAny())
-          report = outputs.write(static_cast<std::size_t>(&file - files.data()), *measured.report);
+          report = outputs.write(static_cast<std::size_t>(&file - files.data()), *measured.report,
+                                 measured.notes);
         return [&, text = printed(measured, options, layout, std::move(report), console)] {
           printer.print(text);
         };

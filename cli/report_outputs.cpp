@@ -13,6 +13,7 @@
 #include "orvane/edit/edit_output_guard.h"
 #include "orvane/platform/atomic_file.h"
 #include "orvane/platform/error.h"
+#include "orvane/report/pdf_report_renderer.h"
 
 namespace orvane::cli {
 namespace {
@@ -64,7 +65,7 @@ void setFormats(const std::string& list, std::vector<ReportFormat>& formats) {
     const auto format = reportFormatFromRawValue(name);
     if (!format)
       throw UsageError("--formats: unknown format '" + name +
-                       "'; the formats are html, csv, report");
+                       "'; the formats are html, csv, pdf, report");
     if (std::find(formats.begin(), formats.end(), *format) == formats.end())
       formats.push_back(*format);
   }
@@ -87,6 +88,7 @@ void addReportFileOptions(CLI::App& command, ReportOutputOptions& options) {
   addFile(command, options, ReportFormat::html,
           "Write a report as a web page; - is standard output");
   addFile(command, options, ReportFormat::csv, "Write the figures as a table for spreadsheets");
+  addFile(command, options, ReportFormat::pdf, "Write the web page as a PDF of one page");
   command.add_flag("--force", options.force, "Replace reports that exist")->group(kGroup);
 }
 
@@ -100,17 +102,19 @@ void addReportOutputOptions(CLI::App& command, ReportOutputOptions& options) {
   command
       .add_option_function<std::string>(
           "--formats", [&options](const std::string& list) { setFormats(list, options.formats); },
-          "With --out: which reports, of html,csv,report")
+          "With --out: which reports, of html,csv,pdf,report")
       ->option_text("LIST")
       ->group(kGroup);
 }
 
 ReportOutputs::ReportOutputs(const ReportOutputOptions& options, std::span<const InputName> inputs,
                              std::span<const fs::path> otherFilesRead)
-    : isAny_(options.isAny()), force_(options.force), outputs_(inputs.size()) {
+    : isAny_(options.isAny()),
+      force_(options.force),
+      renderer_(isAny_ ? sourceDate() : std::nullopt),
+      outputs_(inputs.size()) {
   if (!isAny_) return;
   requireSense(options, inputs.size());
-  sourceDate_ = sourceDate();
   for (const auto& [format, file] : options.files) {
     const bool isStandardOutput = file == kStandardOutput;
     takesStandardOutput_ = takesStandardOutput_ || isStandardOutput;
@@ -139,8 +143,10 @@ void ReportOutputs::check(std::span<const InputName> inputs,
   for (const fs::path& path : otherFilesRead) note(path);
 
   std::set<fs::path> known;
+  bool needsBrowser = false;
   for (const auto& ofOneInput : outputs_) {
     for (const Output& output : ofOneInput) {
+      needsBrowser = needsBrowser || output.format == ReportFormat::pdf;
       if (output.path.empty()) continue;
       const auto identity = identityOf(output.path);
       if (const auto same = identity ? read.find(*identity) : read.end(); same != read.end()) {
@@ -154,12 +160,14 @@ void ReportOutputs::check(std::span<const InputName> inputs,
       opened(output.path, force_);  // and dropped again
     }
   }
+  if (needsBrowser) bootstrapAppKitForHeadlessRendering();
 }
 
-std::string ReportOutputs::write(std::size_t inputIndex, const OrvaneReport& report) const {
+std::string ReportOutputs::write(std::size_t inputIndex, const OrvaneReport& report,
+                                 std::vector<std::string>& warnings) {
   std::string forStandardOutput;
   for (const Output& output : outputs_[inputIndex]) {
-    std::string content = rendered(report, output.format, sourceDate_);
+    std::string content = renderer_.render(report, output.format, warnings);
     if (output.path.empty()) {
       forStandardOutput = std::move(content);
       continue;

@@ -24,8 +24,8 @@ struct ReportOutputOptions {
   bool isAny() const { return !files.empty() || !folder.empty() || !formats.empty(); }
 };
 
-/// `--html`, `--csv`, `--force` for commands that write the report of one input. `options` must
-/// outlive the command.
+/// `--html`, `--csv`, `--pdf`, `--force` for commands that write the report of one input. `options`
+/// must outlive the command.
 void addReportFileOptions(CLI::App& command, ReportOutputOptions& options);
 
 /// The same and `--report`, `--out`, `--formats`, for commands that measure any number of inputs.
@@ -36,8 +36,8 @@ class ReportOutputs {
  public:
   /// Plans them, and makes sure before any work is done that each can be written: no output is
   /// another one, is one of the inputs or `otherFilesRead` by whatever name, lies in a folder that
-  /// is missing or protected, or exists unless forced. Makes the folder of `--out`. Throws
-  /// `UsageError` for choices that do not go together, and `Error`.
+  /// is missing or protected, or exists unless forced; and there is a browser for PDF. Makes the
+  /// folder of `--out`. Throws `UsageError` for choices that do not go together, and `Error`.
   ReportOutputs(const ReportOutputOptions& options, std::span<const InputName> inputs,
                 std::span<const std::filesystem::path> otherFilesRead);
 
@@ -46,8 +46,10 @@ class ReportOutputs {
   bool takeStandardOutput() const noexcept { return takesStandardOutput_; }
 
   /// Writes the report of one input into its files, each whole or not at all, and returns what is
-  /// for standard output. May be called from any thread. Throws `Error`.
-  std::string write(std::size_t inputIndex, const OrvaneReport& report) const;
+  /// for standard output. `warnings` gets a sentence for everything that a reader of them may miss.
+  /// May be called from any thread. Throws `Error`.
+  std::string write(std::size_t inputIndex, const OrvaneReport& report,
+                    std::vector<std::string>& warnings);
 
  private:
   struct Output {
@@ -61,7 +63,7 @@ class ReportOutputs {
   bool isAny_ = false;
   bool takesStandardOutput_ = false;
   bool force_ = false;
-  std::optional<Date> sourceDate_{};
+  ReportRenderer renderer_;
   std::vector<std::vector<Output>> outputs_{};  ///< of each input
 };
 

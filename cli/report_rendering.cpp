@@ -1,15 +1,18 @@
 #include "cli/report_rendering.h"
 
+#include <chrono>
+
+#include "cli/interruption.h"
+#include "orvane/platform/progress.h"
 #include "orvane/report/csv_report_builder.h"
 #include "orvane/report/html_report_builder.h"
+#include "orvane/report/pdf_report_renderer.h"
 
 namespace orvane::cli {
 namespace {
 
-std::string html(const OrvaneReport& report, const std::optional<Date>& sourceDate) {
-  return HTMLReportBuilder::build(report,
-                                  sourceDate ? ReportLocale{.timeZone = "UTC"} : ReportLocale{});
-}
+/// A browser that takes longer for one page will not come to an end.
+constexpr std::chrono::minutes kPatience{2};
 
 }  // namespace
 
@@ -19,6 +22,8 @@ std::string_view rawValue(ReportFormat format) noexcept {
       return "html";
     case ReportFormat::csv:
       return "csv";
+    case ReportFormat::pdf:
+      return "pdf";
     case ReportFormat::record:
       return "report";
   }
@@ -37,23 +42,45 @@ std::string_view fileSuffix(ReportFormat format) noexcept {
       return ".html";
     case ReportFormat::csv:
       return ".csv";
+    case ReportFormat::pdf:
+      return ".pdf";
     case ReportFormat::record:
       return ".report.json";
   }
   return {};
 }
 
-std::string rendered(const OrvaneReport& report, ReportFormat format,
-                     const std::optional<Date>& sourceDate) {
+std::string ReportRenderer::render(const OrvaneReport& report, ReportFormat format,
+                                   std::vector<std::string>& warnings) {
   switch (format) {
     case ReportFormat::html:
-      return html(report, sourceDate);
+      return html(report);
     case ReportFormat::csv:
       return CSVReportBuilder::build(report);
+    case ReportFormat::pdf:
+      return pdf(report, warnings);
     case ReportFormat::record:
       return encodeJSON(report) + "\n";
   }
   return {};
+}
+
+std::string ReportRenderer::html(const OrvaneReport& report) const {
+  return HTMLReportBuilder::build(report,
+                                  sourceDate_ ? ReportLocale{.timeZone = "UTC"} : ReportLocale{});
+}
+
+std::string ReportRenderer::pdf(const OrvaneReport& report, std::vector<std::string>& warnings) {
+  /// Asked for about ten times a second, so Ctrl-C ends the browser as well.
+  class Interrupter : public ProgressObserver {
+    void onProgress(std::string_view, double) override {}
+    bool isCancelled() override { return Interruption::isRequested(); }
+  } interrupter;
+  PDFReportRenderer::Execution execution{
+      .deadline = kPatience, .session = &browser_, .warnings = &warnings, .observer = &interrupter};
+  if (sourceDate_) execution.sourceDateEpoch = sourceDate_->time_since_epoch().count();
+  const auto bytes = PDFReportRenderer::render(html(report), execution);
+  return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
 }
 
 }  // namespace orvane::cli

@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include "orvane/report/orvane_report.h"
 #include "tests/cli/program_fixture.h"
 #include "tests/support/whole_file.h"
@@ -168,6 +170,26 @@ TEST_F(ProgramReports, AreRefusedBeforeAnythingIsMeasured) {
   EXPECT_EQ(fileCount(), files);
 }
 
+TEST_F(ProgramReports, ArePrintedAsPDFOfOnePage) {
+  const auto end = analyze({"good.wav", "--pdf", "-"});
+  EXPECT_EQ(end.exitCode, 0) << end.errors;
+  EXPECT_THAT(end.output, AllOf(StartsWith("%PDF-1."), HasSubstr("/MediaBox [0 0 794 1123]")));
+}
+
+TEST_F(ProgramReports, AreAllButPDFWithoutABrowser) {
+  ProgramSetup setup;
+  setup.arguments = {"analyze", "good.wav", "--html", "r.html", "--pdf", "r.pdf"};
+  setup.environment = {"PATH=" + folder().path().string()};
+  const auto end = run(setup);
+  EXPECT_EQ(end.exitCode, 1);
+  EXPECT_THAT(end.errors, AllOf(HasSubstr("chromium-headless-shell"), EndsWith("\n")));
+  EXPECT_EQ(std::count(end.errors.begin(), end.errors.end(), '\n'), 1);
+  EXPECT_THAT(end.output, IsEmpty());
+  EXPECT_FALSE(exists("r.html"));
+  setup.arguments = {"analyze", "good.wav", "--html", "r.html"};
+  EXPECT_EQ(run(setup).exitCode, 0);
+}
+
 TEST_F(ProgramReports, ThatDoNotFitLeaveNothingBehind) {
   const auto files = fileCount();
   ProgramSetup setup;
@@ -194,11 +216,12 @@ TEST_F(ProgramReports, OfStandardInputDoNotNameAFile) {
 TEST_F(ProgramReports, AreTheSameBytesUnderASourceDate) {
   const auto bytes = [&](const char* zone) {
     ProgramSetup setup;
-    setup.arguments = {"analyze", "good.wav", "--html", "r.html", "--report", "-", "--force"};
+    setup.arguments = {"analyze", "good.wav", "--html", "r.html", "--pdf",
+                       "r.pdf",   "--report", "-",      "--force"};
     setup.environment = {"SOURCE_DATE_EPOCH=1700000000", std::string("TZ=") + zone, "LC_ALL=C"};
     const auto end = run(setup);
     EXPECT_EQ(end.exitCode, 0) << end.errors;
-    return content("r.html") + end.output;
+    return content("r.html") + content("r.pdf") + end.output;
   };
   const auto first = bytes("UTC");
   EXPECT_THAT(first, HasSubstr("\"generatedAt\":\"2023-11-14T22:13:20Z\""));
