@@ -12,6 +12,8 @@
 #include "cli/help_formatter.h"
 #include "cli/identify_command.h"
 #include "cli/interruption.h"
+#include "cli/report_command.h"
+#include "cli/targets_command.h"
 #include "cli/usage_error.h"
 #include "cli/write_signals.h"
 #include "orvane/platform/audio_file/audio_file.h"
@@ -43,6 +45,8 @@ std::unique_ptr<CLI::App> makeProgram(ChosenCommand& chosen) {
   addAnalyzeCommand(*program, chosen);
   addIdentifyCommand(*program, chosen);
   addDialogueCommand(*program, chosen);
+  addReportCommand(*program, chosen);
+  addTargetsCommand(*program, chosen);
   for (CLI::App* command : program->get_subcommands([](CLI::App*) { return true; })) {
     command->get_help_ptr()->description("Print this help");
     command->footer("");  // not the program's

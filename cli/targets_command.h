@@ -1,0 +1,10 @@
+#pragma once
+
+#include "cli/command.h"
+
+namespace orvane::cli {
+
+/// `orvane targets`: lists the delivery targets that the product knows.
+void addTargetsCommand(CLI::App& program, ChosenCommand& chosen);
+
+}  // namespace orvane::cli

@@ -1,0 +1,121 @@
+#include "orvane/core/loudness_target.h"
+#include "orvane/report/orvane_report.h"
+#include "tests/cli/program_fixture.h"
+#include "tests/support/whole_file.h"
+
+namespace orvane::cli::test {
+namespace {
+
+using ::testing::AllOf;
+using ::testing::EndsWith;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using ::testing::Not;
+using ::testing::StartsWith;
+
+class ProgramReportCommand : public ProgramTest {
+ protected:
+  ProgramReportCommand() {
+    run({"analyze", "good.wav", "--report", "r.json", "--html", "first.html", "--csv",
+         "first.csv"});
+  }
+  std::string content(const std::string& name) const {
+    return orvane::test::readFile(folder() / name);
+  }
+};
+
+TEST_F(ProgramReportCommand, RendersARecordAsItWasRenderedFirst) {
+  const auto end = run({"report", "r.json", "--html", "again.html", "--csv", "-"});
+  EXPECT_EQ(end.exitCode, 0) << end.errors;
+  EXPECT_EQ(content("again.html"), content("first.html"));
+  EXPECT_EQ(end.output, content("first.csv"));
+  EXPECT_THAT(end.errors, IsEmpty());
+}
+
+TEST_F(ProgramReportCommand, PrintsPDF) {
+  const auto end = run({"report", "r.json", "--pdf", "-"});
+  EXPECT_EQ(end.exitCode, 0) << end.errors;
+  EXPECT_THAT(end.output, StartsWith("%PDF-1."));
+}
+
+TEST_F(ProgramReportCommand, ReadsStandardInput) {
+  ProgramSetup setup;
+  setup.arguments = {"report", "-", "--csv", "-"};
+  setup.input = content("r.json");
+  EXPECT_EQ(run(setup).output, content("first.csv"));
+}
+
+TEST_F(ProgramReportCommand, NeverLandsOnItsRecord) {
+  const auto before = content("r.json");
+  std::filesystem::create_symlink("r.json", folder() / "link");
+  for (const char* output : {"r.json", "link"}) {
+    const auto end = run({"report", "r.json", "--html", output, "--force"});
+    EXPECT_EQ(end.exitCode, 1);
+    EXPECT_THAT(end.errors, StartsWith("orvane: Refusing to overwrite source file"));
+  }
+  EXPECT_EQ(content("r.json"), before);
+}
+
+TEST_F(ProgramReportCommand, TellsWhatIsWrongWithARecordInOneSentence) {
+  folder().write("cut.json", content("r.json").substr(0, 500));
+  folder().write("empty.json", "");
+  folder().write("other.json", "{\"generatedAt\":\"2024-01-31T12:00:00Z\"}");
+  folder().write("deep.json", std::string(100'000, '['));
+  for (const char* record :
+       {"cut.json", "empty.json", "other.json", "deep.json", "good.wav", "missing.json", "."}) {
+    const auto end = run({"report", record, "--html", "out.html"});
+    EXPECT_EQ(end.exitCode, 1) << record;
+    EXPECT_THAT(end.errors, EndsWith("\n"));
+    EXPECT_EQ(std::count(end.errors.begin(), end.errors.end(), '\n'), 1) << end.errors;
+    EXPECT_FALSE(std::filesystem::exists(folder() / "out.html"));
+  }
+  EXPECT_EQ(run({"report", "other.json", "--html", "out.html"}).errors,
+            "orvane: other.json: The key \"appVersion\" is missing.\n");
+}
+
+TEST_F(ProgramReportCommand, NeedsSomethingToDo) {
+  for (const auto& arguments : std::vector<std::vector<std::string>>{
+           {"report"}, {"report", "r.json"}, {"report", "r.json", "--report", "x.json"}}) {
+    const auto end = run(arguments);
+    EXPECT_EQ(end.exitCode, 2);
+    EXPECT_THAT(end.errors, EndsWith(" (see orvane report --help)\n"));
+  }
+}
+
+class ProgramTargetsCommand : public ProgramTest {};
+
+TEST_F(ProgramTargetsCommand, ListsEveryTargetOnce) {
+  const auto end = run({"targets"});
+  EXPECT_EQ(end.exitCode, 0);
+  for (const auto& target : core::LoudnessTargetCatalog::all())
+    EXPECT_THAT(end.output, HasSubstr("\n  " + target.id + " "));
+  for (const char* mode : {"music", "podcast", "vod", "broadcast"})
+    EXPECT_THAT(end.output, HasSubstr(std::string("(--mode ") + mode + ")\n"));
+  EXPECT_THAT(end.output, HasSubstr(" (unconfirmed) "));
+}
+
+TEST_F(ProgramTargetsCommand, ListsThoseOfAModeAlone) {
+  const auto end = run({"targets", "--mode", "vod"});
+  EXPECT_THAT(end.output, AllOf(HasSubstr("netflix"), Not(HasSubstr("spotify"))));
+  EXPECT_EQ(run({"targets", "--mode", "radio"}).exitCode, 2);
+}
+
+TEST_F(ProgramTargetsCommand, ListsThemAsJSONWithTheirSources) {
+  const auto documents = jsonLines(run({"targets", "--json"}).output);
+  ASSERT_EQ(documents.size(), core::LoudnessTargetCatalog::all().size());
+  for (const auto& document : documents) {
+    EXPECT_FALSE(document.at("provenance").get<std::string>().empty());
+    EXPECT_EQ(document.contains("boostBehaviour"), document.at("treatmentKind") == "penalty");
+  }
+  const auto acx = std::find_if(documents.begin(), documents.end(),
+                                [](const auto& document) { return document.at("id") == "acx"; });
+  ASSERT_NE(acx, documents.end());
+  EXPECT_EQ(acx->at("mode"), "podcast");
+  EXPECT_EQ(acx->at("source"), "rms");
+  EXPECT_EQ(acx->at("referenceLUFS"), -20.5);
+  EXPECT_EQ(acx->at("toleranceLU"), 2.5);
+  EXPECT_EQ(acx->at("noiseFloorMaxDBRMS"), -60.0);
+}
+
+}  // namespace
+}  // namespace orvane::cli::test
