@@ -2,9 +2,17 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdint>
 #include <cstring>
 #include <new>
 #include <string>
+#include <string_view>
+#include <utility>
+
+extern "C" {
+#include <libavutil/intreadwrite.h>
+#include <libavutil/mem.h>
+}
 
 #include "orvane/platform/error.h"
 
@@ -13,11 +21,26 @@ namespace {
 
 constexpr std::size_t kMostThreads = 16;
 
-/// In a chained Ogg file the headers of every later link come as packets; RFC 7845, 5.
-bool isOpusHeader(const AVCodecContext& codec, const AVPacket& packet) {
-  if (codec.codec_id != AV_CODEC_ID_OPUS || packet.size < 8) return false;
-  return std::memcmp(packet.data, "OpusHead", 8) == 0 ||
-         std::memcmp(packet.data, "OpusTags", 8) == 0;
+bool isOpusHeader(const AVPacket& packet, const char* signature) {
+  return packet.size >= 8 && std::memcmp(packet.data, signature, 8) == 0;
+}
+
+/// Whether frames are to be taken off the packet's start.
+bool hasPreSkip(const AVPacket& packet) {
+  std::size_t size = 0;
+  const std::uint8_t* side = av_packet_get_side_data(&packet, AV_PKT_DATA_SKIP_SAMPLES, &size);
+  return side != nullptr && size >= 4 && AV_RL32(side) > 0;
+}
+
+void replaceExtradata(AVCodecParameters& parameters, const AVPacket& packet) {
+  const auto size = static_cast<std::size_t>(packet.size);
+  auto* copy =
+      static_cast<std::uint8_t*>(av_mallocz(size + std::size_t{AV_INPUT_BUFFER_PADDING_SIZE}));
+  if (copy == nullptr) throw std::bad_alloc();
+  std::memcpy(copy, packet.data, size);
+  av_freep(&parameters.extradata);
+  parameters.extradata = copy;
+  parameters.extradata_size = packet.size;
 }
 
 }  // namespace
@@ -51,9 +74,12 @@ CodecContextPointer openCodec(const Demuxer& demuxer, std::size_t threadCount, i
 
 Decoder::Decoder(Demuxer& demuxer, std::size_t threadCount)
     : demuxer_(demuxer),
+      threadCount_(threadCount),
       codec_(openCodec(demuxer, threadCount)),
       packet_(makePacket()),
-      frame_(makeFrame()) {}
+      frame_(makeFrame()),
+      isChainable_(codec_->codec_id == AV_CODEC_ID_OPUS &&
+                   std::string_view(demuxer.format().iformat->name) == "ogg") {}
 
 const AVFrame* Decoder::next() {
   while (receive()) {
@@ -68,8 +94,13 @@ bool Decoder::receive() {
   for (;;) {
     const int result = avcodec_receive_frame(codec_.get(), frame_.get());
     if (result >= 0) return true;
-    if (result == AVERROR_EOF) return false;
     if (result == AVERROR(ENOMEM)) throw std::bad_alloc();
+    if (std::exchange(isBetweenLinks_, false)) {
+      // Another link is another stream, whose decoder knows nothing of the last one.
+      codec_ = openCodec(demuxer_, threadCount_);
+      continue;
+    }
+    if (result == AVERROR_EOF) return false;
     if (result != AVERROR(EAGAIN)) hasJustFailed_ = true;
     // A decoder that fails while it is drained has nothing more to give.
     if (isDraining_) return false;
@@ -78,17 +109,32 @@ bool Decoder::receive() {
 }
 
 void Decoder::send() {
-  if (demuxer_.read(*packet_)) {
-    hasMetPackets_ = true;
+  if (!std::exchange(isPacketWaiting_, false)) {
+    if (!demuxer_.read(*packet_)) {
+      avcodec_send_packet(codec_.get(), nullptr);
+      isDraining_ = true;
+      return;
+    }
     hasMetDamage_ = hasMetDamage_ || hasJustFailed_;
     hasJustFailed_ = false;
-    if (isOpusHeader(*codec_, *packet_)) return;
-    // A packet is only sent when the decoder has asked for one, so every failure is the packet's.
-    if (avcodec_send_packet(codec_.get(), packet_.get()) < 0) hasJustFailed_ = true;
-  } else {
-    avcodec_send_packet(codec_.get(), nullptr);
-    isDraining_ = true;
+    const bool isFirst = !std::exchange(hasMetPackets_, true);
+    if (!isFirst && isChainable_ && endsLink()) return;
   }
+  // A packet is only sent when the decoder has asked for one, so every failure is the packet's.
+  if (avcodec_send_packet(codec_.get(), packet_.get()) < 0) hasJustFailed_ = true;
+}
+
+/// Links of a chained Ogg file begin with headers, RFC 7845, 5. They come as packets where the
+/// links share their serial number; where they do not, only the new link's pre-skip shows.
+bool Decoder::endsLink() {
+  if (isOpusHeader(*packet_, "OpusTags")) return true;
+  const bool isHeader = isOpusHeader(*packet_, "OpusHead");
+  if (!isHeader && !hasPreSkip(*packet_)) return false;
+  if (isHeader) replaceExtradata(*demuxer_.stream().codecpar, *packet_);
+  isPacketWaiting_ = !isHeader;
+  isBetweenLinks_ = true;
+  avcodec_send_packet(codec_.get(), nullptr);
+  return true;
 }
 
 void Decoder::checkFormat() {

@@ -37,6 +37,7 @@ class Decoder {
   /// `PlatformError` when it has another rate or channel count than the first.
   const AVFrame* next();
 
+  /// Of the current link of a chained file; to be used before the next frame is asked for.
   const AVCodecContext& codec() const noexcept { return *codec_; }
   /// Whether packets before the last one were left out because they could not be decoded.
   bool hasMetDamage() const noexcept { return hasMetDamage_; }
@@ -48,15 +49,20 @@ class Decoder {
  private:
   bool receive();
   void send();
+  bool endsLink();
   void checkFormat();
 
   Demuxer& demuxer_;
+  std::size_t threadCount_;
   CodecContextPointer codec_;
   PacketPointer packet_;
   FramePointer frame_;
+  bool isChainable_;  ///< Opus in Ogg, whose decoder must be told of another link
   int sampleRate_ = 0;
   int channelCount_ = 0;
   bool isDraining_ = false;
+  bool isBetweenLinks_ = false;   ///< drained before the next link of a chained Opus file
+  bool isPacketWaiting_ = false;  ///< the next link's first one
   bool hasJustFailed_ = false;
   bool hasMetDamage_ = false;
   bool hasMetPackets_ = false;
