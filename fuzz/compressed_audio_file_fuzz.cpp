@@ -1,40 +1,15 @@
 // Opens arbitrary bytes as an audio file of any kind and reads what comes of it.
-#include <sys/mman.h>
-#include <unistd.h>
-
-#include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
-#include <filesystem>
-#include <string>
 
+#include "fuzz/memory_file.h"
+#include "fuzz/require.h"
 #include "orvane/platform/audio_file/audio_file.h"
 #include "orvane/platform/error.h"
 
 namespace {
 
-void require(bool holds) {
-  if (!holds) std::abort();
-}
-
-/// A regular file that never touches a disk.
-class MemoryFile {
- public:
-  MemoryFile(const std::uint8_t* bytes, std::size_t size)
-      : descriptor_(memfd_create("fuzz", MFD_CLOEXEC)) {
-    require(descriptor_ >= 0);
-    require(write(descriptor_, bytes, size) == static_cast<ssize_t>(size));
-  }
-  ~MemoryFile() { close(descriptor_); }
-  MemoryFile(const MemoryFile&) = delete;
-  MemoryFile& operator=(const MemoryFile&) = delete;
-
-  std::filesystem::path path() const { return "/proc/self/fd/" + std::to_string(descriptor_); }
-
- private:
-  int descriptor_;
-};
+using orvane::fuzz::require;
 
 void readToTheEnd(orvane::AudioFile& file) {
   const auto& format = file.description().dataFormat;
@@ -52,10 +27,11 @@ void readToTheEnd(orvane::AudioFile& file) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
-  const MemoryFile memory(bytes, size);
-  const auto described = orvane::describeAudioFile(memory.path());
+  static orvane::fuzz::MemoryFile memory;
+  const auto path = memory.write(bytes, size);
+  const auto described = orvane::describeAudioFile(path);
   try {
-    const auto file = orvane::AudioFile::open(memory.path());
+    const auto file = orvane::AudioFile::open(path);
     require(described.has_value());
     require(described->fileTypeID == file->description().fileTypeID);
     readToTheEnd(*file);

@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "fuzz/memory_file.h"
+#include "fuzz/require.h"
 #include "orvane/platform/audio_file/aiff_parser.h"
 #include "orvane/platform/audio_file/au_parser.h"
 #include "orvane/platform/audio_file/caf_parser.h"

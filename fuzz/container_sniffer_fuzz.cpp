@@ -2,6 +2,7 @@
 #include <cstdint>
 
 #include "fuzz/memory_file.h"
+#include "fuzz/require.h"
 #include "orvane/platform/audio_file/container_sniffer.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {

@@ -6,6 +6,7 @@
 #include <string>
 #include <string_view>
 
+#include "fuzz/require.h"
 #include "orvane/speech/dialogue_json.h"
 #include "orvane/speech/dialogue_timeline_formats.h"
 
@@ -14,9 +15,7 @@ namespace {
 using orvane::DialogueRegion;
 namespace formats = orvane::DialogueTimelineFormats;
 
-void require(bool holds) {
-  if (!holds) std::abort();
-}
+using orvane::fuzz::require;
 
 void checkSidecar(std::string_view text) {
   try {

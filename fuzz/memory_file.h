@@ -32,8 +32,4 @@ class MemoryFile {
   int descriptor_;
 };
 
-inline void require(bool holds) {
-  if (!holds) std::abort();
-}
-
 }  // namespace orvane::fuzz

@@ -6,6 +6,7 @@
 #include <span>
 #include <vector>
 
+#include "fuzz/require.h"
 #include "orvane/rawpcm/raw_pcm_import_error.h"
 #include "orvane/rawpcm/raw_pcm_reader.h"
 #include "tests/reference/sample_conversion_reference.h"
@@ -30,9 +31,7 @@ RawPCMFormat declaration(FuzzedDataProvider& provider) {
   return format;
 }
 
-void require(bool holds) {
-  if (!holds) std::abort();
-}
+using orvane::fuzz::require;
 
 /// The file's channel and frame, converted by the readable reference.
 float expectedSample(const RawPCMFormat& format, std::span<const std::byte> data,

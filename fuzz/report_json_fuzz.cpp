@@ -4,15 +4,14 @@
 #include <string>
 #include <string_view>
 
+#include "fuzz/require.h"
 #include "orvane/platform/utf8.h"
 #include "orvane/report/csv_report_builder.h"
 #include "orvane/report/html_report_builder.h"
 
 namespace {
 
-void require(bool holds) {
-  if (!holds) std::abort();
-}
+using orvane::fuzz::require;
 
 void checkReport(const orvane::OrvaneReport& report) {
   const std::string text = orvane::encodeJSON(report);
