@@ -146,6 +146,11 @@ std::string AudioFileIdentity::formatLabel() const {
   return isMisnamed() ? containerName + ", named ." + pathExtension : containerName;
 }
 
+std::string AudioFileIdentity::formatLabelOf(const std::optional<AudioFileIdentity>& identity,
+                                             const std::filesystem::path& url) {
+  return identity ? identity->formatLabel() : uppercased(orvane::pathExtension(url));
+}
+
 bool AudioFileIdentity::isRewritableInPlace() const {
   return pcmEncoding && audioContainerFromFileTypeID(containerTypeID);
 }

@@ -50,6 +50,10 @@ struct ORVANE_API AudioFileIdentity {
   /// "WAV"; "MP3, named .wav" for a misnamed file.
   std::string formatLabel() const;
 
+  /// The label of a file with this identity; the extension in upper case for one without.
+  static std::string formatLabelOf(const std::optional<AudioFileIdentity>& identity,
+                                   const std::filesystem::path& url);
+
   /// Linear PCM in one of the containers that can be written.
   bool isRewritableInPlace() const;
 };

@@ -6,7 +6,6 @@
 #include "orvane/audio/audio_file_full_read.h"
 #include "orvane/audio/audio_file_identity.h"
 #include "orvane/audio/audio_load_limits.h"
-#include "orvane/audio/extension_text.h"
 #include "orvane/core/channel_order.h"
 #include "orvane/core/pcm_buffer_allocation.h"
 #include "orvane/rawpcm/raw_pcm_file.h"
@@ -21,8 +20,9 @@ using AudioSourceReader::LoadOptions;
 
 /// A container without a code cannot be told, so the extension must do.
 std::string formatLabel(const AudioFileDescription& description, const std::filesystem::path& url) {
-  if (description.fileTypeID == 0) return uppercased(pathExtension(url));
-  return AudioFileIdentity::fromDescription(description, url).formatLabel();
+  std::optional<AudioFileIdentity> identity;
+  if (description.fileTypeID != 0) identity = AudioFileIdentity::fromDescription(description, url);
+  return AudioFileIdentity::formatLabelOf(identity, url);
 }
 
 /// How stored channels come to stand in canonical order.

@@ -182,6 +182,17 @@ TEST(AudioFileIdentity, OfACompressedWaveHasNoEncoding) {
   EXPECT_FALSE(found->isRewritableInPlace());
 }
 
+TEST(AudioFileIdentity, AFileWithoutOneIsLabelledByItsExtensionInUpperCase) {
+  const auto labelOf = [](const std::filesystem::path& path) {
+    return AudioFileIdentity::formatLabelOf(AudioFileIdentity::inspect(path), path);
+  };
+  const test::TemporaryDirectory folder;
+  EXPECT_EQ(labelOf(folder.write("noise.wav", "\x01\x02")), "WAV");
+  EXPECT_EQ(labelOf(folder / "missing.Flac"), "FLAC");
+  EXPECT_EQ(labelOf(folder / "missing"), "");
+  EXPECT_EQ(labelOf(folder.write("take.xyz", test::waveFile({}, Bytes(8)))), "WAV");
+}
+
 TEST(AudioFileIdentity, IsAbsentForWhatCannotBeRead) {
   const test::TemporaryDirectory folder;
   EXPECT_FALSE(AudioFileIdentity::inspect(folder / "missing.wav"));
