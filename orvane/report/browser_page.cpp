@@ -60,27 +60,33 @@ std::string expectString(std::string_view reply, DevToolsMessage::Keys keys,
 
 }  // namespace
 
-BrowserPage::BrowserPage(DevToolsPipe& pipe, const Patience& patience)
-    : pipe_(pipe), patience_(patience) {
-  target_ = expectString(call("Target.createTarget", R"({"url":"about:blank"})"),
+BrowserPage::BrowserPage(std::shared_ptr<HeadlessBrowser> browser, const Patience& patience)
+    : browser_(std::move(browser)) {
+  target_ = expectString(call("Target.createTarget", R"({"url":"about:blank"})", patience),
                          {"result", "targetId"}, "Target.createTarget");
   try {
-    session_ = expectString(
-        call("Target.attachToTarget",
-             R"({"targetId":)" + DevToolsMessage::quoted(target_) + R"(,"flatten":true})"),
-        {"result", "sessionId"}, "Target.attachToTarget");
-    call("Inspector.enable");  // tells of a crash
-    call("Emulation.setDeviceMetricsOverride",
-         R"({"width":794,"height":1123,"deviceScaleFactor":1,"mobile":false})");
-    call("Emulation.setScriptExecutionDisabled", R"({"value":true})");
-    call("Emulation.setEmulatedMedia", R"({"media":"print"})");
-    call("Network.enable");
-    call("Network.emulateNetworkConditions",
-         R"({"offline":true,"latency":0,"downloadThroughput":0,"uploadThroughput":0})");
+    prepare(patience);
   } catch (...) {
     close();
     throw;
   }
+}
+
+void BrowserPage::prepare(const Patience& patience) {
+  const std::string target = R"({"flatten":true,"targetId":)" + DevToolsMessage::quoted(target_);
+  session_ = expectString(call("Target.attachToTarget", target + "}", patience),
+                          {"result", "sessionId"}, "Target.attachToTarget");
+  constexpr std::pair<std::string_view, std::string_view> kSettings[] = {
+      {"Inspector.enable", "{}"},  // tells of a crash
+      {"Emulation.setDeviceMetricsOverride",
+       R"({"width":794,"height":1123,"deviceScaleFactor":1,"mobile":false})"},
+      {"Emulation.setScriptExecutionDisabled", R"({"value":true})"},
+      {"Emulation.setEmulatedMedia", R"({"media":"print"})"},
+      {"Network.enable", "{}"},
+      {"Network.emulateNetworkConditions",
+       R"({"offline":true,"latency":0,"downloadThroughput":0,"uploadThroughput":0})"},
+  };
+  for (const auto& [method, parameters] : kSettings) call(method, parameters, patience);
 }
 
 BrowserPage::~BrowserPage() {
@@ -90,33 +96,42 @@ BrowserPage::~BrowserPage() {
 void BrowserPage::close() noexcept {
   try {
     const std::string parameters = R"({"targetId":)" + DevToolsMessage::quoted(target_) + "}";
-    pipe_.post({.method = "Target.closeTarget", .parameters = parameters});
+    browser_->pipe().post({.method = "Target.closeTarget", .parameters = parameters});
   } catch (const std::exception&) {
     // Without memory for a command the page stays until the browser ends.
   }
 }
 
-std::string BrowserPage::call(std::string_view method, std::string_view parameters) {
-  return pipe_.call({.method = method, .parameters = parameters, .session = session_}, patience_);
+bool BrowserPage::isAlive() const {
+  return browser_->pipe().isOpen() && !browser_->pipe().hasCrashed(session_);
 }
 
-void BrowserPage::load(std::string_view html) {
-  const auto frame = expectString(call("Page.getFrameTree"), {"result", "frameTree", "frame", "id"},
-                                  "Page.getFrameTree");
+std::string BrowserPage::call(std::string_view method, std::string_view parameters,
+                              const Patience& patience) {
+  return browser_->pipe().call({.method = method, .parameters = parameters, .session = session_},
+                               patience);
+}
+
+void BrowserPage::load(std::string_view html, const Patience& patience) {
+  const auto frame = expectString(call("Page.getFrameTree", "{}", patience),
+                                  {"result", "frameTree", "frame", "id"}, "Page.getFrameTree");
   const auto text = DevToolsMessage::quoted(html);
   if (text.size() > kMaximumPageText)
     throw BrowserError(Case::pageTooLarge,
                        "The page is too large for the browser: " + std::to_string(html.size()) +
                            " bytes, at most " + std::to_string(kMaximumPageText) + ".");
   call("Page.setDocumentContent",
-       R"({"frameId":)" + DevToolsMessage::quoted(frame) + R"(,"html":)" + text + "}");
+       R"({"frameId":)" + DevToolsMessage::quoted(frame) + R"(,"html":)" + text + "}", patience);
 }
 
-std::optional<BrowserPage::Layout> BrowserPage::evaluate(std::string_view expression) {
+std::optional<BrowserPage::Layout> BrowserPage::evaluate(std::string_view expression,
+                                                         const Patience& patience) {
   std::string reply;
   try {
-    reply = call("Runtime.evaluate", R"({"expression":)" + DevToolsMessage::quoted(expression) +
-                                         R"(,"awaitPromise":true,"returnByValue":true})");
+    reply = call("Runtime.evaluate",
+                 R"({"expression":)" + DevToolsMessage::quoted(expression) +
+                     R"(,"awaitPromise":true,"returnByValue":true})",
+                 patience);
   } catch (const BrowserError& failure) {
     if (failure.kind() == Case::refused) return std::nullopt;
     throw;
@@ -128,15 +143,15 @@ std::optional<BrowserPage::Layout> BrowserPage::evaluate(std::string_view expres
   return layout;
 }
 
-std::optional<BrowserPage::Layout> BrowserPage::measure() {
-  return evaluate(kMeasuring);
+std::optional<BrowserPage::Layout> BrowserPage::measure(const Patience& patience) {
+  return evaluate(kMeasuring, patience);
 }
 
-void BrowserPage::clipWidth() {
-  evaluate(kClipping);
+void BrowserPage::clipWidth(const Patience& patience) {
+  evaluate(kClipping, patience);
 }
 
-std::vector<std::byte> BrowserPage::print(int height, bool firstOnly) {
+std::vector<std::byte> BrowserPage::print(int height, bool firstOnly, const Patience& patience) {
   // The browser prints 96 pixels per inch and a PDF has 72 points; scaled by 96/72 a pixel is a
   // point. Paper sizes are inches.
   const auto number = [](double value) {
@@ -145,18 +160,20 @@ std::vector<std::byte> BrowserPage::print(int height, bool firstOnly) {
     return writer.take();
   };
   const auto reply =
-      call("Page.printToPDF", R"({"scale":)" + number(96.0 / 72) + R"(,"paperWidth":)" +
-                                  number(PDFGeometry::kWidth / 72.0) + R"(,"paperHeight":)" +
-                                  number(height / 72.0) + R"(,"pageRanges":")" +
-                                  (firstOnly ? "1" : "") + kFixedPrintParameters);
-  return readStream(expectString(reply, {"result", "stream"}, "Page.printToPDF"));
+      call("Page.printToPDF",
+           R"({"scale":)" + number(96.0 / 72) + R"(,"paperWidth":)" +
+               number(PDFGeometry::kWidth / 72.0) + R"(,"paperHeight":)" + number(height / 72.0) +
+               R"(,"pageRanges":")" + (firstOnly ? "1" : "") + kFixedPrintParameters,
+           patience);
+  return readStream(expectString(reply, {"result", "stream"}, "Page.printToPDF"), patience);
 }
 
-std::vector<std::byte> BrowserPage::readStream(const std::string& stream) {
+std::vector<std::byte> BrowserPage::readStream(const std::string& stream,
+                                               const Patience& patience) {
   const std::string handle = R"({"handle":)" + DevToolsMessage::quoted(stream);
   std::vector<std::byte> bytes;
   for (bool isAtEnd = false; !isAtEnd;) {
-    const auto reply = call("IO.read", handle + R"(,"size":1048576})");
+    const auto reply = call("IO.read", handle + R"(,"size":1048576})", patience);
     const auto data = DevToolsMessage::stringAt(reply, {"result", "data"});
     const auto eof = DevToolsMessage::boolAt(reply, {"result", "eof"});
     if (!data || !eof || !DevToolsMessage::appendBase64(bytes, *data)) failReply("IO.read");
@@ -165,7 +182,7 @@ std::vector<std::byte> BrowserPage::readStream(const std::string& stream) {
     isAtEnd = *eof;
   }
   const std::string parameters = handle + "}";
-  pipe_.post({.method = "IO.close", .parameters = parameters, .session = session_});
+  browser_->pipe().post({.method = "IO.close", .parameters = parameters, .session = session_});
   return bytes;
 }
 

@@ -1,20 +1,22 @@
 #pragma once
 
 #include <cstddef>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include "orvane/platform/browser/devtools_pipe.h"
+#include "orvane/platform/browser/headless_browser.h"
 #include "orvane/platform/browser/patience.h"
+#include "orvane/platform/export.h"
 
 namespace orvane {
 
 /// A page in a browser, laid out as it will be printed: 794 CSS pixels wide, without scripts, cut
-/// off from every network. It is closed with the object. Everything throws `BrowserError` and
-/// `Cancelled`.
-class BrowserPage {
+/// off from every network. It shows one document after the other and is closed with the object.
+/// Everything throws `BrowserError` and `Cancelled`.
+class ORVANE_TESTING_API BrowserPage {
  public:
   /// How the page came out, in CSS pixels.
   struct Layout {
@@ -23,28 +25,32 @@ class BrowserPage {
     bool hasFonts = true;  ///< false when text takes no room for want of a font
   };
 
-  BrowserPage(DevToolsPipe& pipe, const Patience& patience);
+  BrowserPage(std::shared_ptr<HeadlessBrowser> browser, const Patience& patience);
   ~BrowserPage();
   BrowserPage(const BrowserPage&) = delete;
   BrowserPage& operator=(const BrowserPage&) = delete;
 
-  void load(std::string_view html);
+  const HeadlessBrowser* browser() const noexcept { return browser_.get(); }
+  /// False when it has crashed or its browser has ended.
+  bool isAlive() const;
+
+  void load(std::string_view html, const Patience& patience);
   /// Waits for fonts and pictures, then measures. Absent when the page cannot be measured.
-  std::optional<Layout> measure();
+  std::optional<Layout> measure(const Patience& patience);
   /// Cuts off what lies beyond the page's width.
-  void clipWidth();
+  void clipWidth(const Patience& patience);
   /// Prints at one point per CSS pixel on paper of this height. With `firstOnly` what does not fit
   /// is dropped, else it makes further pages.
-  std::vector<std::byte> print(int height, bool firstOnly);
+  std::vector<std::byte> print(int height, bool firstOnly, const Patience& patience);
 
  private:
+  void prepare(const Patience& patience);
   void close() noexcept;
-  std::string call(std::string_view method, std::string_view parameters = "{}");
-  std::optional<Layout> evaluate(std::string_view expression);
-  std::vector<std::byte> readStream(const std::string& stream);
+  std::string call(std::string_view method, std::string_view parameters, const Patience& patience);
+  std::optional<Layout> evaluate(std::string_view expression, const Patience& patience);
+  std::vector<std::byte> readStream(const std::string& stream, const Patience& patience);
 
-  DevToolsPipe& pipe_;
-  const Patience& patience_;
+  std::shared_ptr<HeadlessBrowser> browser_;
   std::string target_{};
   std::string session_{};
 };

@@ -5,7 +5,6 @@
 #include <memory>
 
 #include "orvane/platform/browser/browser_search.h"
-#include "orvane/platform/browser/headless_browser.h"
 #include "orvane/platform/browser/patience.h"
 #include "orvane/report/browser_page.h"
 #include "orvane/report/html_report_builder.h"
@@ -32,32 +31,21 @@ class Rendering {
   }
 
   std::vector<std::byte> run(BrowserSession& session) {
-    const auto browser = session.acquire();
-    greet(browser->pipe());
+    auto page = session.takePage(patience_);
     tell(0.1);
-    BrowserPage page(browser->pipe(), patience_);
-    page.load(html_);
+    page->load(html_, patience_);
     tell(0.3);
-    const auto layout = measure(page);
+    const auto layout = measure(*page);
     tell(0.5);
-    auto pdf = print(page, layout);
+    auto pdf = print(*page, layout);
+    session.keepPage(std::move(page));
     tell(1);
     return pdf;
   }
 
  private:
-  /// Whether it answers at all. If not, nobody is to be given this browser again.
-  void greet(DevToolsPipe& pipe) {
-    try {
-      pipe.call({.method = "Browser.getVersion"}, patience_);
-    } catch (const BrowserError& failure) {
-      pipe.giveUp(failure.kind(), failure.errorDescription());
-      throw;
-    }
-  }
-
   std::optional<BrowserPage::Layout> measure(BrowserPage& page) {
-    auto layout = page.measure();
+    auto layout = page.measure(patience_);
     if (!layout) {
       warn("The page's height could not be measured; the PDF shows its first " +
            std::to_string(PDFGeometry::kMinimumHeight) + " pixels.");
@@ -69,10 +57,10 @@ class Rendering {
           "fonts-dejavu-core.");
     if (layout->width > PDFGeometry::kWidth) {
       // The browser would shrink everything instead.
-      page.clipWidth();
+      page.clipWidth(patience_);
       warn("The page is wider than " + std::to_string(PDFGeometry::kWidth) +
            " pixels; the PDF does not show what lies beyond.");
-      layout = page.measure();
+      layout = page.measure(patience_);
     }
     return layout;
   }
@@ -85,7 +73,7 @@ class Rendering {
     const int height = std::max(static_cast<int>(measured), PDFGeometry::kMinimumHeight);
     int pageCount = 0;
     for (int growth = 0; growth <= kMaximumGrowth; ++growth) {
-      PDFDocument document(page.print(height + growth, !layout));
+      PDFDocument document(page.print(height + growth, !layout, patience_));
       pageCount = document.pageCount();
       if (pageCount < 1) break;
       if (pageCount > 1) continue;

@@ -193,6 +193,31 @@ TEST_F(PDFRendererFailure, OfASessionsBrowserDoesNotReachTheNextRendering) {
   EXPECT_THAT(textOf(PDFReportRenderer::render("x", execution)), HasSubstr("[0 0 794 1123]"));
 }
 
+TEST_F(PDFRendererFailure, MakesASessionTakeAnotherPage) {
+  const auto pagesFor = [&](const char* script, int renderings) {
+    const FakeBrowser fake(script);
+    fake.answerWith(SamplePDF{}.text());
+    BrowserSession session(fake.program());
+    for (int i = 0; i < renderings; ++i) {
+      try {
+        PDFReportRenderer::render("x", {.deadline = kLongEnough, .session = &session});
+      } catch (const BrowserError& error) {
+        EXPECT_EQ(error.kind(), Case::refused);
+      }
+    }
+    int count = 0;
+    const auto commands = fake.commands();
+    for (auto at = commands.find("Target.createTarget"); at != std::string::npos;
+         at = commands.find("Target.createTarget", at + 1))
+      ++count;
+    return count;
+  };
+  EXPECT_EQ(pagesFor("", 3), 1);
+  EXPECT_EQ(pagesFor("error Page.printToPDF", 3), 3);
+  // It crashes when the rendering is over and nobody waits for it.
+  EXPECT_EQ(pagesFor("crash IO.close", 3), 3);
+}
+
 TEST_F(PDFRendererFailure, ReplacesASessionsBrowserThatDoesNotAnswer) {
   const FakeBrowser fake("silent Browser.getVersion");
   fake.answerWith(SamplePDF{}.text());

@@ -264,6 +264,26 @@ TEST_F(PDFReportRendererTest, RenderingsAtOnceDoNotShareAnything) {
   }
 }
 
+TEST_F(PDFReportRendererTest, ARenderingOfASessionLeavesNothingToTheNext) {
+  BrowserSession session;
+  const PDFReportRenderer::Execution execution{
+      .deadline = kLongEnough, .session = &session, .sourceDateEpoch = 0, .warnings = &warnings_};
+  const std::string page = "<!DOCTYPE html><title>Next</title><p>Plain";
+  const auto alone = render(page);
+  PDFReportRenderer::render(
+      "<!DOCTYPE html><title>Wide</title><style>*{color:red;margin:50px}@page{size:A6}</style>"
+      "<base href='http://127.0.0.1/'><body id=b style='height:9000px;width:2000px'>Former",
+      execution);
+  EXPECT_EQ(warnings_.size(), 1U);
+  warnings_.clear();
+  const auto next = PDFReportRenderer::render(page, execution);
+  EXPECT_EQ(geometry(next), "1: 794 x 1123");
+  EXPECT_EQ(picture(next), picture(alone));
+  EXPECT_EQ(text(next), text(alone));
+  EXPECT_THAT(textOf(next), HasSubstr("/Title (Next)"));
+  EXPECT_THAT(warnings_, IsEmpty());
+}
+
 TEST_F(PDFReportRendererTest, ASessionServesManyRenderingsAndLeavesNothing) {
   {
     BrowserSession session;

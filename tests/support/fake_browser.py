@@ -38,7 +38,7 @@ def result(command):
     if method == "Target.createTarget":
         return {"targetId": "T"}
     if method == "Target.attachToTarget":
-        return {"sessionId": "S"}
+        return {"sessionId": f"S{command['id']}"}
     if method == "Page.getFrameTree":
         return {"frameTree": {"frame": {"id": "F"}}}
     if method == "Runtime.evaluate":
@@ -64,7 +64,8 @@ def answer(command, log):
     if BEHAVIOUR == "error" and method == ARGUMENT:
         reply = text_of({"id": command["id"], "error": {"code": -1, "message": "No such thing"}})
     elif BEHAVIOUR == "crash" and method == ARGUMENT:
-        reply = text_of({"method": "Inspector.targetCrashed", "params": {}, "sessionId": "S"})
+        reply = text_of({"method": "Inspector.targetCrashed", "params": {},
+                         "sessionId": command["sessionId"]})
     elif BEHAVIOUR == "silent" and method == ARGUMENT:
         return
     elif BEHAVIOUR == "die" and method == ARGUMENT:

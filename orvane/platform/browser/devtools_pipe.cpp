@@ -42,6 +42,10 @@ class SignalsBlocked {
   sigset_t before_{};
 };
 
+BrowserError crash() {
+  return {Case::ended, "The browser's page crashed."};
+}
+
 bool isWorthARetry(int code) {
   return code == EAGAIN || code == EWOULDBLOCK || code == EINTR;
 }
@@ -74,6 +78,8 @@ std::int64_t DevToolsPipe::enqueue(const DevToolsMessage::Command& command) {
 std::string DevToolsPipe::call(const DevToolsMessage::Command& command, const Patience& patience) {
   std::unique_lock lock(mutex_);
   if (failure_) throw BrowserError(*failure_);
+  // It would not answer, and its end has been told already.
+  if (crashed_.contains(command.session)) throw crash();
   const std::int64_t id = enqueue(command);
   Waiting& waiting = waiting_[id];
   waiting.session = command.session;
@@ -111,6 +117,11 @@ void DevToolsPipe::post(const DevToolsMessage::Command& command) {
 bool DevToolsPipe::isOpen() const {
   const std::lock_guard lock(mutex_);
   return !failure_;
+}
+
+bool DevToolsPipe::hasCrashed(const std::string& session) const {
+  const std::lock_guard lock(mutex_);
+  return crashed_.contains(session);
 }
 
 void DevToolsPipe::giveUp(Case kind, const std::string& why) {
@@ -211,9 +222,9 @@ void DevToolsPipe::dispatch(std::string message) {
 
 void DevToolsPipe::failSession(const std::string& session) {
   const std::lock_guard lock(mutex_);
+  crashed_.insert(session);
   for (auto& [id, waiting] : waiting_)
-    if (waiting.session == session && !waiting.reply)
-      waiting.failure = BrowserError(Case::ended, "The browser's page crashed.");
+    if (waiting.session == session && !waiting.reply) waiting.failure = crash();
   answered_.notify_all();
 }
 

@@ -4,10 +4,12 @@
 #include <cstddef>
 #include <cstdint>
 #include <deque>
+#include <functional>
 #include <map>
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <thread>
@@ -50,6 +52,8 @@ class ORVANE_TESTING_API DevToolsPipe {
 
   /// False after the first failure of the connection; every call then throws that failure.
   bool isOpen() const;
+  /// Whether a page has crashed; calls to it then fail at once.
+  bool hasCrashed(const std::string& session) const;
   /// Makes the connection fail, e.g. when the browser answers no more.
   void giveUp(BrowserError::Case kind, const std::string& why);
 
@@ -86,6 +90,7 @@ class ORVANE_TESTING_API DevToolsPipe {
   std::condition_variable answered_{};
   std::deque<std::string> queue_{};
   std::map<std::int64_t, Waiting> waiting_{};
+  std::set<std::string, std::less<>> crashed_{};
   std::optional<BrowserError> failure_{};
   std::int64_t lastId_ = 0;
   bool stops_ = false;

@@ -122,6 +122,11 @@ TEST_F(HeadlessBrowserTest, TellsOfACrashedPage) {
   EXPECT_EQ(failureOf(browser.pipe(), "Page.x"),
             BrowserError(Case::ended, "The browser's page crashed."));
   EXPECT_TRUE(browser.pipe().isOpen());
+  EXPECT_TRUE(browser.pipe().hasCrashed("S"));
+  // A crashed page answers nothing; other pages do.
+  EXPECT_EQ(failureOf(browser.pipe(), "Page.y"),
+            BrowserError(Case::ended, "The browser's page crashed."));
+  EXPECT_NO_THROW(browser.pipe().call({.method = "Page.y", .session = "T"}, forSeconds(60)));
 }
 
 TEST_F(HeadlessBrowserTest, RefusesWhatIsNoReply) {
