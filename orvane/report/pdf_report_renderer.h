@@ -23,8 +23,8 @@ namespace orvane {
 /// threads may render at once.
 ///
 /// Everything throws `BrowserError`, `PlatformError` for a browser that cannot be started or a
-/// temporary folder that cannot be written, and `Cancelled`. Whatever happens, no process and no
-/// file stays behind.
+/// temporary folder that cannot be written, and `Cancelled`. Also then no process and no file
+/// stays behind.
 namespace PDFReportRenderer {
 
 /// How to render; nothing of it changes what a reader of the PDF sees.
