@@ -170,10 +170,11 @@ ExitCode runAnalyze(const AnalyzeOptions& options, Console& console) {
   // No sidecar lies beside standard input.
   const auto files = options.dialogue ? DialogueSidecarFile::resolve(options.files)
                                       : FileList::resolve(options.files, standardInput);
+  options.parts.requireSense(files.size(), options.rawFormat.has_value());
   ReportOutputs outputs(options.outputs, files, otherFilesRead(options, files));
   if (outputs.takeStandardOutput() && options.json)
     throw UsageError("--json and a report cannot both go to standard output");
-  const ReportParts parts(options.parts, files.size());
+  const ReportParts parts(options.parts);
   const auto jobs = std::min(static_cast<std::size_t>(options.jobs), files.size());
   const std::size_t threads = JobRunner::threadsPerJob(jobs);
   const Layout layout = layoutOf(options, outputs);

@@ -29,7 +29,6 @@ constexpr double kDurationTolerance = 1;
 
 /// Far beyond any programme, on either side.
 constexpr double kHighestLevel = 100;
-constexpr double kLargestTolerance = 100;
 
 void addLevel(CLI::App& command, const char* name, std::optional<float>& target,
               const char* description) {
@@ -81,14 +80,7 @@ void addReportPartOptions(CLI::App& command, ReportPartOptions& options) {
            "Mark where the momentary loudness exceeds this");
   addLevel(command, "--max-short-term", options.maxShortTermLUFS,
            "Mark where the short-term loudness exceeds this");
-  addNumberOption(
-      command,
-      {.name = "--chapter-tolerance",
-       .argument = "LU",
-       .group = kGroup,
-       .highest = kLargestTolerance,
-       .description = "Flag chapters that differ by more than this from the median (2)"},
-      [&options](double value) { options.chapterToleranceLU = static_cast<float>(value); });
+  addChapterOptions(command, options.chapters, kGroup);
   command
       .add_option(
           "--music", options.musicFile,
@@ -109,15 +101,22 @@ void addReportPartOptions(CLI::App& command, ReportPartOptions& options) {
       ->group(kGroup);
 }
 
-ReportParts::ReportParts(const ReportPartOptions& options, std::size_t inputCount)
-    : options_(options), sourceDate_(sourceDate()) {
-  if (inputCount > 1 && !options.musicFile.empty()) throw UsageError("--music is for one FILE");
+void ReportPartOptions::requireSense(std::size_t inputCount, bool isRaw) const {
+  if (inputCount > 1 && !musicFile.empty()) throw UsageError("--music is for one FILE");
+  if (inputCount > 1 && !chapters.listFile.empty()) throw UsageError("--chapters is for one FILE");
+  if (isRaw && chapters.areInFile)
+    throw UsageError("headerless files hold no chapters for --chapters-from-file");
+}
+
+ReportParts::ReportParts(const ReportPartOptions& options)
+    : options_(options), sourceDate_(sourceDate()), chapters_(options.chapters) {
   if (!options.musicFile.empty()) music_ = readMusic(options.musicFile);
 }
 
 std::vector<std::filesystem::path> ReportParts::filesRead(const ReportPartOptions& options) {
   std::vector<std::filesystem::path> files;
   if (!options.musicFile.empty()) files.emplace_back(options.musicFile);
+  if (!options.chapters.listFile.empty()) files.emplace_back(options.chapters.listFile);
   return files;
 }
 
@@ -199,18 +198,18 @@ void ReportParts::addMusic(ReportInputs& inputs, MeasuredFile& file) const {
       MusicSectionLoudness::compute(powers, kBlockSeconds, inputs.musicAnalysis->sections);
 }
 
-void ReportParts::addChapters(ReportInputs& inputs, const MeasuredFile& file,
+void ReportParts::addChapters(ReportInputs& inputs, MeasuredFile& file,
                               const SelectionMeasurement::Execution& execution) const {
-  if (!inputs.musicAnalysis) return;
-  const auto spans = ChapterMeasurement::spansOfSections(inputs.musicAnalysis->sections,
-                                                         file.result.durationSeconds);
-  inputs.chapters =
-      ChapterMeasurement::measure(*file.result.buffer, spans, file.result.speechHistory, execution);
-  inputs.chapterOrigin = "music";
+  const auto chapters =
+      chapters_.chaptersOf(file, inputs.musicAnalysis ? &*inputs.musicAnalysis : nullptr);
+  if (chapters.spans.empty()) return;
+  inputs.chapters = ChapterMeasurement::measure(*file.result.buffer, chapters.spans,
+                                                file.result.speechHistory, execution);
   if (file.isDualMono)
     for (core::Chapter& chapter : inputs.chapters) raise(chapter, kDualMonoGainLU);
+  inputs.chapterOrigin = chapters.origin;
   inputs.chapterMedianLUFS = ChapterMeasurement::medianLUFS(inputs.chapters);
-  inputs.chapterDeviationThresholdLU = options_.chapterToleranceLU;
+  inputs.chapterDeviationThresholdLU = options_.chapters.toleranceLU;
 }
 
 }  // namespace orvane::cli

@@ -2,11 +2,13 @@
 
 #include <CLI/CLI.hpp>
 #include <cstddef>
+#include <cstddef>
 #include <filesystem>
 #include <optional>
 #include <string>
 #include <vector>
 
+#include "cli/chapter_options.h"
 #include "cli/measured_file.h"
 #include "cli/selection_option.h"
 #include "orvane/analysis/selection_measurement.h"
@@ -17,18 +19,21 @@ namespace orvane::cli {
 /// What is measured and reported of a file beside its own figures.
 struct ReportPartOptions {
   std::optional<SelectionOption> selection{};
-  std::optional<float> maxMomentaryLUFS{};   ///< louder moments are violations
-  std::optional<float> maxShortTermLUFS{};   ///< likewise
-  std::string musicFile{};                   ///< a music analysis; empty for none
-  float chapterToleranceLU = 2;              ///< from the chapters' median
+  std::optional<float> maxMomentaryLUFS{};  ///< louder moments are violations
+  std::optional<float> maxShortTermLUFS{};  ///< likewise
+  std::string musicFile{};                  ///< a music analysis; empty for none
+  ChapterOptions chapters{};
   std::vector<std::string> channelLabels{};  ///< empty: those of the file
 
   bool isAny() const {
     return selection || maxMomentaryLUFS || maxShortTermLUFS || !musicFile.empty() ||
-           !channelLabels.empty();
+           chapters.isAny() || !channelLabels.empty();
   }
+  /// Throws `UsageError` for what does not go together. `isRaw`: the files are headerless.
+  void requireSense(std::size_t inputCount, bool isRaw) const;
+
   /// Parts that are measured from the audio itself, after the whole file.
-  bool needsAudio() const { return selection || !musicFile.empty(); }
+  bool needsAudio() const { return selection || chapters.isAny() || !musicFile.empty(); }
 };
 
 /// `options` must outlive the command.
@@ -37,9 +42,8 @@ void addReportPartOptions(CLI::App& command, ReportPartOptions& options);
 /// The parts, with what was read for them.
 class ReportParts {
  public:
-  /// Reads the lists that the options name. Throws `UsageError` for what does not go together, and
-  /// `Error`.
-  ReportParts(const ReportPartOptions& options, std::size_t inputCount);
+  /// Reads the lists that the options name. Throws `Error`.
+  explicit ReportParts(const ReportPartOptions& options);
 
   /// The files that were read.
   static std::vector<std::filesystem::path> filesRead(const ReportPartOptions& options);
@@ -55,12 +59,13 @@ class ReportParts {
                     const SelectionMeasurement::Execution& execution) const;
   void addViolations(ReportInputs& inputs) const;
   void addMusic(ReportInputs& inputs, MeasuredFile& file) const;
-  void addChapters(ReportInputs& inputs, const MeasuredFile& file,
+  void addChapters(ReportInputs& inputs, MeasuredFile& file,
                    const SelectionMeasurement::Execution& execution) const;
 
   ReportPartOptions options_;
   std::optional<Date> sourceDate_{};
   std::optional<MusicAnalysisResult> music_{};
+  ChapterSource chapters_;
 };
 
 }  // namespace orvane::cli

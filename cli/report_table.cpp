@@ -142,7 +142,7 @@ std::string chapters(const ReportChapterTable& part, const Console& console) {
     const auto difference = entry.deviationFromMedianLU;
     const bool isFlagged = difference && std::abs(*difference) > part.deviationThresholdLU;
     const Style style = isFlagged ? Style::red : Style::plain;
-    table.addRow({{std::to_string(entry.index + 1)},
+    table.addRow({{std::to_string(entry.index)},
                   {TerminalText::shortened(TerminalText::escaped(entry.name), kNameColumns)},
                   {span(entry.startSec, entry.endSec)},
                   {level(entry.integratedLUFS), style},

@@ -1,6 +1,7 @@
 // Gives arbitrary bytes to every container parser, and reads the audio that they claim.
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstdint>
 
 #include "fuzz/memory_file.h"
@@ -9,9 +10,12 @@
 #include "orvane/platform/audio_file/au_parser.h"
 #include "orvane/platform/audio_file/caf_parser.h"
 #include "orvane/platform/audio_file/container_sniffer.h"
+#include "orvane/platform/audio_file/embedded_chapters.h"
+#include "orvane/platform/audio_file/marker_chunks.h"
 #include "orvane/platform/audio_file/riff_parser.h"
 #include "orvane/platform/audio_file/wave64_parser.h"
 #include "orvane/platform/error.h"
+#include "orvane/platform/utf8.h"
 
 namespace {
 
@@ -31,6 +35,21 @@ void checkStream(const PCMStream& stream, const InputFile& file) {
   require(format.bytesPerFrame == stream.sample.bytes * format.channelsPerFrame);
   require(stream.dataOffset <= file.size());
   require(stream.frameCount <= (file.size() - stream.dataOffset) / format.bytesPerFrame);
+}
+
+/// Every parser's chunks are given to every reader of markers.
+void checkMarkers(const PCMStream& stream, const InputFile& file) {
+  const auto check = [](const std::vector<ChapterMark>& marks) {
+    require(marks.size() <= kMaximumEmbeddedChapters);
+    for (const ChapterMark& mark : marks) {
+      require(std::isfinite(mark.startSeconds) && mark.startSeconds >= 0);
+      require(isValidUTF8(mark.name));
+    }
+  };
+  check(MarkerChunks::ofRIFF(file, stream, std::endian::little));
+  check(MarkerChunks::ofRIFF(file, stream, std::endian::big));
+  check(MarkerChunks::ofAIFF(file, stream));
+  check(MarkerChunks::ofCAF(file, stream));
 }
 
 bool isLinearPCM(const InputFile& file, FourCC container, std::uint64_t start) {
@@ -70,7 +89,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
   const InputFile file(path);
   for (const auto parse : {parseRIFF, parseWave64, parseAIFF, parseCAF, parseAU}) {
     try {
-      checkStream(parse(file, 0), file);
+      const PCMStream stream = parse(file, 0);
+      checkStream(stream, file);
+      checkMarkers(stream, file);
     } catch (const PlatformError&) {
     }
   }

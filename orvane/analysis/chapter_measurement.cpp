@@ -46,8 +46,8 @@ std::vector<ChapterSpan> spansOf(std::vector<ChapterMark> marks, double duration
     const double start = std::max(marks[i].startSeconds, 0.0);
     const double end = std::min(marks[i].endSeconds.value_or(next), duration);
     if (!(start < end)) continue;  // nor what is no number
-    const auto index = static_cast<std::int64_t>(spans.size());
-    const std::string number = std::to_string(index + 1);
+    const auto index = static_cast<std::int64_t>(spans.size() + 1);
+    const std::string number = std::to_string(index);
     spans.push_back({index, marks[i].name.empty() ? "Chapter " + number : std::move(marks[i].name),
                      start, end});
   }
@@ -58,8 +58,8 @@ std::vector<ChapterSpan> spansOfSections(std::span<const MusicAnalysisResult::Ti
                                          double duration) {
   std::vector<ChapterSpan> spans;
   for (const auto& tile : MusicSectionChapters::tile(sections, duration, kMinimumSectionSeconds)) {
-    const auto index = static_cast<std::int64_t>(spans.size());
-    spans.push_back({index, "Section " + std::to_string(index + 1), tile.start, tile.end});
+    const auto index = static_cast<std::int64_t>(spans.size() + 1);
+    spans.push_back({index, "Section " + std::to_string(index), tile.start, tile.end});
   }
   return spans;
 }

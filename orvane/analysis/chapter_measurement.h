@@ -5,16 +5,16 @@
 #include <vector>
 
 #include "orvane/analysis/selection_measurement.h"
-#include "orvane/audio/chapter_mark.h"
 #include "orvane/core/chapter.h"
 #include "orvane/music/music_analysis_result.h"
+#include "orvane/platform/audio_file/chapter_mark.h"
 #include "orvane/platform/export.h"
 #include "orvane/platform/pcm_buffer.h"
 
 /// Chapters of a file: where they lie and how loud each is.
 namespace orvane::ChapterMeasurement {
 
-/// The chapters that marks make in a file of `duration` seconds, numbered from 0 in the order of
+/// The chapters that marks make in a file of `duration` seconds, numbered from 1 in the order of
 /// their starts. A mark without an end lasts until the next one starts, the last to the end of the
 /// file. Ends are cut to the file; what has no length then, or starts beyond the file, is left out.
 /// A chapter without a name is called "Chapter 1", "Chapter 2" … by its number.

@@ -67,6 +67,20 @@ std::string wellFormedUTF8(std::string_view text) {
   return result;
 }
 
+std::string utf8FromLatin1(std::string_view text) {
+  std::string result;
+  for (const char c : text) {
+    const auto byte = static_cast<unsigned char>(c);
+    if (byte < 0x80) {
+      result += c;
+    } else {
+      result += static_cast<char>(0xC0U | (byte >> 6U));
+      result += static_cast<char>(0x80U | (byte & 0x3FU));
+    }
+  }
+  return result;
+}
+
 bool isDeceptive(char32_t character) noexcept {
   return std::any_of(kDeceptive.begin(), kDeceptive.end(),
                      [character](const CharacterRange& range) {

@@ -29,6 +29,9 @@ ORVANE_API UTF8Character firstUTF8Character(std::string_view text) noexcept;
 /// The text with every malformed byte replaced by U+FFFD.
 ORVANE_API std::string wellFormedUTF8(std::string_view text);
 
+/// The UTF-8 form of text in ISO 8859-1, where each byte is the character of its number.
+ORVANE_API std::string utf8FromLatin1(std::string_view text);
+
 /// Controls, marks that change the direction of writing and characters without a shape: what could
 /// make a line read as something else than it is. The joiners, which many scripts need, are not.
 ORVANE_API bool isDeceptive(char32_t character) noexcept;

@@ -1,29 +1,18 @@
 #pragma once
 
-#include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include "orvane/platform/error.h"
 #include "orvane/platform/export.h"
+#include "orvane/platform/text_list_error.h"
 #include "orvane/speech/dialogue_region.h"
 
 namespace orvane {
 
 /// A list of regions that cannot be read: "Line 3: …".
-class ORVANE_API DialogueTimelineError : public Error {
- public:
-  DialogueTimelineError(std::size_t line, const std::string& problem);
-  ~DialogueTimelineError() override;
-
-  /// Counted from 1; of a record over several lines, the first.
-  std::size_t line() const noexcept { return line_; }
-
- private:
-  std::size_t line_;
-};
+using DialogueTimelineError = TextListError;
 
 /// Lists of regions in the forms of other programs, as UTF-8. Both carry start, end and label; the
 /// regions read from them are new ones without a detector's span. Times are seconds, 0 or more, and

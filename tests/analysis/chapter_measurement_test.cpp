@@ -20,37 +20,37 @@ constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
 TEST(ChapterSpans, LastUntilTheNextMarkAndTheEndOfTheFile) {
   EXPECT_EQ(spansOf({{0, {}, "One"}, {10, {}, "Two"}}, 25),
-            (Spans{{0, "One", 0, 10}, {1, "Two", 10, 25}}));
+            (Spans{{1, "One", 0, 10}, {2, "Two", 10, 25}}));
 }
 
 TEST(ChapterSpans, KeepTheEndsThatMarksHave) {
-  EXPECT_EQ(spansOf({{1, 5, "A"}, {4, 30, "B"}}, 25), (Spans{{0, "A", 1, 5}, {1, "B", 4, 25}}));
+  EXPECT_EQ(spansOf({{1, 5, "A"}, {4, 30, "B"}}, 25), (Spans{{1, "A", 1, 5}, {2, "B", 4, 25}}));
 }
 
 TEST(ChapterSpans, AreInTheOrderOfTheirStarts) {
   EXPECT_EQ(spansOf({{10, {}, "Two"}, {0, {}, "One"}}, 25),
-            (Spans{{0, "One", 0, 10}, {1, "Two", 10, 25}}));
+            (Spans{{1, "One", 0, 10}, {2, "Two", 10, 25}}));
 }
 
 TEST(ChapterSpans, LeaveOutWhatHasNoLengthInTheFile) {
   EXPECT_EQ(
       spansOf({{5, 5, "empty"}, {25, {}, "at the end"}, {99, {}, "behind"}, {kNaN, {}, "x"}}, 25),
       Spans{});
-  EXPECT_EQ(spansOf({{3, {}, "first"}, {3, {}, "second"}}, 25), (Spans{{0, "second", 3, 25}}));
+  EXPECT_EQ(spansOf({{3, {}, "first"}, {3, {}, "second"}}, 25), (Spans{{1, "second", 3, 25}}));
   EXPECT_EQ(spansOf({}, 25), Spans{});
   EXPECT_EQ(spansOf({{0, {}, "x"}}, 0), Spans{});
 }
 
 TEST(ChapterSpans, WithoutANameAreNumbered) {
   EXPECT_EQ(spansOf({{0, {}, ""}, {1, {}, "x"}, {2, {}, ""}}, 3),
-            (Spans{{0, "Chapter 1", 0, 1}, {1, "x", 1, 2}, {2, "Chapter 3", 2, 3}}));
+            (Spans{{1, "Chapter 1", 0, 1}, {2, "x", 1, 2}, {3, "Chapter 3", 2, 3}}));
 }
 
 TEST(ChapterSpans, OfSectionsCoverTheFile) {
   using Section = MusicAnalysisResult::TimeSpan;
   const std::vector<Section> sections = {{0, 40}, {40, 42}, {42, 175}, {175, 180}};
   EXPECT_EQ(spansOfSections(sections, 180),
-            (Spans{{0, "Section 1", 0, 40}, {1, "Section 2", 40, 180}}));
+            (Spans{{1, "Section 1", 0, 40}, {2, "Section 2", 40, 180}}));
   EXPECT_EQ(spansOfSections({}, 180), Spans{});
 }
 
@@ -96,7 +96,7 @@ TEST(ChapterMeasurementTest, MeasuresEachChapterAndTellsOfAllTogether) {
   const auto quiet = test::sine(kRate, 997, 0.01, 20 * kRate);
   samples.insert(samples.end(), quiet.begin(), quiet.end());
   const auto file = test::RawProgramme(kRate, {samples}).analyze();
-  const Spans spans = {{0, "loud", 0, 20}, {1, "quiet", 20, 40}};
+  const Spans spans = {{1, "loud", 0, 20}, {2, "quiet", 20, 40}};
   Watcher watcher;
   const auto chapters =
       ChapterMeasurement::measure(*file.buffer, spans, std::nullopt, {.observer = &watcher});

@@ -71,6 +71,11 @@ std::optional<AudioFileDescription> describeCompressedAudioFile(const std::files
   }
 }
 
+std::vector<ChapterMark> compressedFileChapters(const std::filesystem::path& path,
+                                                FourCC containerHint) {
+  return ffmpegModule(path).chapters(path, containerHint);
+}
+
 std::optional<std::string> ffmpegVersion() {
   const FFmpegModule* const module = loadedModule().module;
   return module != nullptr ? std::optional<std::string>(module->version()) : std::nullopt;

@@ -3,8 +3,10 @@
 #include <filesystem>
 #include <memory>
 #include <optional>
+#include <vector>
 
 #include "orvane/platform/audio_file/audio_file.h"
+#include "orvane/platform/audio_file/chapter_mark.h"
 
 namespace orvane {
 
@@ -18,5 +20,9 @@ std::unique_ptr<AudioFile> openCompressedAudioFile(const std::filesystem::path& 
 /// The description alone, without preparing to decode; absent for what cannot be read.
 std::optional<AudioFileDescription> describeCompressedAudioFile(const std::filesystem::path& path,
                                                                 FourCC containerHint);
+
+/// The chapters of its container, in the order of the file. Throws `PlatformError`.
+std::vector<ChapterMark> compressedFileChapters(const std::filesystem::path& path,
+                                                FourCC containerHint);
 
 }  // namespace orvane

@@ -47,4 +47,8 @@ FourCC HeaderFields::fourCC(std::size_t at) const {
   return code;
 }
 
+std::string HeaderFields::text(std::size_t at, std::size_t size) const {
+  return {reinterpret_cast<const char*>(checked(at, size)), size};
+}
+
 }  // namespace orvane

@@ -3,6 +3,7 @@
 #include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <string>
 #include <vector>
 
 #include "orvane/platform/four_cc.h"
@@ -29,6 +30,8 @@ class HeaderFields {
   double float80(std::size_t at) const;
   /// Four characters as they stand, whatever the byte order.
   FourCC fourCC(std::size_t at) const;
+  /// The bytes as they stand.
+  std::string text(std::size_t at, std::size_t size) const;
 
  private:
   std::uint64_t unsignedAt(std::size_t at, std::size_t size) const;

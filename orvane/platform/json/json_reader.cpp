@@ -132,6 +132,10 @@ bool Reader::nextElement() {
   return true;
 }
 
+bool Reader::isAtArray() {
+  return peek() == '[';
+}
+
 bool Reader::skipNull() {
   return take("null");
 }

@@ -25,6 +25,9 @@ class Reader {
   /// Whether the open array has one more value to read.
   bool nextElement();
 
+  /// Whether an array comes next.
+  bool isAtArray();
+
   /// Passes over a null, if one comes next.
   bool skipNull();
   /// Passes over any value.

@@ -3,8 +3,10 @@
 #include <filesystem>
 #include <memory>
 #include <optional>
+#include <vector>
 
 #include "orvane/platform/audio_file/audio_file.h"
+#include "orvane/platform/audio_file/chapter_mark.h"
 #include "orvane/platform/four_cc.h"
 
 namespace orvane {
@@ -19,6 +21,8 @@ struct FFmpegModule {
                                      const AudioFileOpenOptions& options, FourCC containerHint);
   /// Throws `PlatformError` for what cannot be read or is no audio file.
   AudioFileDescription (*describe)(const std::filesystem::path& path, FourCC containerHint);
+  /// In the order of the file. Throws `PlatformError` likewise.
+  std::vector<ChapterMark> (*chapters)(const std::filesystem::path& path, FourCC containerHint);
   /// FFmpeg's version.
   const char* (*version)();
 };
@@ -28,6 +32,6 @@ using FFmpegModuleFactory = const FFmpegModule* (*)(int version);
 
 inline constexpr const char* kFFmpegModuleFile = "orvane_ffmpeg.so";
 inline constexpr const char* kFFmpegModuleFactory = "orvaneFFmpegModule";
-inline constexpr int kFFmpegModuleVersion = 1;
+inline constexpr int kFFmpegModuleVersion = 2;
 
 }  // namespace orvane
