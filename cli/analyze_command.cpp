@@ -17,6 +17,7 @@
 #include "cli/report_parts.h"
 #include "cli/report_table.h"
 #include "cli/sample_rate_limits.h"
+#include "cli/speech_model.h"
 #include "cli/target_options.h"
 #include "cli/usage_error.h"
 #include "cli/vad_tuning_options.h"
@@ -166,6 +167,8 @@ class ResultPrinter {
 
 ExitCode runAnalyze(const AnalyzeOptions& options, Console& console) {
   options.targets.requireSense(options.speech || options.dialogue);
+  if (options.targets.enforce && options.speech && options.targets.needSpeech())
+    requireSpeechModel();
   StandardInput standardInput;
   // No sidecar lies beside standard input.
   const auto files = options.dialogue ? DialogueSidecarFile::resolve(options.files)

@@ -8,13 +8,12 @@
 #include "cli/number_text.h"
 #include "cli/progress_bar.h"
 #include "cli/sample_rate_limits.h"
+#include "cli/speech_model.h"
 #include "cli/terminal_text.h"
 #include "cli/vad_tuning_options.h"
 #include "orvane/audio/audio_stream.h"
 #include "orvane/platform/error.h"
-#include "orvane/platform/module_location.h"
 #include "orvane/platform/utf8.h"
-#include "orvane/report/orvane_resources.h"
 #include "orvane/speech/silero_vad_analyser.h"
 #include "orvane/speech/speech_input_maker.h"
 
@@ -34,16 +33,6 @@ struct DetectOptions {
 [[noreturn]] void throwWhyNothingWasDetected(const InputName& file) {
   const VadManager probe{VadManager::Config{}};  // throws when it is the model
   throw PlatformError(file.path, "the speech detector gave no result");
-}
-
-/// Told once, before anything is loaded.
-void requireModel() {
-  if (OrvaneResources::url("silero_vad_v6", "onnx")) return;
-  const auto folder = OrvaneResources::bundleOfBinary(ModuleLocation::module()).bundleURL;
-  throw PlatformError("silero_vad_v6.onnx",
-                      "the speech model is not installed; \"scripts/install-model '" +
-                          (folder.value_or(".") / "OrvaneHeadless_OrvaneHeadless.bundle").string() +
-                          "'\" of the source folder installs it");
 }
 
 struct Detected {
@@ -80,7 +69,7 @@ std::string reportText(const InputName& file, const DialogueSidecar& sidecar,
 
 ExitCode runDetect(const DetectOptions& options, Console& console) {
   const auto files = DialogueSidecarFile::resolve(options.files);
-  requireModel();
+  requireSpeechModel();
   ProgressBar progress(console, files.size(), !options.quiet);
   return FileWork::run(
       files, {.json = options.json}, console, [&](const InputName& file) -> FileWork::Report {

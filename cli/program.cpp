@@ -18,6 +18,7 @@
 #include "cli/write_signals.h"
 #include "orvane/platform/audio_file/audio_file.h"
 #include "orvane/platform/error.h"
+#include "orvane/speech/vad_manager.h"
 
 namespace orvane::cli {
 namespace {
@@ -29,7 +30,9 @@ constexpr const char* kFooter =
     "missed, 130 interrupted.";
 
 std::string versionText() {
-  return "orvane " ORVANE_VERSION "\nFFmpeg " + ffmpegVersion().value_or("is not installed");
+  const auto model = VadManager::installedModelVersion();
+  return "orvane " ORVANE_VERSION "\nFFmpeg " + ffmpegVersion().value_or("is not installed") +
+         "\nSpeech model " + (model ? "Silero VAD " + *model : "is not installed");
 }
 
 std::unique_ptr<CLI::App> makeProgram(ChosenCommand& chosen) {

@@ -2,7 +2,6 @@
 
 #include <CLI/CLI.hpp>
 #include <cstddef>
-#include <cstddef>
 #include <filesystem>
 #include <optional>
 #include <string>

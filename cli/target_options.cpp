@@ -31,12 +31,16 @@ void TargetOptions::requireSense(bool isSpeechKnown) const {
     throw UsageError("--targets takes at most " + std::to_string(kMost) + " targets");
   if (!enforce) return;
   if (!areRequested()) throw UsageError("--enforce needs --targets or --mode");
-  if (isSpeechKnown) return;
   // What is not measured is not missed either, so the check would pass whatever the file holds.
-  for (const auto& target : selection().activeTargets())
-    if (target.source == core::LoudnessTargetSource::dialogGated)
-      throw UsageError("the target '" + target.id +
-                       "' is about dialogue; --enforce needs --speech or --dialogue for it");
+  if (!isSpeechKnown && needSpeech())
+    throw UsageError("the targets are about dialogue; --enforce needs --speech or --dialogue");
+}
+
+bool TargetOptions::needSpeech() const {
+  const auto targets = selection().activeTargets();
+  return std::any_of(targets.begin(), targets.end(), [](const core::LoudnessTarget& target) {
+    return target.source == core::LoudnessTargetSource::dialogGated;
+  });
 }
 
 core::LoudnessTargetMode targetModeNamed(const std::string& name) {

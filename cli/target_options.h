@@ -20,6 +20,9 @@ struct TargetOptions {
   /// Without any wish the first targets for music, as reports show them.
   core::LoudnessTargetSelection selection() const;
 
+  /// One of the targets is about the loudness of dialogue.
+  bool needSpeech() const;
+
   /// Throws `UsageError` for choices that do not go together. `isSpeechKnown`: speech is detected
   /// or taken from regions.
   void requireSense(bool isSpeechKnown) const;

@@ -5,8 +5,12 @@
 namespace orvane {
 namespace {
 
+std::optional<std::filesystem::path> findModel() {
+  return OrvaneResources::url("silero_vad_v6", "onnx");
+}
+
 std::filesystem::path installedModel() {
-  if (const auto path = OrvaneResources::url("silero_vad_v6", "onnx")) return *path;
+  if (const auto path = findModel()) return *path;
   throw SpeechModelError("silero_vad_v6.onnx", "The speech model is not installed.");
 }
 
@@ -16,6 +20,10 @@ VadManager::VadManager(const Config& config, const std::filesystem::path& vadMod
     : config_(config), network_(loadSileroWeights(vadModel)) {}
 
 VadManager::VadManager(const Config& config) : VadManager(config, installedModel()) {}
+
+std::optional<std::string> VadManager::installedModelVersion() {
+  return findModel() ? std::optional<std::string>("6") : std::nullopt;
+}
 
 std::vector<float> VadManager::frameProbabilities(std::span<const float> samples16k,
                                                   std::size_t threadCount,

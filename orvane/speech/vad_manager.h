@@ -2,7 +2,9 @@
 
 #include <cstddef>
 #include <filesystem>
+#include <optional>
 #include <span>
+#include <string>
 #include <vector>
 
 #include "orvane/platform/export.h"
@@ -29,6 +31,10 @@ class ORVANE_API VadManager {
 
   /// Loads the model file. Throws `SpeechModelError` and `PlatformError`.
   VadManager(const Config& config, const std::filesystem::path& vadModel);
+
+  /// Which version of the network is installed: "6"; absent when there is none. Only looks for the
+  /// file, which is quick.
+  static std::optional<std::string> installedModelVersion();
 
   /// Loads the installed model "silero_vad_v6.onnx" from the library's resources. Throws
   /// `SpeechModelError` when there is none.

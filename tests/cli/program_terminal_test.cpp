@@ -1,8 +1,10 @@
+#include "orvane/speech/vad_manager.h"
 #include "tests/cli/program_fixture.h"
 
 namespace orvane::cli::test {
 namespace {
 
+using ::testing::EndsWith;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using ::testing::MatchesRegex;
@@ -75,12 +77,20 @@ TEST_F(ProgramTerminal, PrintsItsVersion) {
   const ProgramEnd end = run({"--version"});
   EXPECT_EQ(end.exitCode, 0);
   EXPECT_THAT(end.output.substr(0, end.output.find('\n')), MatchesRegex("orvane [0-9.]+"));
-  EXPECT_THAT(end.output, testing::HasSubstr("\nFFmpeg "));
+  EXPECT_THAT(end.output, HasSubstr("\nFFmpeg "));
+  // The model is no part of the build.
+  const auto model = VadManager::installedModelVersion();
+  EXPECT_THAT(end.output, EndsWith("\nSpeech model " +
+                                   (model ? "Silero VAD " + *model : "is not installed") + "\n"));
 }
 
 TEST_F(ProgramTerminal, HelpFitsIntoEightyColumns) {
-  for (const auto& arguments : std::vector<std::vector<std::string>>{
-           {"--help"}, {"analyze", "--help"}, {"identify", "--help"}}) {
+  for (const auto& arguments : std::vector<std::vector<std::string>>{{"--help"},
+                                                                     {"analyze", "--help"},
+                                                                     {"identify", "--help"},
+                                                                     {"dialogue", "--help"},
+                                                                     {"report", "--help"},
+                                                                     {"targets", "--help"}}) {
     std::istringstream lines(run(arguments).output);
     for (std::string line; std::getline(lines, line);) {
       const auto columns = std::count_if(line.begin(), line.end(), [](char byte) {
