@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # demo.sh PROGRAM
-# Makes a short programme (speech over music) in demo/ and shows what PROGRAM can tell about it.
+# Makes a short programme (speech over music) in demo/, shows what PROGRAM can tell about it, and
+# writes its reports.
 set -euo pipefail
 
 program=$1
@@ -37,6 +38,8 @@ if [[ ! -f programme.wav ]]; then
   mv -f made.wav programme.wav
 fi
 
+printf '%s\n' start,name 0,Music 3,Speech 14,"Music again" >chapters.csv
+
 show() {
   printf '\n$ orvane'
   printf ' %s' "$@"
@@ -44,9 +47,28 @@ show() {
   "$program" "$@"
 }
 
+# The one part that may be missing without the rest minding.
+hasSpeechModel() { [[ $("$program" --version) == *"Silero"* ]]; }
+
 show --version
 show identify programme.wav misnamed.mp3
-show analyze programme.wav
 show analyze headerless.raw --raw s16le,48000,2
 show analyze programme.wav misnamed.mp3 --json
-printf '\nThe files are in %s; "./run --help" lists everything else.\n' "$PWD"
+
+speech=()
+if hasSpeechModel; then
+  speech=(--speech)
+  show dialogue detect programme.wav
+  show dialogue show programme.wav
+fi
+show analyze programme.wav "${speech[@]}" --targets spotify,apple-podcasts,ebu-r128 \
+  --chapters chapters.csv --force \
+  --html programme.html --csv programme.csv --report programme.report.json
+# Of its own, because only PDF needs a browser; without one the program says what to install.
+show report programme.report.json --pdf programme.pdf --force || rm -f programme.pdf
+
+printf '\nThe reports are:\n'
+for report in programme.html programme.pdf programme.csv programme.report.json; do
+  [[ ! -f $report ]] || printf '  %s\n' "$PWD/$report"
+done
+printf '"./run --help" lists everything else.\n'
