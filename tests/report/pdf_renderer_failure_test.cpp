@@ -147,6 +147,20 @@ TEST_F(PDFRendererFailure, RefusesAPageBeyondReason) {
             BrowserError(Case::pageTooLarge, "The page is too high for a PDF."));
 }
 
+TEST_F(PDFRendererFailure, RefusesMoreTextThanTheBrowserTakes) {
+  const FakeBrowser fake("");
+  const std::string html(std::size_t{100} << 20, 'x');
+  try {
+    PDFReportRenderer::render(html, {.deadline = kLongEnough, .browser = fake.program()});
+    FAIL();
+  } catch (const BrowserError& error) {
+    EXPECT_EQ(error, BrowserError(Case::pageTooLarge,
+                                  "The page is too large for the browser: 104857600 bytes, at most "
+                                  "104853504."));
+  }
+  EXPECT_THAT(fake.commands(), Not(HasSubstr("Page.setDocumentContent")));
+}
+
 TEST_F(PDFRendererFailure, EndsWithTheBrowser) {
   EXPECT_EQ(failure(FakeBrowser("exit No usable sandbox!")),
             BrowserError(Case::ended, "The browser ended unexpectedly: No usable sandbox!"));
