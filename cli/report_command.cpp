@@ -47,6 +47,7 @@ void addReportCommand(CLI::App& program, ChosenCommand& chosen) {
       program.add_subcommand("report", "Render a record of \"analyze --report\" again");
   command->add_option("REPORT", options->record, "The record; - is standard input")->required();
   addReportFileOptions(*command, options->outputs);
+  addReportForceOption(*command, options->outputs);
   command->callback([options, &chosen] {
     chosen = [options](Console& console) { return runReport(*options, console); };
   });

@@ -32,6 +32,25 @@ std::optional<FileIdentity> identityOf(const fs::path& path) {
   return FileIdentity{status.st_dev, status.st_ino};
 }
 
+/// The files that are read, each under one of its names.
+using ReadFiles = std::map<FileIdentity, fs::path>;
+
+void requireNotRead(const fs::path& output, const ReadFiles& read) {
+  const auto identity = identityOf(output);
+  const auto same = identity ? read.find(*identity) : read.end();
+  if (same == read.end()) return;
+  EditOutputGuard::assertNotInPlace(same->second, output);
+  throw PlatformError(output,
+                      "it is another name of \"" + same->second.string() + "\", which is read");
+}
+
+/// One form for all names of a place; what cannot be resolved will not open either.
+fs::path placeOf(const fs::path& path) {
+  std::error_code failure;
+  auto place = fs::weakly_canonical(fs::absolute(path), failure);
+  return failure ? path.lexically_normal() : place;
+}
+
 void requireFolder(const fs::path& output) {
   const fs::path folder = output.parent_path();
   std::error_code ignored;
@@ -54,7 +73,11 @@ void addFile(CLI::App& command, ReportOutputOptions& options, ReportFormat forma
   command
       .add_option_function<std::string>(
           "--" + std::string(rawValue(format)),
-          [&options, format](const std::string& file) { options.files[format] = file; },
+          [&options, format](const std::string& file) {
+            if (file.empty())
+              throw UsageError("--" + std::string(rawValue(format)) + " names no file");
+            options.files[format] = file;
+          },
           description)
       ->option_text("F")
       ->group(kGroup);
@@ -80,23 +103,30 @@ void requireSense(const ReportOutputOptions& options, std::size_t inputCount) {
   const auto isStandardOutput = [](const auto& file) { return file.second == kStandardOutput; };
   if (std::count_if(options.files.begin(), options.files.end(), isStandardOutput) > 1)
     throw UsageError("only one report can go to standard output");
+  const auto pdf = options.files.find(ReportFormat::pdf);
+  if (pdf != options.files.end() && isStandardOutput(*pdf) && ::isatty(STDOUT_FILENO) == 1)
+    throw UsageError("PDF is nothing for a terminal; --pdf FILE writes it");
 }
 
 }  // namespace
 
 void addReportFileOptions(CLI::App& command, ReportOutputOptions& options) {
-  addFile(command, options, ReportFormat::html,
-          "Write a report as a web page; - is standard output");
-  addFile(command, options, ReportFormat::csv, "Write the figures as a table for spreadsheets");
-  addFile(command, options, ReportFormat::pdf, "Write the web page as a PDF of one page");
-  command.add_flag("--force", options.force, "Replace reports that exist")->group(kGroup);
+  addFile(command, options, ReportFormat::html, "Write a web page; - is standard output");
+  addFile(command, options, ReportFormat::pdf, "Write the same page as PDF; needs a browser");
+  addFile(command, options, ReportFormat::csv, "Write a table for spreadsheets");
+}
+
+void addReportForceOption(CLI::App& command, ReportOutputOptions& options) {
+  command.add_flag("--force", options.force, "Replace files that exist")->group(kGroup);
 }
 
 void addReportOutputOptions(CLI::App& command, ReportOutputOptions& options) {
   addReportFileOptions(command, options);
   addFile(command, options, ReportFormat::record,
           "Write the whole record, from which \"orvane report\" renders again");
-  command.add_option("--out", options.folder, "Write the reports of all files into DIR")
+  command
+      .add_option("--out", options.folder,
+                  "Write the reports of all files into DIR, named after them")
       ->option_text("DIR")
       ->group(kGroup);
   command
@@ -105,6 +135,7 @@ void addReportOutputOptions(CLI::App& command, ReportOutputOptions& options) {
           "With --out: which reports, of html,csv,pdf,report")
       ->option_text("LIST")
       ->group(kGroup);
+  addReportForceOption(command, options);
 }
 
 ReportOutputs::ReportOutputs(const ReportOutputOptions& options, std::span<const InputName> inputs,
@@ -118,7 +149,8 @@ ReportOutputs::ReportOutputs(const ReportOutputOptions& options, std::span<const
   for (const auto& [format, file] : options.files) {
     const bool isStandardOutput = file == kStandardOutput;
     takesStandardOutput_ = takesStandardOutput_ || isStandardOutput;
-    outputs_.front().push_back({format, isStandardOutput ? fs::path() : fs::path(file)});
+    outputs_.front().push_back(
+        {format, isStandardOutput ? std::nullopt : std::optional<fs::path>(file)});
   }
   if (!options.folder.empty()) {
     const auto names = reportNames(inputs);
@@ -135,7 +167,7 @@ ReportOutputs::ReportOutputs(const ReportOutputOptions& options, std::span<const
 
 void ReportOutputs::check(std::span<const InputName> inputs,
                           std::span<const fs::path> otherFilesRead) const {
-  std::map<FileIdentity, fs::path> read;
+  ReadFiles read;
   const auto note = [&read](const fs::path& path) {
     if (const auto identity = identityOf(path)) read.emplace(*identity, path);
   };
@@ -147,17 +179,12 @@ void ReportOutputs::check(std::span<const InputName> inputs,
   for (const auto& ofOneInput : outputs_) {
     for (const Output& output : ofOneInput) {
       needsBrowser = needsBrowser || output.format == ReportFormat::pdf;
-      if (output.path.empty()) continue;
-      const auto identity = identityOf(output.path);
-      if (const auto same = identity ? read.find(*identity) : read.end(); same != read.end()) {
-        EditOutputGuard::assertNotInPlace(same->second, output.path);
-        throw PlatformError(
-            output.path, "it is another name of \"" + same->second.string() + "\", which is read");
-      }
-      if (!known.insert(fs::weakly_canonical(fs::absolute(output.path))).second)
-        throw UsageError("two reports would be written to '" + output.path.string() + "'");
-      requireFolder(output.path);
-      opened(output.path, force_);  // and dropped again
+      if (!output.path) continue;
+      requireNotRead(*output.path, read);
+      if (!known.insert(placeOf(*output.path)).second)
+        throw UsageError("two reports would be written to '" + output.path->string() + "'");
+      requireFolder(*output.path);
+      opened(*output.path, force_);  // and dropped again
     }
   }
   if (needsBrowser) bootstrapAppKitForHeadlessRendering();
@@ -168,11 +195,11 @@ std::string ReportOutputs::write(std::size_t inputIndex, const OrvaneReport& rep
   std::string forStandardOutput;
   for (const Output& output : outputs_[inputIndex]) {
     std::string content = renderer_.render(report, output.format, warnings);
-    if (output.path.empty()) {
+    if (!output.path) {
       forStandardOutput = std::move(content);
       continue;
     }
-    AtomicFile file = opened(output.path, force_);
+    AtomicFile file = opened(*output.path, force_);
     file.write(content);
     file.commit();
   }

@@ -24,11 +24,14 @@ struct ReportOutputOptions {
   bool isAny() const { return !files.empty() || !folder.empty() || !formats.empty(); }
 };
 
-/// `--html`, `--csv`, `--pdf`, `--force` for commands that write the report of one input. `options`
-/// must outlive the command.
+/// `--html`, `--pdf` and `--csv`. `options` must outlive the command.
 void addReportFileOptions(CLI::App& command, ReportOutputOptions& options);
 
-/// The same and `--report`, `--out`, `--formats`, for commands that measure any number of inputs.
+/// `--force`.
+void addReportForceOption(CLI::App& command, ReportOutputOptions& options);
+
+/// All of these with `--report`, `--out` and `--formats`, for commands that measure any number of
+/// inputs.
 void addReportOutputOptions(CLI::App& command, ReportOutputOptions& options);
 
 /// The files that reports of some inputs are written to.
@@ -54,7 +57,7 @@ class ReportOutputs {
  private:
   struct Output {
     ReportFormat format{};
-    std::filesystem::path path{};  ///< empty for standard output
+    std::optional<std::filesystem::path> path{};  ///< absent for standard output
   };
 
   void check(std::span<const InputName> inputs,

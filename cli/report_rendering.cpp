@@ -71,7 +71,7 @@ std::string ReportRenderer::html(const OrvaneReport& report) const {
 }
 
 std::string ReportRenderer::pdf(const OrvaneReport& report, std::vector<std::string>& warnings) {
-  /// Asked for about ten times a second, so Ctrl-C ends the browser as well.
+  /// Ctrl-C ends the browser as well.
   class Interrupter : public ProgressObserver {
     void onProgress(std::string_view, double) override {}
     bool isCancelled() override { return Interruption::isRequested(); }

@@ -1,4 +1,6 @@
 #include <algorithm>
+#include <csignal>
+#include <thread>
 
 #include "orvane/report/orvane_report.h"
 #include "tests/cli/program_fixture.h"
@@ -104,6 +106,7 @@ TEST_F(ProgramReports, NeedChoicesThatGoTogether) {
   for (const auto& arguments :
        std::vector<std::vector<std::string>>{{"good.wav", "--out", "o"},
                                              {"good.wav", "--formats", "csv"},
+           {"good.wav", "--html", ""},
                                              {"good.wav", "--out", "o", "--formats", "csv,doc"},
                                              {"good.wav", "good.wav", "--html", "r.html"},
                                              {"good.wav", "--html", "same", "--csv", "./same"}}) {
@@ -174,6 +177,35 @@ TEST_F(ProgramReports, ArePrintedAsPDFOfOnePage) {
   const auto end = analyze({"good.wav", "--pdf", "-"});
   EXPECT_EQ(end.exitCode, 0) << end.errors;
   EXPECT_THAT(end.output, AllOf(StartsWith("%PDF-1."), HasSubstr("/MediaBox [0 0 794 1123]")));
+}
+
+TEST_F(ProgramReports, AreNoPDFForATerminal) {
+  ProgramSetup setup;
+  setup.arguments = {"analyze", "good.wav", "--pdf", "-"};
+  setup.isOnTerminal = true;
+  const auto end = run(setup);
+  EXPECT_EQ(end.exitCode, 2);
+  EXPECT_THAT(end.output, HasSubstr("PDF is nothing for a terminal"));
+}
+
+// A browser that never answers must not keep the user waiting.
+TEST_F(ProgramReports, ThatTakeLongCanBeInterrupted) {
+  folder().write("chromium-headless-shell", "#!/bin/sh\nexec /bin/sleep 100\n");
+  std::filesystem::permissions(folder() / "chromium-headless-shell",
+                               std::filesystem::perms::owner_all);
+  const orvane::test::TemporaryDirectory temporary;
+  ProgramSetup setup;
+  setup.arguments = {"analyze", "good.wav", "--pdf", "r.pdf"};
+  setup.environment = {"PATH=" + folder().path().string(), "TMPDIR=" + temporary.path().string()};
+  setup.meanwhile = [](int process) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(500));
+    kill(process, SIGINT);
+  };
+  const auto end = run(setup);
+  EXPECT_EQ(end.exitCode, 130);
+  EXPECT_THAT(end.errors, IsEmpty());
+  EXPECT_FALSE(exists("r.pdf"));
+  EXPECT_TRUE(std::filesystem::is_empty(temporary.path()));
 }
 
 TEST_F(ProgramReports, AreAllButPDFWithoutABrowser) {
