@@ -130,7 +130,7 @@ TEST(AnalysisExecution, GivesTheSameFiguresWithoutKeepingTheAudio) {
     options.enableSileroVAD = channels == 2;
     OfflineAnalysisPipeline::AnalysisDetail kept, passed;
     const auto whole = analyzeFile(programme.path(), options, {.threadCount = 2}, &kept);
-    for (const std::size_t threads : {1, 3}) {
+    for (const std::size_t threads : {1U, 3U}) {
       const auto sliced = analyzeFile(programme.path(), options,
                                       {.threadCount = threads, .keepsBuffer = false}, &passed);
       EXPECT_FALSE(sliced.buffer);

@@ -52,8 +52,8 @@ Input atOnce(const Audio& audio) {
 
 TEST(SpeechInputMaker, MakesOfPiecesWhatIsMadeOfTheWhole) {
   for (const double rate : {4000.0, 8000.0, 11025.0, 16000.0, 22050.0, 44100.0, 48000.0, 96001.5})
-    for (const std::size_t frames : {20'000, 20'001, 20'002})
-      for (const std::size_t longest : {1, 2, 7, 9000}) {
+    for (const std::size_t frames : {20'000U, 20'001U, 20'002U})
+      for (const std::size_t longest : {1U, 2U, 7U, 9000U}) {
         SCOPED_TRACE(testing::Message() << rate << " Hz, " << frames << ", " << longest);
         const auto audio = noise(rate, 2, frames);
         ASSERT_EQ(inPieces(audio, longest), atOnce(audio));
@@ -71,7 +71,7 @@ TEST(SpeechInputMaker, MakesTheSameOfTheShortest) {
 
 TEST(SpeechInputMaker, ReadsAWholeStream) {
   const test::TemporaryDirectory folder;
-  for (const std::size_t frames : {1000, 1 << 17, 300'001}) {
+  for (const std::size_t frames : {1000U, 1U << 17, 300'001U}) {
     const auto audio = noise(22050, 1, frames);
     const auto bytes = std::as_bytes(std::span(audio.samples[0]));
     const auto path = folder.write("a.raw", std::vector<std::byte>(bytes.begin(), bytes.end()));
