@@ -61,5 +61,7 @@ function(orvane_test name)
   add_executable(${name} ${arg_SOURCES})
   target_link_libraries(${name} PRIVATE orvane_compile_options orvane_test_support ${arg_LIBRARIES}
     GTest::gmock GTest::gtest GTest::gtest_main)
-  gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 600)
+  gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60 PROPERTIES
+    TIMEOUT 600
+    ENVIRONMENT "TSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/cmake/thread_sanitizer.txt")
 endfunction()
