@@ -173,7 +173,7 @@ ExitCode runAnalyze(const AnalyzeOptions& options, Console& console) {
   // No sidecar lies beside standard input.
   const auto files = options.dialogue ? DialogueSidecarFile::resolve(options.files)
                                       : FileList::resolve(options.files, standardInput);
-  options.parts.requireSense(files.size(), options.rawFormat.has_value());
+  options.parts.requireSense(files, options.rawFormat.has_value());
   ReportOutputs outputs(options.outputs, files, otherFilesRead(options, files));
   if (outputs.takeStandardOutput() && options.json)
     throw UsageError("--json and a report cannot both go to standard output");

@@ -101,11 +101,16 @@ void addReportPartOptions(CLI::App& command, ReportPartOptions& options) {
       ->group(kGroup);
 }
 
-void ReportPartOptions::requireSense(std::size_t inputCount, bool isRaw) const {
+void ReportPartOptions::requireSense(std::span<const InputName> inputs, bool isRaw) const {
+  const std::size_t inputCount = inputs.size();
   if (inputCount > 1 && !musicFile.empty()) throw UsageError("--music is for one FILE");
   if (inputCount > 1 && !chapters.listFile.empty()) throw UsageError("--chapters is for one FILE");
   if (isRaw && chapters.areInFile)
     throw UsageError("headerless files hold no chapters for --chapters-from-file");
+  const auto uses = std::count_if(inputs.begin(), inputs.end(),
+                                  [](const InputName& input) { return input.isStandardInput(); }) +
+                    (musicFile == "-" ? 1 : 0) + (chapters.listFile == "-" ? 1 : 0);
+  if (uses > 1) throw UsageError("standard input can be read only once");
 }
 
 ReportParts::ReportParts(const ReportPartOptions& options)
@@ -122,8 +127,8 @@ std::vector<std::filesystem::path> ReportParts::filesRead(const ReportPartOption
 
 void ReportParts::makeReport(MeasuredFile& file, const core::LoudnessTargetSelection& targets,
                              const SelectionMeasurement::Execution& execution) const {
+  const auto count = static_cast<std::size_t>(file.result.channelCount);
   if (!options_.channelLabels.empty()) {
-    const auto count = static_cast<std::size_t>(file.result.channelCount);
     if (options_.channelLabels.size() != count)
       throw PlatformError(file.name.shown(), "--channel-labels names " +
                                                  std::to_string(options_.channelLabels.size()) +
@@ -131,8 +136,11 @@ void ReportParts::makeReport(MeasuredFile& file, const core::LoudnessTargetSelec
                                                  std::to_string(count));
     file.channelLabels = options_.channelLabels;
   }
-  auto inputs = OfflineAnalysisPipeline::toReportInputs(file.result, ORVANE_VERSION, targets,
-                                                        file.channelNames());
+  // Channels of which nothing is known have the report's own names.
+  const bool areNamed = !file.channelLabels.empty() || file.detail.layout || count <= 2;
+  auto inputs = OfflineAnalysisPipeline::toReportInputs(
+      file.result, ORVANE_VERSION, targets,
+      areNamed ? std::optional(file.channelNames()) : std::nullopt);
   // Standard input is read under a name that means nothing to anybody else.
   if (file.name.isStandardInput()) {
     inputs.fileInfo.fileName = file.name.shown();

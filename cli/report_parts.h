@@ -1,9 +1,9 @@
 #pragma once
 
 #include <CLI/CLI.hpp>
-#include <cstddef>
 #include <filesystem>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -29,7 +29,7 @@ struct ReportPartOptions {
            chapters.isAny() || !channelLabels.empty();
   }
   /// Throws `UsageError` for what does not go together. `isRaw`: the files are headerless.
-  void requireSense(std::size_t inputCount, bool isRaw) const;
+  void requireSense(std::span<const InputName> inputs, bool isRaw) const;
 
   /// Parts that are measured from the audio itself, after the whole file.
   bool needsAudio() const { return selection || chapters.isAny() || !musicFile.empty(); }

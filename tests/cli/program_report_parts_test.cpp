@@ -180,5 +180,29 @@ TEST_F(ProgramReportParts, ChannelsAreCalledAsTheUserSays) {
   EXPECT_EQ(wrong.errors, "orvane: steps.wav: --channel-labels names 3 channels, the file has 2\n");
 }
 
+TEST_F(ProgramReportParts, ChannelsOfUnknownPlaceHaveTheReportsNames) {
+  folder().write("twelve.wav", waveFile(sineSamples(4800, 0.5, 12), 12));
+  const auto end = run({"analyze", "twelve.wav", "--report", "-"});
+  const auto report = decodeJSON<OrvaneReport>(end.output);
+  EXPECT_EQ(report.file.channelLayout, "Ch1 Ch2 Ch3 Ch4 Ch5 Ch6 Ch7 Ch8 Ch9 Ch10 Ch11 Ch12");
+  EXPECT_EQ(report.channels.at(11).label, "Ch12");
+}
+
+TEST_F(ProgramReportParts, StandardInputIsReadOnlyOnce) {
+  writeMusic("music.json");
+  ProgramSetup setup;
+  setup.input = orvane::test::readFile(folder() / "music.json");
+  setup.arguments = {"analyze", "steps.wav", "--music", "-", "--json"};
+  EXPECT_TRUE(jsonLines(run(setup).output).at(0).contains("stemGatedLoudness"));
+  for (const auto& arguments : std::vector<std::vector<std::string>>{
+           {"analyze", "-", "--music", "-"},
+           {"analyze", "steps.wav", "--music", "-", "--chapters", "-"}}) {
+    setup.arguments = arguments;
+    const auto end = run(setup);
+    EXPECT_EQ(end.exitCode, 2);
+    EXPECT_THAT(end.errors, HasSubstr("standard input can be read only once"));
+  }
+}
+
 }  // namespace
 }  // namespace orvane::cli::test
