@@ -4,6 +4,13 @@
 #include "orvane/core/channel_order.h"
 
 namespace orvane::cli {
+namespace {
+
+/// The loudness meter's limits, hertz.
+constexpr double kLowestMeteredRate = 8000;
+constexpr double kHighestMeteredRate = 768'000;
+
+}  // namespace
 
 std::string encodingText(const AudioFileIdentity& identity, int sourceBitDepth) {
   std::string text = identity.encodingName();
@@ -37,6 +44,11 @@ std::vector<std::string> MeasuredFile::channelNames() const {
 std::vector<std::string> MeasuredFile::warnings() const {
   std::vector<std::string> texts;
   for (const auto& warning : detail.warnings) texts.push_back(warning.text);
+  const bool isTooSlow = result.sampleRate < kLowestMeteredRate;
+  if (isTooSlow || result.sampleRate > kHighestMeteredRate)
+    texts.push_back(std::string("Loudness is not defined ") +
+                    (isTooSlow ? "below 8 kHz" : "above 768 kHz") +
+                    " sample rate; only levels and peaks are measured.");
   if (detail.isSpeechDetectionMissing)
     texts.emplace_back("Speech could not be detected; \"orvane dialogue detect\" tells why.");
   if (detail.nonFiniteSampleCount > 0) {

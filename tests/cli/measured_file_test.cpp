@@ -78,5 +78,19 @@ TEST(MeasuredFile, WarnsOfCuriousHeadersAndOfSamplesThatAreNoNumbers) {
   EXPECT_EQ(file.warnings().back(), "1,200 samples are not finite numbers and count as silence.");
 }
 
+TEST(MeasuredFile, WarnsWhereTheSampleRateAllowsNoLoudness) {
+  MeasuredFile file = test::sampleMeasurement();
+  for (const double metered : {8000.0, 768'000.0}) {
+    file.result.sampleRate = metered;
+    EXPECT_THAT(file.warnings(), IsEmpty());
+  }
+  file.result.sampleRate = 7999;
+  EXPECT_THAT(file.warnings(), ElementsAre("Loudness is not defined below 8 kHz sample rate; "
+                                           "only levels and peaks are measured."));
+  file.result.sampleRate = 768'001;
+  EXPECT_THAT(file.warnings(), ElementsAre("Loudness is not defined above 768 kHz sample rate; "
+                                           "only levels and peaks are measured."));
+}
+
 }  // namespace
 }  // namespace orvane::cli
