@@ -99,6 +99,34 @@ std::optional<Frame> dolbyFrame(Bytes b) {
   return Frame{.length = words * 2, .signature = 1};
 }
 
+/// DTS core frames (ETSI TS 102 114, 5.3.1), also with swapped bytes: behind the sync word follow
+/// 14 bits of type, deficit, check and block count, then 14 bits of the frame's size. Plain frames
+/// of at least 96 bytes only.
+std::optional<Frame> dtsFrame(Bytes b) {
+  if (b.size() < 8) return {};
+  const bool isSwapped = at(b, 0) == 0xFE;
+  const auto byte = [&](std::size_t i) { return at(b, isSwapped ? i ^ 1U : i); };
+  if (byte(0) != 0x7F || byte(1) != 0xFE || byte(2) != 0x80 || byte(3) != 0x01) return {};
+  const std::size_t length = ((byte(5) & 3) << 12 | byte(6) << 4 | byte(7) >> 4) + 1;
+  if (length < 96) return {};
+  return Frame{.length = length, .signature = isSwapped ? 2U : 1U};
+}
+
+/// SBC of Bluetooth audio (A2DP 1.3, appendix B, 12.4). Its sync word has only eight bits, but
+/// rate, blocks, channels, bands and bit pool are the same in every frame.
+std::optional<Frame> sbcFrame(Bytes b) {
+  if (b.size() < 4 || at(b, 0) != 0x9C) return {};
+  const std::uint32_t setup = at(b, 1);
+  const std::uint32_t pool = at(b, 2);
+  const std::uint32_t blocks = ((setup >> 4 & 3) + 1) * 4;
+  const std::uint32_t mode = setup >> 2 & 3;  // mono, dual, stereo, joint stereo
+  const std::uint32_t channels = mode == 0 ? 1 : 2;
+  const std::uint32_t bands = (setup & 1) != 0 ? 8 : 4;
+  if (pool < 2 || pool > (mode < 2 ? 16 : 32) * bands) return {};
+  const std::uint32_t bits = blocks * pool * (mode == 1 ? 2 : 1) + (mode == 3 ? bands : 0);
+  return Frame{.length = 4 + bands * channels / 2 + (bits + 7) / 8, .signature = setup << 8 | pool};
+}
+
 using FrameReader = std::optional<Frame> (*)(Bytes);
 
 /// What may follow the last frame: nothing, or a tag.
@@ -167,6 +195,7 @@ struct Stream {
 
 /// Those with the stronger sync words first.
 constexpr std::array kStreams = {
+    Stream{dtsFrame, [](Bytes) { return fourCCFrom("DTS "); }},
     Stream{dolbyFrame, codeOfDolby},
     Stream{adtsFrame, [](Bytes) { return fourCCFrom("adts"); }},
     Stream{loasFrame, [](Bytes) { return fourCCFrom("loas"); }},
@@ -178,6 +207,8 @@ constexpr std::array kStreams = {
 std::optional<FourCC> sniffFrames(std::span<const std::byte> head, bool isWhole) {
   for (const Stream& stream : kStreams)
     if (isChain(head, stream.read, kSureFrames, isWhole)) return stream.code(head);
+  // Too weak a sync word to be looked for behind junk.
+  if (isUnbrokenChain(head, sbcFrame, isWhole)) return fourCCFrom("SBC ");
   // A stream may have been cut from a running one, or have padding before its first frame.
   for (std::size_t offset = 1; offset < std::min(head.size(), kMaximumJunk); ++offset) {
     const Bytes rest = head.subspan(offset);

@@ -57,6 +57,28 @@ TEST_F(FrameSync, KnowsLOAS) {
   EXPECT_EQ(codeOf(frames(header({0x56, 0xE0, 0x64}), 103, 3)), fourCCFrom("loas"));
 }
 
+TEST_F(FrameSync, KnowsDTSInBothByteOrders) {
+  const Bytes dts = header({0x7F, 0xFE, 0x80, 0x01, 0xFC, 0x3C, 0x75, 0xB0});
+  const Bytes swapped = header({0xFE, 0x7F, 0x01, 0x80, 0x3C, 0xFC, 0xB0, 0x75});
+  for (const Bytes& head : {dts, swapped}) {
+    const Bytes stream = frames(head, 1884, 6);
+    EXPECT_EQ(codeOf(stream), fourCCFrom("DTS "));
+    // Cut from a running stream in the middle of a frame.
+    EXPECT_EQ(codeOf({stream.begin() + 100, stream.end()}), fourCCFrom("DTS "));
+    EXPECT_EQ(codeOf({stream.begin() + 100, stream.begin() + 4 * 1884}), 0U);  // too few frames
+    EXPECT_EQ(codeOf(ByteWriter().zeros(100).append(stream).zeros(9).bytes()), 0U);
+  }
+}
+
+TEST_F(FrameSync, KnowsSBCByFramesWithoutGap) {
+  // 16 blocks of 8 bands, mono, bit pool 17; the same in joint stereo, bit pool 53.
+  EXPECT_EQ(codeOf(frames(header({0x9C, 0xF1, 0x11}), 42, 4)), fourCCFrom("SBC "));
+  EXPECT_EQ(codeOf(frames(header({0x9C, 0xFD, 0x35}), 119, 4)), fourCCFrom("SBC "));
+  EXPECT_EQ(codeOf(frames(header({0x9C, 0xF1, 0x11}), 42, 3)), 0U);
+  EXPECT_EQ(codeOf(frames(header({0x9C, 0xF1, 0x11}), 43, 40)), 0U);
+  EXPECT_EQ(codeOf(frames(header({0x9C, 0xF1, 0xFF}), 518, 40)), 0U);  // more bits than there are
+}
+
 TEST_F(FrameSync, TellsAC3FromItsSuccessorInBothByteOrders) {
   // 192 kbit/s at 48 kHz: 768 bytes; at 44.1 kHz the odd codes are one word longer.
   EXPECT_EQ(codeOf(frames(header({0x0B, 0x77, 0, 0, 0x14, 0x40}), 768, 3)), fourCCFrom("ac-3"));

@@ -44,6 +44,9 @@ constexpr std::array kDemuxers{
     DemuxerOfContainer{fourCCFrom("loas"), "loas"},
     // FFmpeg is not sure of these by their bytes alone; the sniffer is.
     DemuxerOfContainer{fourCCFrom("AVR "), "avr"},
+    DemuxerOfContainer{fourCCFrom("RSO "), "rso"},
+    DemuxerOfContainer{fourCCFrom("SBC "), "sbc"},
+    DemuxerOfContainer{fourCCFrom("WVE "), "wve"},
 };
 
 constexpr std::uint64_t kMostProbeBytes = std::uint64_t{1} << 20;
@@ -95,14 +98,16 @@ bool isAllowed(const AVInputFormat* format) {
 const std::string& allowedDemuxers() {
   static const std::string names =
       // Audio files.
-      "aa,aac,aax,ac3,acm,adp,ads,adx,aea,afc,aiff,amr,apc,ape,apm,aptx,ast,au,avr,"
+      "aa,aac,aax,ac3,acm,adp,ads,adx,aea,afc,aiff,alp,amr,apc,ape,apm,aptx,argo_asf,argo_cvg,"
+      "ast,au,avr,"
       "bfstm,binka,bit,boa,brstm,caf,codec2,daud,dfpwm,dsf,dss,dts,dtshd,eac3,epaf,flac,fsb,fwse,"
       "g722,g723_1,g729,genh,gsm,hca,hcom,iff,ilbc,ircam,iss,kvag,loas,lvf,mca,mlp,mmf,mp3,mpc,"
       "mpc8,msf,mtaf,musx,nistsphere,nsp,ogg,oma,paf,pvf,qcp,rso,rsd,sbc,sds,sdx,shn,siff,sln,sol,"
       "sox,spdif,svag,tak,truehd,tta,vag,voc,vpk,vqf,w64,wav,wsaud,wsd,wv,wve,xa,xvag,xwma,"
       // Video files with sound.
-      "asf,asf_o,avi,dv,ea,flv,gxf,kux,live_flv,matroska,mov,mpeg,mpegts,mxf,nsv,nut,nuv,rm,roq,"
-      "smk,swf,vivo,wtv";
+      "asf,asf_o,avi,dv,ea,film_cpk,flv,gxf,kux,live_flv,matroska,mov,mpeg,mpegts,mxf,nsv,nut,nuv,"
+      "rm,roq,"
+      "smjpeg,smk,swf,vivo,wtv";
   return names;
 }
 
@@ -127,7 +132,9 @@ const AVInputFormat* demuxerFor(const InputFile& file, FourCC containerHint) {
   if (known != kDemuxers.end()) return av_find_input_format(known->demuxer);
   int score = 0;
   const AVInputFormat* probed = probe(file, score);
-  return score >= kSureScore && isAllowed(probed) ? probed : nullptr;
+  if (score >= kSureScore && isAllowed(probed)) return probed;
+  // FFmpeg expects a stream to begin with a frame; a DTS-HD file, which has a header, always does.
+  return containerHint == fourCCFrom("DTS ") ? av_find_input_format("dts") : nullptr;
 }
 
 }  // namespace orvane
