@@ -3,6 +3,7 @@
 #include <array>
 #include <cmath>
 #include <cstdint>
+#include <vector>
 
 #include "fuzz/memory_file.h"
 #include "fuzz/require.h"
@@ -12,6 +13,8 @@
 #include "orvane/platform/audio_file/container_sniffer.h"
 #include "orvane/platform/audio_file/embedded_chapters.h"
 #include "orvane/platform/audio_file/marker_chunks.h"
+#include "orvane/platform/audio_file/matlab_parser.h"
+#include "orvane/platform/audio_file/old_format_parser.h"
 #include "orvane/platform/audio_file/riff_parser.h"
 #include "orvane/platform/audio_file/wave64_parser.h"
 #include "orvane/platform/error.h"
@@ -32,6 +35,7 @@ void checkStream(const PCMStream& stream, const InputFile& file) {
   if (stream.description.layout)
     require(stream.description.layout->labels.size() == format.channelsPerFrame);
   if (format.formatID != kFormatLinearPCM || stream.frameCount == 0) return;
+  if (!stream.refusal.empty()) return;  // never read
   require(format.bytesPerFrame == stream.sample.bytes * format.channelsPerFrame);
   require(stream.dataOffset <= file.size());
   require(stream.frameCount <= (file.size() - stream.dataOffset) / format.bytesPerFrame);
@@ -52,6 +56,22 @@ void checkMarkers(const PCMStream& stream, const InputFile& file) {
   check(MarkerChunks::ofCAF(file, stream));
 }
 
+/// The codes of the old formats of which some files can be read.
+constexpr std::array kOldPCM = {fourCCFrom("PAF "), fourCCFrom("SMP "), fourCCFrom("SNDT"),
+                                fourCCFrom("MPC2"), fourCCFrom("HTK ")};
+/// And of those that are only described.
+constexpr std::array kOldOthers = {fourCCFrom("TXW "), fourCCFrom("XI  "), fourCCFrom("WVE "),
+                                   fourCCFrom("PRC "), fourCCFrom("GSRT"), fourCCFrom("DVMS"),
+                                   fourCCFrom("DAT ")};
+
+bool isMATLAB(FourCC container) {
+  return container == fourCCFrom("MAT4") || container == fourCCFrom("MAT5");
+}
+
+bool isOldPCM(FourCC container) {
+  return std::find(kOldPCM.begin(), kOldPCM.end(), container) != kOldPCM.end();
+}
+
 bool isLinearPCM(const InputFile& file, FourCC container, std::uint64_t start) {
   switch (container) {
     case fourCCFrom("WAVE"):
@@ -67,8 +87,8 @@ bool isLinearPCM(const InputFile& file, FourCC container, std::uint64_t start) {
       return parseCAF(file, start).description.dataFormat.formatID == kFormatLinearPCM;
     case fourCCFrom("NeXT"):
       return parseAU(file, start).description.dataFormat.formatID == kFormatLinearPCM;
-    default:
-      return false;
+    default:  // opened without a decoder, whatever becomes of it
+      return isMATLAB(container) || isOldPCM(container);
   }
 }
 
@@ -87,7 +107,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
   static fuzz::MemoryFile memory;
   const auto path = memory.write(bytes, size);
   const InputFile file(path);
-  for (const auto parse : {parseRIFF, parseWave64, parseAIFF, parseCAF, parseAU}) {
+  std::vector<OldFormatParser> parsers = {parseRIFF, parseWave64,  parseAIFF,   parseCAF,
+                                          parseAU,   parseMATLAB4, parseMATLAB5};
+  for (const FourCC code : kOldPCM) parsers.push_back(oldFormatParser(code));
+  for (const FourCC code : kOldOthers) parsers.push_back(oldFormatParser(code));
+  for (const OldFormatParser parse : parsers) {
     try {
       const PCMStream stream = parse(file, 0);
       checkStream(stream, file);

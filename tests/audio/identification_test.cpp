@@ -75,6 +75,12 @@ const std::vector<Kind>& kindsOfFFmpeg() {
       {"wv", {}, "WV", "wvpk"},
       {"tta", {}, "TTA", "TTA1"},
       {"voc", {}, "VOC", "16-bit integer"},
+      {"dts", {"-strict", "-2"}, "DTS", "dts"},
+      {"sbc", {}, "SBC", "sbc"},
+      {"rso", {}, "RSO", "8-bit integer"},
+      {"smjpeg", {}, "smjp", "16-bit integer"},
+      {"argo_asf", {}, "argo", "adpc"},
+      {"alp", {"-ar", "22050"}, "alp", "adpc"},
   };
   return kKinds;
 }
@@ -106,6 +112,19 @@ const std::vector<Kind>& kindsOfSoX() {
       {"sph", {}, "NIST", "16-bit integer"},
       {"voc", {}, "VOC", "16-bit integer"},
       {"wv", {}, "WV", "wvpk"},
+      {"mat4", {}, "MAT4", "16-bit integer"},
+      {"mat5", {}, "MAT5", "16-bit integer"},
+      {"xi", {}, "XI", "dpcm"},
+      {"smp", {}, "SMP", "16-bit integer"},
+      {"sndt", {"-b", "8"}, "SNDT", "8-bit integer"},
+      {"txw", {"-r", "50000"}, "TXW", "12-bit integer"},
+      {"prc", {"-r", "8000"}, "PRC", "A-law"},
+      {"prc", {"-r", "8000", "-e", "ima-adpcm"}, "PRC", "IMA ADPCM"},
+      {"gsrt", {"-r", "8000"}, "GSRT", "µ-law"},
+      {"gsrt", {"-r", "8000", "-e", "a-law"}, "GSRT", "A-law"},
+      {"dvms", {"-r", "8000"}, "DVMS", "cvsd"},
+      {"htk", {}, "HTK", "16-bit integer"},
+      {"dat", {}, "DAT", "text"},
   };
   return kKinds;
 }
@@ -145,6 +164,20 @@ const std::vector<SoundFile>& kindsOfLibsndfile() {
       {SF_FORMAT_PVF | SF_FORMAT_PCM_32, "PVF", "32-bit integer"},
       {SF_FORMAT_PAF | SF_FORMAT_PCM_S8, "PAF", "8-bit integer"},
       {SF_FORMAT_VOC | SF_FORMAT_ALAW, "VOC", "A-law"},
+      {SF_FORMAT_PAF | SF_FORMAT_PCM_24, "PAF", "24-bit integer"},
+      {SF_FORMAT_PAF | SF_ENDIAN_LITTLE | SF_FORMAT_PCM_24, "PAF", "24-bit integer"},
+      {SF_FORMAT_MAT4 | SF_FORMAT_DOUBLE, "MAT4", "64-bit float"},
+      {SF_FORMAT_MAT4 | SF_ENDIAN_BIG | SF_FORMAT_PCM_32, "MAT4", "32-bit integer"},
+      {SF_FORMAT_MAT5 | SF_FORMAT_FLOAT, "MAT5", "32-bit float"},
+      {SF_FORMAT_MAT5 | SF_ENDIAN_BIG | SF_FORMAT_PCM_U8, "MAT5", "8-bit integer"},
+      {SF_FORMAT_XI | SF_FORMAT_DPCM_8, "XI", "dpcm"},
+      {SF_FORMAT_XI | SF_FORMAT_DPCM_16, "XI", "dpcm"},
+      {SF_FORMAT_WVE | SF_FORMAT_ALAW, "WVE", "A-law"},
+      {SF_FORMAT_MPC2K | SF_FORMAT_PCM_16, "MPC2", "16-bit integer"},
+      {SF_FORMAT_HTK | SF_FORMAT_PCM_16, "HTK", "16-bit integer"},
+      {SF_FORMAT_WAV | SF_ENDIAN_BIG | SF_FORMAT_G721_32, "WAV", "g726"},
+      {SF_FORMAT_AU | SF_ENDIAN_LITTLE | SF_FORMAT_G721_32, "NeXT/Sun (AU)", "g726"},
+      {SF_FORMAT_AU | SF_ENDIAN_LITTLE | SF_FORMAT_G723_24, "NeXT/Sun (AU)", "g726"},
   };
   return kKinds;
 }

@@ -30,24 +30,16 @@ FourCC codeOf(std::uint32_t encoding) {
     case 1:
       return fourCCFrom("ulaw");
     case 23:
-      return fourCCFrom("G721");
-    case 24:
-      return fourCCFrom("G722");
     case 25:
-      return fourCCFrom("G723");
     case 26:
-      return fourCCFrom("G723");
+      return fourCCFrom("g726");  // at 32, 24 and 40 kbit/s, once called G.721 and G.723
+    case 24:
+      return fourCCFrom("g722");
     case 27:
       return fourCCFrom("alaw");
     default:
       return encoding;
   }
-}
-
-std::optional<ChannelLayout> defaultLayout(std::uint32_t channels) {
-  if (channels == 1) return ChannelLayout::fromTag(ChannelLayoutTags::mono);
-  if (channels == 2) return ChannelLayout::fromTag(ChannelLayoutTags::stereo);
-  return {};  // the format cannot say
 }
 
 }  // namespace
@@ -66,20 +58,16 @@ PCMStream parseAU(const InputFile& file, std::uint64_t start) {
 
   PCMStream stream;
   stream.description.fileTypeID = fourCCFrom("NeXT");
-  stream.description.layout = defaultLayout(stated.channelCount);
+  stream.description.layout = monoOrStereoLayout(stated.channelCount);
   if (!isLinearPCM(encoding, stated)) {
     setCompressed(stream, codeOf(encoding), stated.sampleRate, stated.channelCount);
     return stream;
   }
   setLinearPCM(stream, stated);
-  const std::uint64_t rest = file.size() - std::min(start + offset, file.size());
   // All ones is this format's proper "not known"; a 0 comes from writers that were cut off.
-  auto extent = Chunk::Extent::exact;
-  if (size == 0 && rest > 0) extent = Chunk::Extent::open;
-  if (size != UINT32_MAX && size > rest) extent = Chunk::Extent::cutShort;
-  const bool isToTheEnd = size == 0 || size == UINT32_MAX;
-  setAudioData(stream, start + offset, isToTheEnd ? rest : std::min<std::uint64_t>(size, rest),
-               extent);
+  const bool isToTheEnd = size == UINT32_MAX && start + offset < file.size();
+  setStatedAudioData(stream, file, start + offset,
+                     isToTheEnd ? file.size() - start - offset : std::uint64_t{size});
   return stream;
 }
 

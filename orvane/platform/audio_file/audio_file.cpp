@@ -8,6 +8,8 @@
 #include "orvane/platform/audio_file/caf_parser.h"
 #include "orvane/platform/audio_file/compressed_audio_file.h"
 #include "orvane/platform/audio_file/container_sniffer.h"
+#include "orvane/platform/audio_file/matlab_parser.h"
+#include "orvane/platform/audio_file/old_format_parser.h"
 #include "orvane/platform/audio_file/pcm_audio_file.h"
 #include "orvane/platform/audio_file/riff_parser.h"
 #include "orvane/platform/audio_file/wave64_parser.h"
@@ -21,7 +23,7 @@ constexpr double kMaximumSampleRate = 10'000'000;
 
 using Parser = PCMStream (*)(const InputFile&, std::uint64_t start);
 
-/// The parser of a container of PCM; null for every other container.
+/// The parser of a container that needs no decoder; null for every other container.
 Parser parserOf(FourCC fileTypeID) {
   switch (fileTypeID) {
     case fourCCFrom("WAVE"):
@@ -37,8 +39,12 @@ Parser parserOf(FourCC fileTypeID) {
       return parseCAF;
     case fourCCFrom("NeXT"):
       return parseAU;
+    case fourCCFrom("MAT4"):
+      return parseMATLAB4;
+    case fourCCFrom("MAT5"):
+      return parseMATLAB5;
     default:
-      return nullptr;
+      return oldFormatParser(fileTypeID);
   }
 }
 
@@ -104,6 +110,7 @@ std::unique_ptr<AudioFile> AudioFile::open(const std::filesystem::path& path,
   if (const Parser parse = parserOf(container.fileTypeID)) {
     PCMStream stream = parse(file, container.start);
     const StreamDescription& format = stream.description.dataFormat;
+    if (!stream.refusal.empty()) throw PlatformError(path, stream.refusal);
     if (format.formatID == kFormatLinearPCM) {
       refuseImpossibleFormat(path, format);
       if (stream.sample.bytes == 0)
@@ -126,7 +133,8 @@ std::optional<AudioFileDescription> describeAudioFile(const std::filesystem::pat
     const Parser parse = parserOf(container.fileTypeID);
     if (parse == nullptr) return describeCompressedAudioFile(path, container.fileTypeID);
     PCMStream stream = parse(file, container.start);
-    if (stream.description.dataFormat.formatID == kFormatLinearPCM) return stream.description;
+    const bool isKnown = stream.description.dataFormat.formatID == kFormatLinearPCM;
+    if (isKnown || !stream.refusal.empty()) return stream.description;
     // The decoder knows more (the source's depth); the header must do where it does not know.
     auto description = describeCompressedAudioFile(path, container.fileTypeID);
     return description ? std::move(description) : std::move(stream.description);

@@ -44,12 +44,6 @@ void applyDescription(PCMStream& stream, const HeaderFields& body) {
   setLinearPCM(stream, stated);
 }
 
-std::optional<ChannelLayout> defaultLayout(std::uint32_t channels) {
-  if (channels == 1) return ChannelLayout::fromTag(ChannelLayoutTags::mono);
-  if (channels == 2) return ChannelLayout::fromTag(ChannelLayoutTags::stereo);
-  return {};  // more than two channels need a layout chunk
-}
-
 }  // namespace
 
 PCMStream parseCAF(const InputFile& file, std::uint64_t start) {
@@ -68,7 +62,7 @@ PCMStream parseCAF(const InputFile& file, std::uint64_t start) {
   const std::uint32_t channels = stream.description.dataFormat.channelsPerFrame;
   const Chunk* const layout = list.find(fourCCFrom("chan"));
   stream.description.layout =
-      layout != nullptr ? readLayoutChunk(file, *layout, channels) : defaultLayout(channels);
+      layout != nullptr ? readLayoutChunk(file, *layout, channels) : monoOrStereoLayout(channels);
   if (const Chunk* const data = list.find(kData)) {
     const std::uint64_t skip = std::min(kEditCountBytes, data->size);
     // "To the end" is a proper size in this format, so it needs no warning.

@@ -8,6 +8,7 @@
 
 #include "orvane/platform/audio_file/frame_sync.h"
 #include "orvane/platform/audio_file/iso_media.h"
+#include "orvane/platform/audio_file/size_sniffer.h"
 #include "orvane/platform/audio_file/text_sniffer.h"
 
 namespace orvane {
@@ -55,6 +56,7 @@ constexpr Signature kSignatures[] = {
     {"amrf", 0, "#!AMR-WB_MC1.0\n"},
     // Video and streaming containers.
     {"AVI ", 0, "RIFF", 8, "AVI "},
+    {"AMV ", 0, "RIFF", 8, "AMV "},
     {"ASF ", 0, kASFHeader},
     {"FLV ", 0, "FLV\1"},
     {"RM  ", 0, ".RMF"},
@@ -117,8 +119,11 @@ constexpr Signature kSignatures[] = {
     {"XI  ", 0, "Extended Instrument: "},
     {"WVE ", 0, "ALawSoundFile**\0"sv},
     {"SMP ", 0, "SOUND SAMPLE DATA "},
+    {"SNDT", 0, "SOUND\x1A"},
     {"TXW ", 0, "LM8953"},
-    {"DVMS", 0, "DVSM"},
+    {"PRC ", 0, "\x37\0\0\x10\x6D\0\0\x10\x7E\0\0\x10"sv},
+    {"GSRT", 6, "\1\0\0\0"sv, 16, "ring.bin\0"sv},
+    {"DAT ", 0, "; Sample Rate "},
 };
 
 bool hasAt(Bytes head, std::size_t offset, std::string_view bytes) {
@@ -195,6 +200,7 @@ SniffedContainer sniffContainer(const InputFile& file) {
   if (!code) code = sniffEBML(head);
   if (!code) code = sniffISOMedia(head);
   if (!code) code = sniffTransportStream(head);
+  if (!code) code = sniffBySize(head, file.size() - std::min(start, file.size()));
   if (!code && isText(head)) {
     return {.kind = isPlaylistText(head) ? playlist : text, .fileTypeID = 0, .start = start};
   }

@@ -70,6 +70,21 @@ void setAudioData(PCMStream& stream, std::uint64_t offset, std::uint64_t size,
   if (extent == Chunk::Extent::cutShort) addWarning(stream, AudioFileWarning::Code::truncatedAudio);
 }
 
+void setStatedAudioData(PCMStream& stream, const InputFile& file, std::uint64_t offset,
+                        std::uint64_t statedSize) {
+  const std::uint64_t rest = file.size() - std::min(offset, file.size());
+  auto extent = Chunk::Extent::exact;
+  if (statedSize == 0 && rest > 0) extent = Chunk::Extent::open;
+  if (statedSize > rest) extent = Chunk::Extent::cutShort;
+  setAudioData(stream, offset, statedSize == 0 ? rest : std::min(statedSize, rest), extent);
+}
+
+std::optional<ChannelLayout> monoOrStereoLayout(std::uint32_t channels) {
+  if (channels == 1) return ChannelLayout::fromTag(ChannelLayoutTags::mono);
+  if (channels == 2) return ChannelLayout::fromTag(ChannelLayoutTags::stereo);
+  return {};
+}
+
 void addWarning(PCMStream& stream, AudioFileWarning::Code code) {
   auto& warnings = stream.description.warnings;
   if (std::ranges::find(warnings, code, &AudioFileWarning::code) == warnings.end())

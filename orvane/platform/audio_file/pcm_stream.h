@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -30,6 +31,8 @@ struct PCMStream {
   std::uint64_t dataOffset = 0;  ///< of the first sample, from the file's start, bytes
   std::uint64_t frameCount = 0;  ///< whole frames that the file really holds
   std::vector<Chunk> chunks{};   ///< every chunk, for those who rewrite the file
+  /// Why samples that are well described cannot be read, for the user; empty when they can.
+  std::string refusal{};
 
   bool operator==(const PCMStream&) const = default;
 };
@@ -55,6 +58,14 @@ void setCompressed(PCMStream& stream, FourCC formatID, double sampleRate,
 /// Where the samples lie: from `offset`, `size` bytes. Adds the warnings that the extent calls for.
 void setAudioData(PCMStream& stream, std::uint64_t offset, std::uint64_t size,
                   Chunk::Extent extent);
+
+/// The same for a header that states `statedSize` bytes, whatever the file holds: 0 before a rest
+/// is a size left open.
+void setStatedAudioData(PCMStream& stream, const InputFile& file, std::uint64_t offset,
+                        std::uint64_t statedSize);
+
+/// The layout of a file that cannot or does not state one: absent for more than two channels.
+std::optional<ChannelLayout> monoOrStereoLayout(std::uint32_t channels);
 
 /// Adds a warning with its fixed text.
 void addWarning(PCMStream& stream, AudioFileWarning::Code code);

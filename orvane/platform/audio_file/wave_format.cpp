@@ -32,6 +32,10 @@ FourCC codeOfTag(std::uint16_t tag) {
       return fourCCFrom("ulaw");
     case 0x0011:
       return fourCCFrom("ima4");
+    case 0x0014:
+    case 0x0040:
+    case 0x0045:
+      return fourCCFrom("g726");  // the first two once called G.723 and G.721
     case 0x0031:
       return fourCCFrom("agsm");
     case 0x0050:

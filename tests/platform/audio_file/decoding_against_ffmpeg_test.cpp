@@ -2,18 +2,18 @@
 
 #include <gtest/gtest.h>
 
-#include <sndfile.h>
-
 #include <array>
-#include <cstring>
-#include <memory>
 
+#include "tests/platform/audio_file/peer_decoding.h"
 #include "tests/support/ffmpeg_comparison.h"
-#include "tests/support/file_reading.h"
 #include "tests/support/tool_runner.h"
 
 namespace orvane {
 namespace {
+
+using test::expectEqualToLibsndfile;
+using test::expectEqualToSoX;
+using test::writeWithLibsndfile;
 
 using Arguments = std::vector<std::string>;
 
@@ -34,25 +34,6 @@ std::filesystem::path noise(const std::filesystem::path& folder, int channels) {
   return target;
 }
 
-/// Writes noise of full scale with libsndfile; false where it has no such encoding.
-bool writeWithLibsndfile(const std::filesystem::path& path, int format, int channels) {
-  SF_INFO info{};
-  info.samplerate = 48000;
-  info.channels = channels;
-  info.format = format;
-  if (sf_format_check(&info) == 0) return false;
-  const std::unique_ptr<SNDFILE, decltype(&sf_close)> file(sf_open(path.c_str(), SFM_WRITE, &info),
-                                                           &sf_close);
-  if (!file) return false;
-  std::vector<double> samples(static_cast<std::size_t>(997 * channels));
-  std::uint64_t state = 1;
-  for (double& sample : samples) {
-    state = state * 6364136223846793005U + 1442695040888963407U;
-    sample = static_cast<double>(static_cast<std::int64_t>(state)) * 0x1p-63;
-  }
-  return sf_writef_double(file.get(), samples.data(), 997) == 997;
-}
-
 /// FFmpeg does not know little-endian AU nor AIFF-C's types for little-endian 24 and 32 bits, and
 /// takes the samples of big-endian WAVE for little-endian ones.
 bool isBeyondFFmpeg(int container, int encoding, int order) {
@@ -61,30 +42,6 @@ bool isBeyondFFmpeg(int container, int encoding, int order) {
   return container == SF_FORMAT_AU ||
          (container == SF_FORMAT_AIFF &&
           (encoding == SF_FORMAT_PCM_24 || encoding == SF_FORMAT_PCM_32));
-}
-
-void expectEqualToLibsndfile(const std::filesystem::path& path) {
-  SCOPED_TRACE(path.filename().string());
-  SF_INFO info{};
-  const std::unique_ptr<SNDFILE, decltype(&sf_close)> file(sf_open(path.c_str(), SFM_READ, &info),
-                                                           &sf_close);
-  ASSERT_TRUE(file);
-  std::vector<double> samples(static_cast<std::size_t>(info.frames * info.channels));
-  ASSERT_EQ(sf_readf_double(file.get(), samples.data(), info.frames), info.frames);
-  const auto buffer = test::readWhole(path);
-  ASSERT_TRUE(buffer);
-  test::expectSamples(*buffer, samples);
-}
-
-void expectEqualToSoX(const std::filesystem::path& path) {
-  SCOPED_TRACE(path.filename().string());
-  const std::string raw = test::runTool(
-      "sox", {path.string(), "-t", "raw", "-e", "floating-point", "-b", "64", "-L", "-"});
-  std::vector<double> samples(raw.size() / sizeof(double));
-  std::memcpy(samples.data(), raw.data(), samples.size() * sizeof(double));
-  const auto buffer = test::readWhole(path);
-  ASSERT_TRUE(buffer);
-  test::expectSamples(*buffer, samples);
 }
 
 TEST(DecodingAgainstFFmpeg, FilesOfFFmpeg) {
