@@ -45,12 +45,13 @@ TEST(WellFormedUTF8, ReplacesEachMalformedByte) {
 
 TEST(IsDeceptive, FindsControlsDirectionMarksAndInvisibleCharacters) {
   for (const char32_t character :
-       {0x0, 0x1B, 0x7F, 0x9F, 0xAD, 0x200B, 0x200F, 0x202E, 0x2066, 0xFEFF, 0xE0041})
+       {0x0U, 0x1BU, 0x7FU, 0x9FU, 0xADU, 0x200BU, 0x200FU, 0x202EU, 0x2066U, 0xFEFFU, 0xE0041U})
     EXPECT_TRUE(isDeceptive(character)) << static_cast<unsigned>(character);
 }
 
 TEST(IsDeceptive, LeavesTextAloneAndTheJoinersThatScriptsNeed) {
-  for (const char32_t character : {0x20, 0x41, 0xA0, 0xE9, 0x5D0, 0x200C, 0x200D, 0x4E2D, 0x1F600})
+  for (const char32_t character :
+       {0x20U, 0x41U, 0xA0U, 0xE9U, 0x5D0U, 0x200CU, 0x200DU, 0x4E2DU, 0x1F600U})
     EXPECT_FALSE(isDeceptive(character)) << static_cast<unsigned>(character);
 }
 
