@@ -62,7 +62,7 @@ constexpr std::array kOldPCM = {fourCCFrom("PAF "), fourCCFrom("SMP "), fourCCFr
 /// And of those that are only described.
 constexpr std::array kOldOthers = {fourCCFrom("TXW "), fourCCFrom("XI  "), fourCCFrom("WVE "),
                                    fourCCFrom("PRC "), fourCCFrom("GSRT"), fourCCFrom("DVMS"),
-                                   fourCCFrom("DAT ")};
+                                   fourCCFrom("DAT "), fourCCFrom("ASFS")};
 
 bool isMATLAB(FourCC container) {
   return container == fourCCFrom("MAT4") || container == fourCCFrom("MAT5");

@@ -179,6 +179,23 @@ void writeOldFormats(const SeedFolder& seeds) {
                 .zeros(20)
                 .bytes());
   seeds.add(ByteWriter().zeros(6).text("\1\0\0\0"sv).zeros(6).text("ring.bin").zeros(30).bytes());
+  seeds.add(ByteWriter()
+                .text("$H")
+                .zeros(10)
+                .text("\x30\x26\xB2\x75\x8E\x66\xCF\x11\xA6\xD9\0\xAA\0\x62\xCE\x6C"sv)
+                .u64(200)
+                .u32(1)
+                .u16(0x0201)
+                .u64(0x11CFA9B7B7DC0791)
+                .u64(0)
+                .u64(100)
+                .u64(0x11CF5B4DF8699E40)
+                .zeros(46)
+                .u16(0x0161)
+                .u16(2)
+                .u32(44100)
+                .zeros(50)
+                .bytes());
   seeds.add(ByteWriter().text("; Sample Rate 8000\n; Channels 1\n0 0\n").bytes());
 }
 

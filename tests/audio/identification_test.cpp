@@ -77,6 +77,7 @@ const std::vector<Kind>& kindsOfFFmpeg() {
       {"voc", {}, "VOC", "16-bit integer"},
       {"dts", {"-strict", "-2"}, "DTS", "dts"},
       {"sbc", {}, "SBC", "sbc"},
+      {"asf_stream", {"-c:a", "wmav2"}, "ASFS", "wma2"},
       {"rso", {}, "RSO", "8-bit integer"},
       {"smjpeg", {}, "smjp", "16-bit integer"},
       {"argo_asf", {}, "argo", "adpc"},

@@ -58,6 +58,7 @@ constexpr Signature kSignatures[] = {
     {"AVI ", 0, "RIFF", 8, "AVI "},
     {"AMV ", 0, "RIFF", 8, "AMV "},
     {"ASF ", 0, kASFHeader},
+    {"ASFS", 0, "$H", 12, kASFHeader},
     {"FLV ", 0, "FLV\1"},
     {"RM  ", 0, ".RMF"},
     {"RA  ", 0, ".ra\xFD"},

@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "orvane/platform/audio_file/header_fields.h"
+#include "orvane/platform/audio_file/wave_format.h"
 #include "orvane/platform/error.h"
 
 namespace orvane {
@@ -223,6 +224,33 @@ PCMStream parseTextTable(const InputFile& file, std::uint64_t start) {
   return stream;
 }
 
+/// An ASF file as it is sent over a network: its header object in a frame of 12 bytes. The first
+/// audio stream's properties hold the format of a WAVE file.
+PCMStream parseASFStream(const InputFile& file, std::uint64_t start) {
+  constexpr std::uint64_t kFrame = 12;
+  constexpr std::uint64_t kObject = 24;  // GUID, size
+  constexpr std::uint32_t kMostObjects = 64;
+  // The first half of either GUID tells it from all others.
+  constexpr std::uint64_t kStreamProperties = 0x11CFA9B7B7DC0791;
+  constexpr std::uint64_t kAudioMedia = 0x11CF5B4DF8699E40;
+  const HeaderFields head(file, start + kFrame, kObject + 6, kLittle);
+  std::uint64_t at = start + kFrame + kObject + 6;
+  for (std::uint32_t i = 0; i < std::min(head.u32(kObject), kMostObjects); ++i) {
+    const HeaderFields object(file, at, kObject + 62, kLittle);
+    if (object.u64(0) == kStreamProperties && object.u64(kObject) == kAudioMedia) {
+      const std::size_t format = kObject + 54;
+      PCMStream stream = compressed(fourCCFrom("ASFS"), codecOfWaveTag(object.u16(format)),
+                                    object.u32(format + 4), object.u16(format + 2));
+      refuse(stream, "ASF network streams");
+      return stream;
+    }
+    const std::uint64_t size = object.u64(16);
+    if (size < kObject || size > file.size() - at) break;
+    at += size;
+  }
+  throw PlatformError(file.path(), "The file holds no audio");
+}
+
 }  // namespace
 
 OldFormatParser oldFormatParser(FourCC fileTypeID) {
@@ -249,6 +277,8 @@ OldFormatParser oldFormatParser(FourCC fileTypeID) {
       return parseRingTone;
     case fourCCFrom("DVMS"):
       return parseDVMS;
+    case fourCCFrom("ASFS"):
+      return parseASFStream;
     case fourCCFrom("DAT "):
       return parseTextTable;
     default:

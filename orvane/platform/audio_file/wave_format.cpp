@@ -21,40 +21,6 @@ constexpr std::uint16_t kTagExtensible = 0xFFFE;
 constexpr std::array<std::uint32_t, 8> kDefaultMasks = {0x4,  0x3,  0x7,   0x33,
                                                         0x37, 0x3F, 0x70F, 0x63F};
 
-/// Codes of the compressed formats that are found in WAVE files, by format tag.
-FourCC codeOfTag(std::uint16_t tag) {
-  switch (tag) {
-    case 0x0002:
-      return fourCCFrom("msad");  // Microsoft ADPCM
-    case 0x0006:
-      return fourCCFrom("alaw");
-    case 0x0007:
-      return fourCCFrom("ulaw");
-    case 0x0011:
-      return fourCCFrom("ima4");
-    case 0x0014:
-    case 0x0040:
-    case 0x0045:
-      return fourCCFrom("g726");  // the first two once called G.723 and G.721
-    case 0x0031:
-      return fourCCFrom("agsm");
-    case 0x0050:
-      return fourCCFrom(".mp2");
-    case 0x0055:
-      return fourCCFrom(".mp3");
-    case 0x00FF:
-    case 0x1600:
-    case 0x1610:
-      return fourCCFrom("aac ");
-    case 0x2000:
-      return fourCCFrom("ac-3");
-    case 0xF1AC:
-      return fourCCFrom("flac");
-    default:
-      return tag;
-  }
-}
-
 /// What lies behind the basic fields of an extensible format.
 struct Extension {
   std::uint16_t tag = 0;
@@ -124,7 +90,7 @@ void applyFormat(PCMStream& stream, const HeaderFields& body, bool isBigEndian) 
     }
     setLinearPCM(stream, stated);
   } else {
-    setCompressed(stream, codeOfTag(tag), sampleRate, channels);
+    setCompressed(stream, codecOfWaveTag(tag), sampleRate, channels);
   }
   if (!hasOwnMask && channels >= 1 && channels <= kDefaultMasks.size())
     mask = kDefaultMasks[channels - 1];
@@ -132,6 +98,47 @@ void applyFormat(PCMStream& stream, const HeaderFields& body, bool isBigEndian) 
 }
 
 }  // namespace
+
+FourCC codecOfWaveTag(std::uint16_t tag) {
+  switch (tag) {
+    case 0x0002:
+      return fourCCFrom("msad");  // Microsoft ADPCM
+    case 0x0006:
+      return fourCCFrom("alaw");
+    case 0x0007:
+      return fourCCFrom("ulaw");
+    case 0x0011:
+      return fourCCFrom("ima4");
+    case 0x0014:
+    case 0x0040:
+    case 0x0045:
+      return fourCCFrom("g726");  // the first two once called G.723 and G.721
+    case 0x0031:
+      return fourCCFrom("agsm");
+    case 0x0050:
+      return fourCCFrom(".mp2");
+    case 0x0055:
+      return fourCCFrom(".mp3");
+    case 0x00FF:
+    case 0x1600:
+    case 0x1610:
+      return fourCCFrom("aac ");
+    case 0x0160:
+      return fourCCFrom("wma1");
+    case 0x0161:
+      return fourCCFrom("wma2");
+    case 0x0162:
+      return fourCCFrom("wmap");
+    case 0x0163:
+      return fourCCFrom("wmal");
+    case 0x2000:
+      return fourCCFrom("ac-3");
+    case 0xF1AC:
+      return fourCCFrom("flac");
+    default:
+      return tag;
+  }
+}
 
 PCMStream waveStream(const InputFile& file, FourCC fileTypeID, ChunkList list,
                      std::endian byteOrder) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <bit>
+#include <cstdint>
 
 #include "orvane/platform/audio_file/pcm_stream.h"
 
@@ -8,6 +9,9 @@ namespace orvane {
 
 inline constexpr FourCC kWaveFormatID = fourCCFrom("fmt ");
 inline constexpr FourCC kWaveDataID = fourCCFrom("data");
+
+/// The code of a compressed format by its WAVE format tag; the tag itself where there is none.
+FourCC codecOfWaveTag(std::uint16_t tag);
 
 /// The stream that the format and data chunks of a WAVE file describe, in whichever way the chunks
 /// are headed. Throws `PlatformError` without a format chunk, or with one that is cut short.

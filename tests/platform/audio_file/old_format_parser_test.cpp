@@ -78,6 +78,17 @@ Bytes ringTone(std::uint64_t encoding) {
       .bytes();
 }
 
+/// Two objects: one of `foreignSize` bytes that is not audio, then an audio stream's.
+Bytes asfStream(std::uint64_t foreignSize = 40) {
+  constexpr std::string_view kHeader =
+      "\x30\x26\xB2\x75\x8E\x66\xCF\x11\xA6\xD9\0\xAA\0\x62\xCE\x6C"sv;
+  ByteWriter file;
+  file.text("$H").zeros(10).text(kHeader).u64(200).u32(2).u16(0x0201);
+  file.zeros(16).u64(foreignSize).zeros(16);
+  file.u64(0x11CFA9B7B7DC0791).u64(0x6553200CC000E68E).u64(100).u64(0x11CF5B4DF8699E40);
+  return file.zeros(46).u16(0x0161).u16(2).u32(44'100).zeros(50).bytes();
+}
+
 Bytes textTable(std::string_view text) {
   return ByteWriter().text(text).bytes();
 }
@@ -157,6 +168,17 @@ TEST_F(OldFormatParserTest, TellsTheEncodingOfARingTone) {
   EXPECT_EQ(formatOf(ringTone(8)).formatID, fourCCFrom("alaw"));
 }
 
+TEST_F(OldFormatParserTest, FindsTheAudioOfANetworkStream) {
+  const auto format = formatOf(asfStream());
+  EXPECT_EQ(format.formatID, fourCCFrom("wma2"));
+  EXPECT_EQ(format.channelsPerFrame, 2U);
+  EXPECT_EQ(format.sampleRate, 44'100);
+  EXPECT_EQ(failureOf(asfStream()), "ASF network streams can be identified but not read");
+  for (const std::uint64_t size :
+       {std::uint64_t{0}, std::uint64_t{23}, std::uint64_t{4096}, UINT64_MAX})
+    EXPECT_EQ(failureOf(asfStream(size)), "The file holds no audio") << size;
+}
+
 TEST_F(OldFormatParserTest, TextTablesMustStateRateAndChannels) {
   const auto format = formatOf(textTable("; Sample Rate 44100\r\n; Channels 2\r\n 0 0.5 0.5\r\n"));
   EXPECT_EQ(format.sampleRate, 44'100);
@@ -200,6 +222,7 @@ TEST_F(OldFormatParserTest, HeadersCutShortAreRefused) {
   expectRefused(instrument(1, 0, 0, 0), 298 + 17, 21);
   expectRefused(psionRecord(0), 48, 12);
   expectRefused(ringTone(0), 34, 25);
+  expectRefused(asfStream(), 42 + 40 + 86, 28);
 }
 
 }  // namespace
