@@ -13,6 +13,7 @@
 #include "orvane/edit/edit_output_guard.h"
 #include "orvane/platform/atomic_file.h"
 #include "orvane/platform/error.h"
+#include "orvane/platform/parallel.h"
 #include "orvane/report/pdf_report_renderer.h"
 
 namespace orvane::cli {
@@ -162,10 +163,13 @@ ReportOutputs::ReportOutputs(const ReportOutputOptions& options, std::span<const
     fs::create_directories(options.folder, failure);
     if (failure) throw PlatformError(options.folder, failure);
   }
-  check(inputs, otherFilesRead);
+  const bool needsBrowser = check(inputs, otherFilesRead);
+  if (!needsBrowser) return;
+  bootstrapAppKitForHeadlessRendering();
+  renderer_.prepareForPDF();
 }
 
-void ReportOutputs::check(std::span<const InputName> inputs,
+bool ReportOutputs::check(std::span<const InputName> inputs,
                           std::span<const fs::path> otherFilesRead) const {
   ReadFiles read;
   const auto note = [&read](const fs::path& path) {
@@ -187,22 +191,27 @@ void ReportOutputs::check(std::span<const InputName> inputs,
       opened(*output.path, force_);  // and dropped again
     }
   }
-  if (needsBrowser) bootstrapAppKitForHeadlessRendering();
+  return needsBrowser;
 }
 
 std::string ReportOutputs::write(std::size_t inputIndex, const OrvaneReport& report,
                                  std::vector<std::string>& warnings) {
   std::string forStandardOutput;
-  for (const Output& output : outputs_[inputIndex]) {
+  // While the browser lays the PDF out, the others are made.
+  auto outputs = outputs_[inputIndex];
+  std::ranges::stable_partition(
+      outputs, [](const Output& output) { return output.format == ReportFormat::pdf; });
+  parallelFor(2, outputs.size(), [&](std::size_t index) {
+    const Output& output = outputs[index];
     std::string content = renderer_.render(report, output.format, warnings);
     if (!output.path) {
       forStandardOutput = std::move(content);
-      continue;
+      return;
     }
     AtomicFile file = opened(*output.path, force_);
     file.write(content);
     file.commit();
-  }
+  });
   return forStandardOutput;
 }
 

@@ -60,7 +60,7 @@ class ReportOutputs {
     std::optional<std::filesystem::path> path{};  ///< absent for standard output
   };
 
-  void check(std::span<const InputName> inputs,
+  bool check(std::span<const InputName> inputs,
              std::span<const std::filesystem::path> otherFilesRead) const;
 
   bool isAny_ = false;

@@ -1,8 +1,10 @@
 #include "cli/report_rendering.h"
 
 #include <chrono>
+#include <system_error>
 
 #include "cli/interruption.h"
+#include "orvane/platform/browser/patience.h"
 #include "orvane/platform/progress.h"
 #include "orvane/report/csv_report_builder.h"
 #include "orvane/report/html_report_builder.h"
@@ -13,6 +15,12 @@ namespace {
 
 /// A browser that takes longer for one page will not come to an end.
 constexpr std::chrono::minutes kPatience{2};
+
+/// Ctrl-C ends the browser as well.
+class Interrupter : public ProgressObserver {
+  void onProgress(std::string_view, double) override {}
+  bool isCancelled() override { return Interruption::isRequested(); }
+};
 
 }  // namespace
 
@@ -50,6 +58,19 @@ std::string_view fileSuffix(ReportFormat format) noexcept {
   return {};
 }
 
+void ReportRenderer::prepareForPDF() {
+  const auto start = [this] {
+    Interrupter interrupter;
+    browser_.warmUp(
+        {.deadline = std::chrono::steady_clock::now() + kPatience, .observer = &interrupter});
+  };
+  try {
+    preparation_ = std::async(std::launch::async, start).share();
+  } catch (const std::system_error&) {
+    // No thread to be had: the first PDF starts the browser.
+  }
+}
+
 std::string ReportRenderer::render(const OrvaneReport& report, ReportFormat format,
                                    std::vector<std::string>& warnings) {
   switch (format) {
@@ -71,11 +92,8 @@ std::string ReportRenderer::html(const OrvaneReport& report) const {
 }
 
 std::string ReportRenderer::pdf(const OrvaneReport& report, std::vector<std::string>& warnings) {
-  /// Ctrl-C ends the browser as well.
-  class Interrupter : public ProgressObserver {
-    void onProgress(std::string_view, double) override {}
-    bool isCancelled() override { return Interruption::isRequested(); }
-  } interrupter;
+  if (auto preparation = preparation_; preparation.valid()) preparation.wait();
+  Interrupter interrupter;
   PDFReportRenderer::Execution execution{
       .deadline = kPatience, .session = &browser_, .warnings = &warnings, .observer = &interrupter};
   if (sourceDate_) execution.sourceDateEpoch = sourceDate_->time_since_epoch().count();

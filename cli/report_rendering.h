@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <future>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -30,6 +31,10 @@ class ReportRenderer {
   /// With a `sourceDate` nothing in the reports depends on the place and hour of their making.
   explicit ReportRenderer(const std::optional<Date>& sourceDate) : sourceDate_(sourceDate) {}
 
+  /// Starts the browser in the background, so that a PDF need not wait for it. What goes wrong is
+  /// told by the rendering.
+  void prepareForPDF();
+
   /// `warnings` gets a sentence for everything that a reader of the result may miss. Throws
   /// `Error`, for PDF alone.
   std::string render(const OrvaneReport& report, ReportFormat format,
@@ -40,7 +45,8 @@ class ReportRenderer {
   std::string pdf(const OrvaneReport& report, std::vector<std::string>& warnings);
 
   std::optional<Date> sourceDate_;
-  BrowserSession browser_{};  ///< started by the first PDF
+  BrowserSession browser_{};  ///< started by the preparation or the first PDF
+  std::shared_future<void> preparation_{};
 };
 
 }  // namespace orvane::cli

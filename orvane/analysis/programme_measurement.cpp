@@ -15,9 +15,10 @@ namespace {
 using Channels = std::vector<const float*>;
 
 /// Bytes of audio that a meter takes at a time, between two looks at the observer, and frames at
-/// most: about a minute and a half at 48 kHz. Longer slices measure no faster.
-constexpr std::size_t kSliceBytes = std::size_t{32} << 20;
-constexpr std::size_t kLongestSlice = std::size_t{1} << 22;
+/// most: three quarters of a minute at 48 kHz. Longer slices measure no faster, and a programme of
+/// some minutes would wait longer for its first one.
+constexpr std::size_t kSliceBytes = std::size_t{16} << 20;
+constexpr std::size_t kLongestSlice = std::size_t{1} << 21;
 
 /// Frames of a slice: the same for streams and loaded audio, so that their figures are the same.
 std::size_t sliceFrames(std::size_t channelCount) {

@@ -39,6 +39,10 @@ std::unique_ptr<BrowserPage> BrowserSession::takeIdlePage(const HeadlessBrowser*
   return nullptr;
 }
 
+void BrowserSession::warmUp(const Patience& patience) {
+  keepPage(takePage(patience));
+}
+
 std::unique_ptr<BrowserPage> BrowserSession::takePage(const Patience& patience) {
   auto browser = acquire();
   // Whether it answers at all. If not, nobody is to be given this browser again.

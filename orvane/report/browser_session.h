@@ -25,6 +25,10 @@ class ORVANE_API BrowserSession {
   BrowserSession(const BrowserSession&) = delete;
   BrowserSession& operator=(const BrowserSession&) = delete;
 
+  /// Starts the browser with a page, so that a rendering that comes later finds them ready. Throws
+  /// what `takePage` throws.
+  void warmUp(const Patience& patience);
+
   /// For the renderer: a page of the running browser that nobody else uses. Throws `BrowserError`,
   /// `PlatformError` and `Cancelled`.
   std::unique_ptr<BrowserPage> takePage(const Patience& patience);
