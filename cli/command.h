@@ -3,9 +3,9 @@
 #include <CLI/CLI.hpp>
 #include <functional>
 
-#include "cli/console.h"
 #include "cli/exit_code.h"
-#include "cli/file_list.h"
+#include "cli/options/file_list.h"
+#include "cli/terminal/console.h"
 
 namespace orvane::cli {
 

@@ -6,19 +6,19 @@
 #include <optional>
 #include <string>
 
-#include "cli/analyze_command.h"
 #include "cli/command.h"
-#include "cli/dialogue_command.h"
-#include "cli/help_formatter.h"
-#include "cli/identify_command.h"
+#include "cli/commands/analyze_command.h"
+#include "cli/commands/dialogue_command.h"
+#include "cli/commands/identify_command.h"
+#include "cli/commands/report_command.h"
+#include "cli/commands/targets_command.h"
 #include "cli/interruption.h"
-#include "cli/report_command.h"
-#include "cli/targets_command.h"
+#include "cli/terminal/help_formatter.h"
 #include "cli/usage_error.h"
 #include "cli/write_signals.h"
-#include "orvane/platform/audio_file/audio_file.h"
+#include "orvane/container/audio_file.h"
 #include "orvane/platform/error.h"
-#include "orvane/speech/vad_manager.h"
+#include "orvane/speech/detector/vad_manager.h"
 
 namespace orvane::cli {
 namespace {

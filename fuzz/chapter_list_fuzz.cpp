@@ -6,7 +6,7 @@
 
 #include "orvane/analysis/chapter_measurement.h"
 #include "orvane/audio/chapter_list.h"
-#include "orvane/platform/utf8.h"
+#include "orvane/text/utf8.h"
 
 namespace {
 

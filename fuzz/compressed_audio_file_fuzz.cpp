@@ -4,7 +4,7 @@
 
 #include "fuzz/memory_file.h"
 #include "fuzz/require.h"
-#include "orvane/platform/audio_file/audio_file.h"
+#include "orvane/container/audio_file.h"
 #include "orvane/platform/error.h"
 
 namespace {

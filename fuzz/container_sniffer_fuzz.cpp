@@ -3,7 +3,7 @@
 
 #include "fuzz/memory_file.h"
 #include "fuzz/require.h"
-#include "orvane/platform/audio_file/container_sniffer.h"
+#include "orvane/container/sniff/container_sniffer.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
   using orvane::SniffedContainer;

@@ -7,8 +7,8 @@
 #include <string_view>
 
 #include "fuzz/require.h"
-#include "orvane/speech/dialogue_json.h"
-#include "orvane/speech/dialogue_timeline_formats.h"
+#include "orvane/speech/dialogue/dialogue_json.h"
+#include "orvane/speech/dialogue/dialogue_timeline_formats.h"
 
 namespace {
 

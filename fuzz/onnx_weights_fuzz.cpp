@@ -7,9 +7,9 @@
 #include <span>
 #include <string>
 
-#include "orvane/speech/onnx_weights.h"
-#include "tests/speech/onnx_writer.h"
-#include "tests/speech/speech_test_support.h"
+#include "orvane/speech/detector/onnx_weights.h"
+#include "tests/speech/detector/onnx_writer.h"
+#include "tests/speech/detector/speech_test_support.h"
 
 namespace {
 

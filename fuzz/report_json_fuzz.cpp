@@ -5,9 +5,9 @@
 #include <string_view>
 
 #include "fuzz/require.h"
-#include "orvane/platform/utf8.h"
 #include "orvane/report/csv_report_builder.h"
-#include "orvane/report/html_report_builder.h"
+#include "orvane/report/html/html_report_builder.h"
+#include "orvane/text/utf8.h"
 
 namespace {
 

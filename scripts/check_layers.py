@@ -5,7 +5,6 @@ Compares the includes of orvane/ and cli/ with the layer table of docs/architect
 headers that include each other in a circle. Prints each finding; exit 1 if there is one.
 """
 
-import fnmatch
 import re
 import sys
 from pathlib import Path
@@ -29,10 +28,7 @@ def code_spans(cell):
 
 def read_layers(root):
     text = (root / "docs/architecture.md").read_text(encoding="utf-8")
-    allowed = {code_spans(row[0])[0]: set(code_spans(row[2])) for row in table(text, "layers")}
-    shared = [(file, user) for row in table(text, "shared files")
-              for file in code_spans(row[0]) for user in code_spans(row[1])]
-    return allowed, shared
+    return {code_spans(row[0])[0]: set(code_spans(row[2])) for row in table(text, "layers")}
 
 
 def read_includes(root):
@@ -52,7 +48,7 @@ def folder(file):
     return file.parts[1] if file.parts[0] == "orvane" and len(file.parts) > 2 else file.parts[0]
 
 
-def upward_includes(includes, allowed, shared):
+def upward_includes(includes, allowed):
     for file, targets in includes.items():
         source = folder(file)
         if source not in allowed:
@@ -60,10 +56,6 @@ def upward_includes(includes, allowed, shared):
             continue
         for target in targets:
             if folder(target) in allowed[source] | {source}:
-                continue
-            below_orvane = "/".join(target.parts[1:])
-            if any(user == source and fnmatch.fnmatch(below_orvane, pattern)
-                   for pattern, user in shared):
                 continue
             yield f"{file} includes {target}: '{source}' may not include '{folder(target)}'"
 
@@ -90,9 +82,9 @@ def cycles(includes):
 
 def main():
     root = Path(sys.argv[1])
-    allowed, shared = read_layers(root)
+    allowed = read_layers(root)
     includes = read_includes(root)
-    findings = list(upward_includes(includes, allowed, shared)) + list(cycles(includes))
+    findings = list(upward_includes(includes, allowed)) + list(cycles(includes))
     print(*findings, sep="\n", end="\n" if findings else "")
     print(f"{len(includes)} files, {len(findings)} findings")
     sys.exit(1 if findings else 0)

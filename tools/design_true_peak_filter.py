@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
-"""Designs the interpolation filters of orvane/core/polyphase_upsampler_taps.h.
+"""Designs the interpolation filters of orvane/core/peak/polyphase_upsampler_taps.h.
 
-Usage: python3 tools/design_true_peak_filter.py > orvane/core/polyphase_upsampler_taps.h
+Usage: python3 tools/design_true_peak_filter.py > orvane/core/peak/polyphase_upsampler_taps.h
 
 Each filter estimates the signal between two samples from as many samples on either side: a sinc
 under a raised-cosine window that reaches a quarter of a sample beyond the outermost one.

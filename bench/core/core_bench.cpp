@@ -6,11 +6,11 @@
 #include <string>
 #include <vector>
 
-#include "orvane/core/k_weighting.h"
-#include "orvane/core/k_weighting_kernel.h"
-#include "orvane/core/loudness_gating.h"
-#include "orvane/core/loudness_processor.h"
-#include "orvane/core/polyphase_upsampler.h"
+#include "orvane/core/loudness/k_weighting.h"
+#include "orvane/core/loudness/k_weighting_kernel.h"
+#include "orvane/core/loudness/loudness_gating.h"
+#include "orvane/core/loudness/loudness_processor.h"
+#include "orvane/core/peak/polyphase_upsampler.h"
 #include "tests/reference/loudness_reference.h"
 #include "tests/reference/true_peak_reference.h"
 #include "tests/support/random.h"

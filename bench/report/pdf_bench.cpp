@@ -6,11 +6,11 @@
 #include <memory>
 #include <vector>
 
-#include "orvane/platform/browser/browser_search.h"
-#include "orvane/platform/browser/headless_browser.h"
-#include "orvane/report/browser_page.h"
-#include "orvane/report/html_report_builder.h"
-#include "orvane/report/pdf_report_renderer.h"
+#include "orvane/report/html/html_report_builder.h"
+#include "orvane/report/pdf/browser/browser_search.h"
+#include "orvane/report/pdf/browser/headless_browser.h"
+#include "orvane/report/pdf/browser_page.h"
+#include "orvane/report/pdf/pdf_report_renderer.h"
 #include "tests/report/sample_reports.h"
 
 namespace {

@@ -4,7 +4,7 @@
 #include <string>
 
 #include "orvane/report/csv_report_builder.h"
-#include "orvane/report/html_report_builder.h"
+#include "orvane/report/html/html_report_builder.h"
 #include "tests/report/sample_reports.h"
 
 namespace {

@@ -19,8 +19,8 @@
 
 #include "bench/speech/onnx_runtime.h"
 #include "orvane/platform/pcm_buffer.h"
-#include "orvane/speech/silero_network.h"
-#include "orvane/speech/silero_vad_analyser.h"
+#include "orvane/speech/detector/silero_network.h"
+#include "orvane/speech/detector/silero_vad_analyser.h"
 
 namespace {
 

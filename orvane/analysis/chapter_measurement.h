@@ -5,9 +5,9 @@
 #include <vector>
 
 #include "orvane/analysis/selection_measurement.h"
+#include "orvane/container/chapter_mark.h"
 #include "orvane/core/chapter.h"
 #include "orvane/music/music_analysis_result.h"
-#include "orvane/platform/audio_file/chapter_mark.h"
 #include "orvane/platform/export.h"
 #include "orvane/platform/pcm_buffer.h"
 

@@ -3,9 +3,9 @@
 #include <span>
 #include <vector>
 
+#include "orvane/core/curve_points.h"
+#include "orvane/core/time_range.h"
 #include "orvane/platform/export.h"
-#include "orvane/platform/time_range.h"
-#include "orvane/report/curve_points.h"
 
 /// Where a programme is louder than its maker allows.
 namespace orvane::LoudnessViolations {

@@ -8,8 +8,8 @@
 #include "orvane/analysis/programme_measurement.h"
 #include "orvane/audio/audio_source_reader.h"
 #include "orvane/audio/audio_stream.h"
-#include "orvane/speech/silero_vad_analyser.h"
-#include "orvane/speech/speech_input_maker.h"
+#include "orvane/speech/detector/silero_vad_analyser.h"
+#include "orvane/speech/detector/speech_input_maker.h"
 
 namespace orvane::OfflineAnalysisPipeline {
 namespace {

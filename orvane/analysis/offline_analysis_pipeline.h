@@ -8,13 +8,13 @@
 #include <string>
 #include <vector>
 
-#include "orvane/platform/audio_file/audio_file.h"
+#include "orvane/container/audio_file.h"
+#include "orvane/core/curve_points.h"
 #include "orvane/platform/pcm_buffer.h"
 #include "orvane/platform/progress.h"
 #include "orvane/rawpcm/raw_pcm_format.h"
-#include "orvane/report/curve_points.h"
-#include "orvane/speech/dialogue_region.h"
-#include "orvane/speech/silero_vad_tuning.h"
+#include "orvane/speech/detector/silero_vad_tuning.h"
+#include "orvane/speech/dialogue/dialogue_region.h"
 
 /// Measures whole files.
 namespace orvane::OfflineAnalysisPipeline {

@@ -5,7 +5,7 @@
 #include <limits>
 
 #include "orvane/core/decibels.h"
-#include "orvane/core/dr_processor.h"
+#include "orvane/core/loudness/dr_processor.h"
 
 namespace orvane {
 namespace {

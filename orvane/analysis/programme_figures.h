@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "orvane/analysis/programme_measurement.h"
-#include "orvane/core/loudness_processor.h"
+#include "orvane/core/loudness/loudness_processor.h"
 
 namespace orvane {
 

@@ -5,9 +5,9 @@
 #include "orvane/analysis/programme_statistics.h"
 #include "orvane/analysis/programme_view.h"
 #include "orvane/audio/audio_stream.h"
-#include "orvane/core/loudness_processor.h"
+#include "orvane/core/loudness/loudness_processor.h"
 #include "orvane/platform/progress.h"
-#include "orvane/speech/speech_input_maker.h"
+#include "orvane/speech/detector/speech_input_maker.h"
 
 namespace orvane {
 

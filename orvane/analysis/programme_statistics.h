@@ -7,7 +7,7 @@
 
 #include "orvane/analysis/clipping_run_finder.h"
 #include "orvane/analysis/offline_analysis_pipeline.h"
-#include "orvane/core/dr_processor.h"
+#include "orvane/core/loudness/dr_processor.h"
 #include "orvane/platform/export.h"
 #include "orvane/platform/signal_kernels.h"
 

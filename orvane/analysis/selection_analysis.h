@@ -4,7 +4,7 @@
 #include <optional>
 #include <vector>
 
-#include "orvane/platform/time_range.h"
+#include "orvane/core/time_range.h"
 
 namespace orvane {
 

@@ -10,10 +10,10 @@
 #include "orvane/analysis/programme_measurement.h"
 #include "orvane/analysis/programme_view.h"
 #include "orvane/core/decibels.h"
-#include "orvane/core/loudness_measurement.h"
-#include "orvane/core/true_peak_meter.h"
+#include "orvane/core/loudness/loudness_measurement.h"
+#include "orvane/core/peak/true_peak_meter.h"
 #include "orvane/platform/signal_kernels.h"
-#include "orvane/speech/dialogue_region.h"
+#include "orvane/speech/dialogue/dialogue_region.h"
 
 namespace orvane::SelectionMeasurement {
 namespace {

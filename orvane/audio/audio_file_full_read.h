@@ -1,6 +1,6 @@
 #pragma once
 
-#include "orvane/platform/audio_file/audio_file.h"
+#include "orvane/container/audio_file.h"
 #include "orvane/platform/export.h"
 #include "orvane/platform/pcm_buffer.h"
 

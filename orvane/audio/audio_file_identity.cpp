@@ -2,8 +2,8 @@
 
 #include <map>
 
-#include "orvane/audio/audio_container.h"
-#include "orvane/audio/extension_text.h"
+#include "orvane/container/audio_container.h"
+#include "orvane/text/extension_text.h"
 
 namespace orvane {
 namespace {

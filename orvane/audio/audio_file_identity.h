@@ -6,8 +6,8 @@
 #include <string>
 #include <string_view>
 
-#include "orvane/audio/pcm_encoding.h"
-#include "orvane/platform/audio_file/audio_file.h"
+#include "orvane/container/audio_file.h"
+#include "orvane/container/pcm_encoding.h"
 #include "orvane/platform/export.h"
 #include "orvane/platform/four_cc.h"
 

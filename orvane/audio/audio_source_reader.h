@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "orvane/platform/audio_file/audio_file.h"
+#include "orvane/container/audio_file.h"
 #include "orvane/platform/error.h"
 #include "orvane/platform/export.h"
 #include "orvane/platform/pcm_buffer.h"

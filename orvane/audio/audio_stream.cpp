@@ -5,9 +5,9 @@
 
 #include "orvane/audio/audio_file_full_read.h"
 #include "orvane/audio/audio_file_identity.h"
-#include "orvane/audio/audio_load_limits.h"
 #include "orvane/core/channel_order.h"
 #include "orvane/core/pcm_buffer_allocation.h"
+#include "orvane/platform/audio_load_limits.h"
 #include "orvane/rawpcm/raw_pcm_file.h"
 #include "orvane/rawpcm/raw_pcm_import_error.h"
 #include "orvane/rawpcm/raw_pcm_reader.h"

@@ -5,10 +5,10 @@
 #include <utility>
 
 #include "orvane/audio/cue_sheet.h"
-#include "orvane/platform/json/json_reader.h"
-#include "orvane/platform/text_list.h"
-#include "orvane/platform/time_text.h"
-#include "orvane/platform/utf8.h"
+#include "orvane/text/json/json_reader.h"
+#include "orvane/text/text_list.h"
+#include "orvane/text/time_text.h"
+#include "orvane/text/utf8.h"
 
 namespace orvane {
 

@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-#include "orvane/platform/audio_file/chapter_mark.h"
+#include "orvane/container/chapter_mark.h"
 #include "orvane/platform/error.h"
 #include "orvane/platform/export.h"
 

@@ -7,8 +7,8 @@
 #include <optional>
 #include <string>
 
-#include "orvane/platform/text_list.h"
-#include "orvane/platform/utf8.h"
+#include "orvane/text/text_list.h"
+#include "orvane/text/utf8.h"
 
 namespace orvane::ChapterList {
 namespace {

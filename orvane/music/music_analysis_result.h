@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "orvane/platform/export.h"
-#include "orvane/platform/iso8601_date.h"
+#include "orvane/text/iso8601_date.h"
 
 namespace orvane {
 

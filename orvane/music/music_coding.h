@@ -3,7 +3,7 @@
 #include "orvane/music/music_analysis_result.h"
 #include "orvane/music/music_section_loudness.h"
 #include "orvane/music/stem_gated_loudness.h"
-#include "orvane/platform/json/json_coding.h"
+#include "orvane/text/json/json_coding.h"
 
 // JSON forms of the musical records.
 namespace orvane::json {

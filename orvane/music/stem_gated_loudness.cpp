@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "orvane/core/gated_loudness.h"
+#include "orvane/core/loudness/gated_loudness.h"
 
 namespace orvane {
 namespace {

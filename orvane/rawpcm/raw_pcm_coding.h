@@ -1,7 +1,7 @@
 #pragma once
 
-#include "orvane/platform/json/json_coding.h"
 #include "orvane/rawpcm/raw_pcm_format.h"
+#include "orvane/text/json/json_coding.h"
 
 // JSON form of a declared raw format.
 namespace orvane::json {

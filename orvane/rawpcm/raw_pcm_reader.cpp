@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
-#include "orvane/audio/audio_load_limits.h"
 #include "orvane/core/pcm_buffer_allocation.h"
+#include "orvane/platform/audio_load_limits.h"
 #include "orvane/platform/error.h"
 #include "orvane/platform/input_file.h"
 #include "orvane/platform/stage_progress.h"

@@ -5,10 +5,10 @@
 #include <vector>
 
 #include "orvane/platform/export.h"
-#include "orvane/platform/iso8601_date.h"
-#include "orvane/platform/json/json_text.h"
 #include "orvane/report/report_inputs.h"
 #include "orvane/report/report_records.h"
+#include "orvane/text/iso8601_date.h"
+#include "orvane/text/json/json_text.h"
 
 namespace orvane {
 

@@ -5,7 +5,7 @@
 #include <span>
 #include <utility>
 
-#include "orvane/core/loudness_measurement.h"
+#include "orvane/core/loudness/loudness_measurement.h"
 #include "orvane/report/orvane_report.h"
 #include "orvane/report/target_items.h"
 

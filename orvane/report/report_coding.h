@@ -1,9 +1,9 @@
 #pragma once
 
 #include "orvane/music/music_coding.h"
-#include "orvane/platform/json/json_coding.h"
 #include "orvane/rawpcm/raw_pcm_coding.h"
 #include "orvane/report/orvane_report.h"
+#include "orvane/text/json/json_coding.h"
 
 // JSON forms of the report and its parts.
 namespace orvane::json {

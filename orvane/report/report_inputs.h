@@ -7,11 +7,11 @@
 
 #include "orvane/analysis/selection_analysis.h"
 #include "orvane/core/chapter.h"
-#include "orvane/core/loudness_target.h"
+#include "orvane/core/curve_points.h"
+#include "orvane/core/targets/loudness_target.h"
+#include "orvane/core/time_range.h"
 #include "orvane/music/music_analysis_result.h"
 #include "orvane/music/stem_gated_loudness.h"
-#include "orvane/platform/time_range.h"
-#include "orvane/report/curve_points.h"
 #include "orvane/report/report_records.h"
 
 namespace orvane {

@@ -4,7 +4,7 @@
 #include <charconv>
 #include <cmath>
 
-#include "orvane/platform/utf8.h"
+#include "orvane/text/utf8.h"
 
 namespace orvane::ReportText {
 namespace {

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "orvane/core/loudness_target.h"
-#include "orvane/core/loudness_target_evaluator.h"
+#include "orvane/core/targets/loudness_target.h"
+#include "orvane/core/targets/loudness_target_evaluator.h"
 #include "orvane/report/orvane_report.h"
 
 namespace orvane {

@@ -4,8 +4,8 @@
 #include <string_view>
 #include <vector>
 
-#include "orvane/core/loudness_target.h"
-#include "orvane/core/loudness_target_evaluator.h"
+#include "orvane/core/targets/loudness_target.h"
+#include "orvane/core/targets/loudness_target_evaluator.h"
 #include "orvane/platform/export.h"
 #include "orvane/report/orvane_report.h"
 

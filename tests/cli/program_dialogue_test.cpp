@@ -1,9 +1,9 @@
 #include <sys/stat.h>
 
-#include "orvane/report/orvane_resources.h"
-#include "orvane/speech/dialogue_sidecar_io.h"
+#include "orvane/platform/orvane_resources.h"
+#include "orvane/speech/dialogue/dialogue_sidecar_io.h"
 #include "tests/cli/program_fixture.h"
-#include "tests/speech/dialogue_samples.h"
+#include "tests/speech/dialogue/dialogue_samples.h"
 #include "tests/support/whole_file.h"
 
 namespace orvane::cli::test {

@@ -1,5 +1,5 @@
-#include "orvane/platform/utf8.h"
 #include "orvane/report/orvane_report.h"
+#include "orvane/text/utf8.h"
 #include "tests/cli/program_fixture.h"
 #include "tests/support/whole_file.h"
 

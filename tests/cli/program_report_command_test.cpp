@@ -1,4 +1,4 @@
-#include "orvane/core/loudness_target.h"
+#include "orvane/core/targets/loudness_target.h"
 #include "orvane/report/orvane_report.h"
 #include "tests/cli/program_fixture.h"
 #include "tests/support/whole_file.h"

@@ -1,5 +1,5 @@
 // Speech in `orvane analyze`: by the detector, or by the regions kept beside a file.
-#include "orvane/speech/dialogue_sidecar_io.h"
+#include "orvane/speech/dialogue/dialogue_sidecar_io.h"
 #include "tests/cli/program_fixture.h"
 
 namespace orvane::cli::test {

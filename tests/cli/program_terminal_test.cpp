@@ -1,4 +1,4 @@
-#include "orvane/speech/vad_manager.h"
+#include "orvane/speech/detector/vad_manager.h"
 #include "tests/cli/program_fixture.h"
 #include "tests/support/sanitized.h"
 

@@ -6,7 +6,7 @@
 #include "orvane/music/music_analysis_result.h"
 #include "orvane/music/music_section_loudness.h"
 #include "orvane/music/stem_gated_loudness.h"
-#include "orvane/platform/json/json_text.h"
+#include "orvane/text/json/json_text.h"
 
 namespace orvane {
 namespace {

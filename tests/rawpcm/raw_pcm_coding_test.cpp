@@ -3,8 +3,8 @@
 #include <limits>
 #include <string>
 
-#include "orvane/platform/json/json_text.h"
 #include "orvane/rawpcm/raw_pcm_format.h"
+#include "orvane/text/json/json_text.h"
 
 namespace orvane {
 namespace {

@@ -4,7 +4,7 @@
 #include <cmath>
 #include <limits>
 
-#include "orvane/core/k_weighting.h"
+#include "orvane/core/loudness/k_weighting.h"
 
 namespace orvane::test::reference {
 namespace {

@@ -7,7 +7,7 @@
 #include <span>
 #include <vector>
 
-#include "orvane/speech/onnx_weights.h"
+#include "orvane/speech/detector/onnx_weights.h"
 
 namespace orvane::test {
 

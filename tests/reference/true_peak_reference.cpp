@@ -4,7 +4,7 @@
 #include <cmath>
 #include <cstddef>
 
-#include "orvane/core/polyphase_upsampler_taps.h"
+#include "orvane/core/peak/polyphase_upsampler_taps.h"
 
 namespace orvane::test::reference {
 namespace {

@@ -5,7 +5,7 @@
 
 #include "orvane/report/csv_report_builder.h"
 #include "orvane/report/html/date_text.h"
-#include "orvane/report/html_report_builder.h"
+#include "orvane/report/html/html_report_builder.h"
 #include "tests/report/sample_reports.h"
 #include "tests/support/golden.h"
 

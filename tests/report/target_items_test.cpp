@@ -2,7 +2,7 @@
 
 #include <limits>
 
-#include "orvane/core/loudness_target.h"
+#include "orvane/core/targets/loudness_target.h"
 #include "orvane/report/orvane_report.h"
 
 namespace orvane {

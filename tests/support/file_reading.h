@@ -9,7 +9,7 @@
 #include <utility>
 #include <vector>
 
-#include "orvane/platform/audio_file/audio_file.h"
+#include "orvane/container/audio_file.h"
 #include "orvane/platform/error.h"
 #include "orvane/platform/pcm_buffer.h"
 

@@ -3,8 +3,8 @@
 #include <string>
 
 #include "orvane/platform/export.h"
-#include "orvane/platform/iso8601_date.h"
 #include "orvane/report/report_locale.h"
+#include "orvane/text/iso8601_date.h"
 
 namespace orvane::HTMLReportBuilder {
 

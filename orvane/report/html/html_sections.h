@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-#include "orvane/core/loudness_target.h"
+#include "orvane/core/targets/loudness_target.h"
 #include "orvane/report/orvane_report.h"
 #include "orvane/report/report_locale.h"
 #include "orvane/report/target_verdicts.h"

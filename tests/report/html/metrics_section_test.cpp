@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "orvane/report/html_report_builder.h"
+#include "orvane/report/html/html_report_builder.h"
 
 namespace orvane {
 namespace {

@@ -4,7 +4,7 @@
 #include <limits>
 #include <string>
 
-#include "orvane/report/html_report_builder.h"
+#include "orvane/report/html/html_report_builder.h"
 
 namespace orvane {
 namespace {

@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "orvane/report/html_report_builder.h"
+#include "orvane/report/html/html_report_builder.h"
 
 namespace orvane {
 namespace {

@@ -1,0 +1,108 @@
+#include <memory>
+
+#include "cli/commands/dialogue_commands.h"
+#include "cli/commands/dialogue_sidecar_file.h"
+#include "cli/commands/file_work.h"
+#include "cli/commands/job_runner.h"
+#include "cli/commands/speech_model.h"
+#include "cli/options/sample_rate_limits.h"
+#include "cli/options/vad_tuning_options.h"
+#include "cli/output/dialogue_timeline.h"
+#include "cli/output/number_text.h"
+#include "cli/terminal/progress_bar.h"
+#include "cli/terminal/terminal_text.h"
+#include "orvane/audio/audio_stream.h"
+#include "orvane/platform/error.h"
+#include "orvane/speech/detector/silero_vad_analyser.h"
+#include "orvane/speech/detector/speech_input_maker.h"
+#include "orvane/text/utf8.h"
+
+namespace orvane::cli {
+namespace {
+
+struct DetectOptions {
+  FileList::Request files{};
+  DialogueAudioOptions audio{};
+  SileroVADTuning tuning = SileroVADTuning::defaults();
+  bool force = false;
+  bool json = false;
+  bool quiet = false;
+};
+
+/// The detector itself never tells why it has no answer.
+[[noreturn]] void throwWhyNothingWasDetected(const InputName& file) {
+  const VadManager probe{VadManager::Config{}};  // throws when it is the model
+  throw PlatformError(file.path, "the speech detector gave no result");
+}
+
+struct Detected {
+  DialogueSidecar::AudioFileInfo audio{};
+  std::vector<DialogueRegion> regions{};
+};
+
+Detected detect(const InputName& file, const DetectOptions& options, ProgressObserver& observer) {
+  const std::size_t threads = JobRunner::threadsPerJob(1);
+  const auto stream = AudioStream::open(
+      file.path, options.audio.rawFormat,
+      {.threadCount = threads, .observer = &observer, .streamIndex = options.audio.streamIndex});
+  const double sampleRate = stream->format().sampleRate;
+  if (!SampleRateLimits::contains(sampleRate))
+    throw PlatformError(file.path, "a sample rate of " + NumberText::shortest(sampleRate) +
+                                       " Hz is outside " + SampleRateLimits::description());
+  const auto input = speechInputOf(*stream);
+  if (!input) throw PlatformError(file.path, "the audio is too short for speech detection");
+  const auto history = SileroVADAnalyser::shared().classify(
+      *input, options.tuning, {.threadCount = threads, .observer = &observer});
+  if (!history) throwWhyNothingWasDetected(file);
+  return {.audio = {.filename = wellFormedUTF8(file.path.filename().string()),
+                    .durationSeconds = static_cast<double>(input->sourceFrameCount) / sampleRate,
+                    .sampleRate = sampleRate},
+          .regions = DialogueRegion::fromHistory(*history)};
+}
+
+std::string reportText(const InputName& file, const DialogueSidecar& sidecar,
+                       const DetectOptions& options) {
+  if (options.json) return JsonOutput::line(DialogueTimeline::json(file, sidecar));
+  if (options.quiet) return "";
+  return TerminalText::escaped(file.shown()) + ": " + DialogueTimeline::summary(sidecar) + "\n";
+}
+
+ExitCode runDetect(const DetectOptions& options, Console& console) {
+  const auto files = DialogueSidecarFile::resolve(options.files);
+  requireSpeechModel();
+  ProgressBar progress(console, files.size(), !options.quiet);
+  return FileWork::run(
+      files, {.json = options.json}, console, [&](const InputName& file) -> FileWork::Report {
+        const auto observer = progress.forFile(file.shown());
+        struct Done {
+          ProgressBar& bar;
+          ~Done() { bar.fileDone(); }
+        } done{progress};
+        DialogueSidecarFile::requireReplaceable(file, options.force);
+        auto found = detect(file, options, *observer);
+        const auto sidecar = DialogueSidecarFile::save(file, found.audio, std::move(found.regions),
+                                                       DialogueRegionSource::silero);
+        return [&, text = reportText(file, sidecar, options)] { console.print(text); };
+      });
+}
+
+}  // namespace
+
+void addDialogueDetectCommand(CLI::App& dialogue, ChosenCommand& chosen) {
+  auto options = std::make_shared<DetectOptions>();
+  CLI::App* command =
+      dialogue.add_subcommand("detect", "Find speech and keep its regions beside the files");
+  addFileArguments(*command, options->files);
+  addDialogueAudioOptions(*command, options->audio);
+  addVADTuningOptions(*command, options->tuning);
+  command->add_flag("--force", options->force, "Replace regions that were changed or imported, too")
+      ->group("Output");
+  command->add_flag("--json", options->json, "Print one JSON document per file and line")
+      ->group("Output");
+  command->add_flag("-q,--quiet", options->quiet, "No progress and no summaries")->group("Output");
+  command->callback([options, &chosen] {
+    chosen = [options](Console& console) { return runDetect(*options, console); };
+  });
+}
+
+}  // namespace orvane::cli

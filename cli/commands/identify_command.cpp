@@ -1,0 +1,130 @@
+#include "cli/commands/identify_command.h"
+
+#include <memory>
+
+#include "cli/commands/file_work.h"
+#include "cli/commands/measured_file.h"
+#include "cli/output/json_output.h"
+#include "cli/output/number_text.h"
+#include "cli/terminal/terminal_text.h"
+#include "cli/terminal/text_table.h"
+#include "orvane/audio/audio_file_identity.h"
+#include "orvane/container/audio_container.h"
+#include "orvane/container/audio_file.h"
+#include "orvane/core/channel_order.h"
+#include "orvane/platform/error.h"
+#include "orvane/platform/input_file.h"
+
+namespace orvane::cli {
+namespace {
+
+using JsonOutput::Json;
+
+struct IdentifyOptions {
+  FileList::Request files{};
+  bool json = false;
+};
+
+struct Identified {
+  AudioFileDescription description{};
+  AudioFileIdentity identity{};
+};
+
+Identified identify(const InputName& file) {
+  InputFile{file.path};  // tells why a file cannot be read at all
+  const auto description = describeAudioFile(file.path);
+  if (!description) throw PlatformError(file.path, "not an audio file that can be identified");
+  return {*description, AudioFileIdentity::fromDescription(*description, file.path)};
+}
+
+std::vector<std::string> channelNames(const AudioFileDescription& description) {
+  if (description.layout && description.dataFormat.channelsPerFrame > 1) {
+    auto names = core::ChannelOrder::displayShortNames(*description.layout);
+    if (names.size() == description.dataFormat.channelsPerFrame) return names;
+  }
+  return plainChannelNames(description.dataFormat.channelsPerFrame);
+}
+
+Json identityJson(const InputName& file, const Identified& found) {
+  const auto& identity = found.identity;
+  Json document = {{"schemaVersion", JsonOutput::kSchemaVersion},
+                   {"url", file.display},
+                   {"containerTypeID", fourCC(identity.containerTypeID)},
+                   {"containerName", identity.containerName},
+                   {"pathExtension", identity.pathExtension},
+                   {"formatID", fourCC(identity.formatID)},
+                   {"codecName", AudioFileIdentity::codecNameForCode(identity.formatID)}};
+  if (identity.pcmEncoding) {
+    document["pcmEncoding"] = {{"bitDepth", identity.pcmEncoding->bitDepth},
+                               {"isFloat", identity.pcmEncoding->isFloat}};
+  }
+  document["encodingName"] = identity.encodingName();
+  document["formatLabel"] = identity.formatLabel();
+  document["isMisnamed"] = identity.isMisnamed();
+  document["isRewritableInPlace"] = identity.isRewritableInPlace();
+  document["sampleRate"] = JsonOutput::number(found.description.dataFormat.sampleRate);
+  document["channelCount"] = found.description.dataFormat.channelsPerFrame;
+  document["channelLabels"] = channelNames(found.description);
+  if (found.description.sourceBitDepth > 0)
+    document["sourceBitDepth"] = found.description.sourceBitDepth;
+  Json warnings = Json::array();
+  for (const auto& warning : found.description.warnings) warnings.push_back(warning.text);
+  document["warnings"] = std::move(warnings);
+  return document;
+}
+
+void addRow(TextTable& table, const InputName& file, const Identified& found) {
+  const auto& format = found.description.dataFormat;
+  std::string channels = std::to_string(format.channelsPerFrame);
+  constexpr std::size_t kNamed = 8;
+  if (format.channelsPerFrame <= kNamed) {
+    std::string names;
+    for (const auto& name : channelNames(found.description)) names += " " + name;
+    channels += ":" + names;
+  }
+  const Style style = found.identity.isMisnamed() ? Style::yellow : Style::plain;
+  table.addRow({{TerminalText::escaped(file.shown())},
+                {TerminalText::escaped(found.identity.formatLabel()), style},
+                {encodingText(found.identity, found.description.sourceBitDepth)},
+                {NumberText::sampleRate(format.sampleRate)},
+                {TerminalText::escaped(channels)}});
+}
+
+ExitCode runIdentify(const IdentifyOptions& options, Console& console) {
+  StandardInput standardInput;
+  const auto files = FileList::resolve(options.files, standardInput);
+  TextTable table(
+      {{"File"}, {"Format"}, {"Encoding"}, {"Rate", TextTable::Alignment::right}, {"Channels"}});
+  bool hasRows = false;
+  const auto code = FileWork::run(files, {.json = options.json}, console,
+                                  [&](const InputName& file) -> FileWork::Report {
+                                    return [&, found = identify(file)] {
+                                      for (const auto& warning : found.description.warnings)
+                                        console.warning(file.shown() + ": " + warning.text);
+                                      if (options.json) {
+                                        console.print(JsonOutput::line(identityJson(file, found)));
+                                      } else {
+                                        addRow(table, file, found);
+                                        hasRows = true;
+                                      }
+                                    };
+                                  });
+  if (hasRows) console.print(table.text(console));
+  return code;
+}
+
+}  // namespace
+
+void addIdentifyCommand(CLI::App& program, ChosenCommand& chosen) {
+  auto options = std::make_shared<IdentifyOptions>();
+  CLI::App* command = program.add_subcommand(
+      "identify", "Tell what files really hold: container, codec, rate and channels");
+  addFileArguments(*command, options->files);
+  command->add_flag("--json", options->json, "Print one JSON document per file and line")
+      ->group("Output");
+  command->callback([options, &chosen] {
+    chosen = [options](Console& console) { return runIdentify(*options, console); };
+  });
+}
+
+}  // namespace orvane::cli

@@ -1,0 +1,80 @@
+#include "cli/commands/measured_file.h"
+
+#include "cli/output/number_text.h"
+#include "orvane/core/channel_order.h"
+
+namespace orvane::cli {
+namespace {
+
+/// The loudness meter's limits, hertz.
+constexpr double kLowestMeteredRate = 8000;
+constexpr double kHighestMeteredRate = 768'000;
+
+}  // namespace
+
+std::string encodingText(const AudioFileIdentity& identity, int sourceBitDepth) {
+  std::string text = identity.encodingName();
+  if (!identity.pcmEncoding && sourceBitDepth > 0)
+    text += ", " + std::to_string(sourceBitDepth) + "-bit";
+  return text;
+}
+
+std::vector<std::string> plainChannelNames(std::size_t count) {
+  if (count == 1) return {"Mono"};
+  if (count == 2) return {"L", "R"};
+  std::vector<std::string> names;
+  for (std::size_t i = 1; i <= count; ++i) names.push_back("Ch " + std::to_string(i));
+  return names;
+}
+
+std::string MeasuredFile::encodingText() const {
+  return identity ? cli::encodingText(*identity, sourceBitDepth) : "";
+}
+
+std::vector<std::string> MeasuredFile::channelNames() const {
+  if (!channelLabels.empty()) return channelLabels;
+  const auto count = static_cast<std::size_t>(result.channelCount);
+  if (detail.layout && count > 1) {
+    auto names = core::ChannelOrder::displayShortNames(*detail.layout);
+    if (names.size() == count) return names;
+  }
+  return plainChannelNames(count);
+}
+
+std::vector<std::string> MeasuredFile::warnings() const {
+  std::vector<std::string> texts;
+  for (const auto& warning : detail.warnings) texts.push_back(warning.text);
+  const bool isTooSlow = result.sampleRate < kLowestMeteredRate;
+  if (isTooSlow || result.sampleRate > kHighestMeteredRate)
+    texts.push_back(std::string("Loudness is not defined ") +
+                    (isTooSlow ? "below 8 kHz" : "above 768 kHz") +
+                    " sample rate; only levels and peaks are measured.");
+  if (detail.isSpeechDetectionMissing)
+    texts.emplace_back("Speech could not be detected; \"orvane dialogue detect\" tells why.");
+  if (detail.nonFiniteSampleCount > 0) {
+    const bool isOne = detail.nonFiniteSampleCount == 1;
+    texts.push_back(
+        NumberText::counted(detail.nonFiniteSampleCount, "sample") +
+        (isOne ? " is not a finite number and counts" : " are not finite numbers and count") +
+        " as silence.");
+  }
+  texts.insert(texts.end(), notes.begin(), notes.end());
+  return texts;
+}
+
+void MeasuredFile::raiseForDualMono() {
+  if (result.channelCount != 1) return;
+  isDualMono = true;
+  result.integratedLUFS += kDualMonoGainLU;
+  result.maxMomentaryLUFS += kDualMonoGainLU;
+  result.maxShortTermLUFS += kDualMonoGainLU;
+  result.speechGatedLUFS += kDualMonoGainLU;
+  for (double& power : detail.blockPowers) power *= 2;
+  for (auto& point : result.loudnessCurve) {
+    point.momentary += kDualMonoGainLU;
+    point.shortTerm += kDualMonoGainLU;
+    point.integrated += kDualMonoGainLU;
+  }
+}
+
+}  // namespace orvane::cli

@@ -1,0 +1,253 @@
+#include "cli/output/analysis_table.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <optional>
+#include <string_view>
+#include <utility>
+
+#include "cli/output/number_text.h"
+#include "cli/output/report_table.h"
+#include "cli/terminal/terminal_text.h"
+#include "cli/terminal/text_table.h"
+
+namespace orvane::cli::AnalysisTable {
+namespace {
+
+using OfflineAnalysisPipeline::Result;
+using Alignment = TextTable::Alignment;
+
+constexpr int kLoudnessDecimals = 1;  // EBU Tech 3341, 2.8: shown with a resolution of 0.1
+constexpr int kLevelDecimals = 2;
+constexpr std::size_t kListedClippingRuns = 10;
+
+std::string loudness(float value) {
+  return NumberText::fixed(value, kLoudnessDecimals);
+}
+std::string level(float value) {
+  return NumberText::fixed(value, kLevelDecimals);
+}
+
+std::string joined(const std::vector<std::string>& texts, std::string_view separator) {
+  std::string result;
+  for (const auto& text : texts) {
+    if (text.empty()) continue;
+    if (!result.empty()) result += separator;
+    result += text;
+  }
+  return result;
+}
+
+std::string channelText(const MeasuredFile& file) {
+  const auto names = file.channelNames();
+  if (names.size() == 1) return "mono";
+  constexpr std::size_t kNamed = 16;
+  std::string text = std::to_string(names.size()) + " channels";
+  if (names.size() <= kNamed) text += " (" + joined(names, " ") + ")";
+  return text;
+}
+
+std::string formatLine(const MeasuredFile& file) {
+  const Result& result = file.result;
+  std::vector<std::string> parts = {result.fileFormat};
+  // "FLAC" says both what the container and what the codec is.
+  if (file.encodingText() != result.fileFormat) parts.push_back(file.encodingText());
+  if (result.rawFormat && result.rawFormat->isPlanar) parts.emplace_back("planar");
+  parts.push_back(NumberText::sampleRate(result.sampleRate));
+  parts.push_back(channelText(file));
+  parts.push_back(NumberText::duration(result.durationSeconds));
+  parts.push_back(NumberText::byteCount(result.fileSize));
+  return "  " + TerminalText::escaped(joined(parts, " · ")) + "\n";
+}
+
+/// Mean and lowest correlation of what can be heard: windows of silence have none.
+std::string correlationText(const Result& result) {
+  constexpr float kAudibleLUFS = -70;
+  const auto& curve = result.stereoWidthCurve;
+  double sum = 0;
+  float lowest = 1;
+  std::size_t count = 0;
+  for (std::size_t i = 0; i < std::min(curve.size(), result.loudnessCurve.size()); ++i) {
+    if (!(result.loudnessCurve[i].momentary > kAudibleLUFS)) continue;
+    sum += static_cast<double>(curve[i].correlation);
+    lowest = std::min(lowest, curve[i].correlation);
+    ++count;
+  }
+  if (count == 0) return "";
+  const double mean = sum / static_cast<double>(count);
+  return NumberText::signedFixed(mean, 2) + ", lowest " + NumberText::signedFixed(lowest, 2);
+}
+
+// Above full scale the waveform clips in every converter.
+Style peakStyle(float truePeakDB) {
+  return truePeakDB > 0 ? Style::red : Style::plain;
+}
+
+std::string figures(const MeasuredFile& file, const Console& console) {
+  const Result& result = file.result;
+  TextTable table({{},
+                   {"", Alignment::right},
+                   {"", Alignment::left, 1},
+                   {"", Alignment::left, 6},
+                   {"", Alignment::right},
+                   {"", Alignment::left, 1}},
+                  2);
+  const auto addRow = [&table](std::string name, std::string value, std::string unit,
+                               std::string otherName, TextTable::Cell other,
+                               std::string otherUnit) {
+    other.style = other.style == Style::plain ? Style::bold : other.style;
+    table.addRow({{std::move(name)},
+                  {std::move(value), Style::bold},
+                  {std::move(unit)},
+                  {std::move(otherName)},
+                  std::move(other),
+                  {std::move(otherUnit)}});
+  };
+  addRow("Integrated", loudness(result.integratedLUFS), "LUFS", "True peak",
+         {level(result.truePeakDB), peakStyle(result.truePeakDB)}, "dBTP");
+  addRow("Loudness range", loudness(result.loudnessRange), "LU", "Sample peak",
+         {level(result.samplePeakDB)}, "dBFS");
+  addRow("Max momentary", loudness(result.maxMomentaryLUFS), "LUFS", "Dynamic range",
+         {std::to_string(result.dynamicRange)}, "DR");
+  const auto correlation = correlationText(result);
+  const std::size_t comma = correlation.find(',');
+  addRow("Max short-term", loudness(result.maxShortTermLUFS), "LUFS",
+         correlation.empty() ? "" : "Correlation", {correlation.substr(0, comma)},
+         correlation.empty() ? "" : correlation.substr(comma + 2));
+  if (result.speechHistory)
+    addRow("Speech loudness", loudness(result.speechGatedLUFS), "LUFS", "Speech share",
+           {NumberText::fixed(result.speechPercentage, kLoudnessDecimals)}, "%");
+  return table.text(console);
+}
+
+std::string monoNote(const MeasuredFile& file, const Console& console) {
+  if (file.result.channelCount != 1) return "";
+  const std::string_view text = file.isDualMono
+                                    ? "Mono, taken for two equal loudspeakers: 3.01 LU are added."
+                                    : "Mono, measured as one channel; --dual-mono adds 3.01 LU.";
+  return "  " + console.styled(Style::dim, text) + "\n";
+}
+
+// Runs of one channel; absent when not all runs of the file are known one by one.
+std::optional<std::int64_t> runsOf(const MeasuredFile& file, std::size_t channel) {
+  const auto& detail = file.detail;
+  if (detail.clippingRunCount > static_cast<std::int64_t>(detail.clippingRuns.size()))
+    return std::nullopt;
+  return std::count_if(detail.clippingRuns.begin(), detail.clippingRuns.end(),
+                       [channel](const auto& run) { return run.channel == channel; });
+}
+
+TextTable::Cell clippingCell(const MeasuredFile& file, std::size_t channel) {
+  if (!file.result.channelHasClipping[channel]) return {"no"};
+  const auto runs = runsOf(file, channel);
+  if (!runs) return {"yes", Style::red};
+  if (*runs == 0) return {"single samples", Style::yellow};
+  return {NumberText::counted(*runs, "run"), Style::red};
+}
+
+std::string channels(const MeasuredFile& file, const Console& console) {
+  const Result& result = file.result;
+  const auto names = file.channelNames();
+  TextTable table({{"Channel"},
+                   {"Peak dBFS", Alignment::right, 3},
+                   {"RMS dBFS", Alignment::right, 3},
+                   {"Crest dB", Alignment::right, 3},
+                   {"DC %", Alignment::right, 3},
+                   {"Clipped", Alignment::left, 3}},
+                  2);
+  for (std::size_t i = 0; i < names.size() && i < result.channelPeakDB.size(); ++i) {
+    const double dcPercent = 100 * static_cast<double>(result.channelDCOffset[i]);
+    table.addRow({{TerminalText::escaped(names[i])},
+                  {level(result.channelPeakDB[i])},
+                  {level(result.channelRMSDB[i])},
+                  {level(result.channelCrestFactorDB[i])},
+                  {NumberText::signedFixed(dcPercent, 3)},
+                  clippingCell(file, i)});
+  }
+  return table.text(console);
+}
+
+std::string clipping(const MeasuredFile& file, const Console& console) {
+  const auto& detail = file.detail;
+  if (detail.clippingRunCount == 0) return "";
+  const auto names = file.channelNames();
+  TextTable table(
+      {{"Clipping at"}, {"Channel", Alignment::left, 3}, {"Frames", Alignment::right, 3}}, 2);
+  const std::size_t listed = std::min(detail.clippingRuns.size(), kListedClippingRuns);
+  for (std::size_t i = 0; i < listed; ++i) {
+    const auto& run = detail.clippingRuns[i];
+    const double start = static_cast<double>(run.startFrame) / file.result.sampleRate;
+    table.addRow({{NumberText::duration(start)},
+                  {run.channel < names.size() ? TerminalText::escaped(names[run.channel]) : ""},
+                  {std::to_string(run.frameCount)}});
+  }
+  std::string text = "\n" + table.text(console);
+  const std::int64_t more = detail.clippingRunCount - static_cast<std::int64_t>(listed);
+  if (more > 0) {
+    const std::string note = "and " + NumberText::counted(more, "more run") +
+                             "; --json lists up to " +
+                             std::to_string(OfflineAnalysisPipeline::kMaximumClippingRuns);
+    text += "  " + console.styled(Style::dim, note) + "\n";
+  }
+  return text;
+}
+
+std::string warnings(const MeasuredFile& file, const Console& console) {
+  std::string text;
+  for (const auto& warning : file.warnings()) {
+    text += text.empty() ? "\n  " : "  ";
+    text += console.styled(Style::yellow, "Warning: ") + TerminalText::escaped(warning) + "\n";
+  }
+  return text;
+}
+
+constexpr std::array<std::pair<const char*, std::size_t>, 8> kRowColumns = {{{"I LUFS", 8},
+                                                                             {"LRA LU", 8},
+                                                                             {"M max", 7},
+                                                                             {"S max", 7},
+                                                                             {"dBTP", 8},
+                                                                             {"dBFS", 8},
+                                                                             {"DR", 4},
+                                                                             {"Duration", 13}}};
+
+std::string rightAligned(const std::string& text, std::size_t width) {
+  return text.size() < width ? std::string(width - text.size(), ' ') + text : text;
+}
+
+}  // namespace
+
+std::string block(const MeasuredFile& file, const Console& console) {
+  const std::string name = TerminalText::escaped(file.name.shown());
+  return console.styled(Style::bold, name) + "\n" + formatLine(file) + "\n" +
+         figures(file, console) + monoNote(file, console) + "\n" + channels(file, console) +
+         clipping(file, console) + ReportTable::parts(file, console) + warnings(file, console);
+}
+
+std::string rowTitles(const Console& console) {
+  std::string line;
+  for (const auto& [title, width] : kRowColumns) line += rightAligned(title, width);
+  return console.styled(Style::dim, line + "  File") + "\n";
+}
+
+std::string row(const MeasuredFile& file, const Console& console) {
+  const Result& result = file.result;
+  const std::array<std::string, kRowColumns.size()> cells = {
+      loudness(result.integratedLUFS),
+      loudness(result.loudnessRange),
+      loudness(result.maxMomentaryLUFS),
+      loudness(result.maxShortTermLUFS),
+      level(result.truePeakDB),
+      level(result.samplePeakDB),
+      std::to_string(result.dynamicRange),
+      NumberText::duration(result.durationSeconds)};
+  std::string line;
+  for (std::size_t i = 0; i < cells.size(); ++i) {
+    constexpr std::size_t kTruePeak = 4;
+    const std::string cell = rightAligned(cells[i], kRowColumns[i].second);
+    line += i == kTruePeak ? console.styled(peakStyle(result.truePeakDB), cell) : cell;
+  }
+  return line + "  " + TerminalText::escaped(file.name.shown()) + "\n";
+}
+
+}  // namespace orvane::cli::AnalysisTable

@@ -1,0 +1,81 @@
+#include "orvane/container/chunked/caf_parser.h"
+
+#include <algorithm>
+
+#include "orvane/container/chunked/header_fields.h"
+#include "orvane/container/chunked/layout_chunk.h"
+#include "orvane/platform/error.h"
+
+namespace orvane {
+namespace {
+
+constexpr FourCC kDescription = fourCCFrom("desc");
+constexpr FourCC kData = fourCCFrom("data");
+/// Identifier, version and flags.
+constexpr std::uint64_t kFileHeader = 8;
+constexpr std::uint64_t kDescriptionBytes = 32;
+/// The edit count, before the samples.
+constexpr std::uint64_t kEditCountBytes = 4;
+// Flags of linear PCM as the file states them. The second one means the opposite of its namesake in
+// a stream description.
+constexpr std::uint32_t kFileFlagIsFloat = 1U << 0;
+constexpr std::uint32_t kFileFlagIsLittleEndian = 1U << 1;
+
+void applyDescription(PCMStream& stream, const HeaderFields& body) {
+  const double sampleRate = body.float64(0);
+  const FourCC formatID = body.fourCC(8);
+  const std::uint32_t flags = body.u32(12);
+  const std::uint32_t bytesPerPacket = body.u32(16);
+  const std::uint32_t channels = body.u32(24);
+  const std::uint32_t bits = body.u32(28);
+  if (formatID != kFormatLinearPCM) {
+    setCompressed(stream, formatID, sampleRate, channels);
+    stream.description.dataFormat.formatFlags = flags;
+    stream.description.dataFormat.bytesPerPacket = bytesPerPacket;
+    stream.description.dataFormat.framesPerPacket = body.u32(20);
+    return;
+  }
+  StatedFormat stated{.sampleRate = sampleRate, .channelCount = channels, .bits = bits};
+  if (channels != 0 && bytesPerPacket % channels == 0)
+    stated.containerBytes = bytesPerPacket / channels;
+  if (stated.bits == 0 && stated.containerBytes <= 8) stated.bits = stated.containerBytes * 8;
+  if ((flags & kFileFlagIsFloat) != 0) stated.kind = StoredSample::Kind::floatingPoint;
+  stated.isBigEndian = (flags & kFileFlagIsLittleEndian) == 0;
+  setLinearPCM(stream, stated);
+}
+
+}  // namespace
+
+PCMStream parseCAF(const InputFile& file, std::uint64_t start) {
+  const ChunkGrammar grammar{
+      .header = ChunkGrammar::Header::caf, .byteOrder = std::endian::big, .audioID = kData};
+  ChunkList list = readChunks(file, start + kFileHeader, grammar);
+  const Chunk* const description = list.find(kDescription);
+  if (description == nullptr)
+    throw PlatformError(file.path(), "The file does not describe its audio");
+
+  PCMStream stream;
+  stream.description.fileTypeID = fourCCFrom("caff");
+  applyDescription(stream,
+                   HeaderFields(file, description->bodyOffset,
+                                std::min(description->size, kDescriptionBytes), std::endian::big));
+  const std::uint32_t channels = stream.description.dataFormat.channelsPerFrame;
+  const Chunk* const layout = list.find(fourCCFrom("chan"));
+  stream.description.layout =
+      layout != nullptr ? readLayoutChunk(file, *layout, channels) : monoOrStereoLayout(channels);
+  if (const Chunk* const data = list.find(kData)) {
+    const std::uint64_t skip = std::min(kEditCountBytes, data->size);
+    // "To the end" is a proper size in this format, so it needs no warning.
+    const bool isProperlyOpen =
+        HeaderFields(file, data->headerOffset + 4, 8, std::endian::big).u64(0) == UINT64_MAX;
+    setAudioData(stream, data->bodyOffset + skip, data->size - skip,
+                 isProperlyOpen ? Chunk::Extent::exact : data->extent);
+    if (list.count(kData) > 1) addWarning(stream, AudioFileWarning::Code::severalDataChunks);
+    if (data->headerOffset < description->headerOffset)
+      addWarning(stream, AudioFileWarning::Code::unusualLayout);
+  }
+  stream.chunks = std::move(list.chunks);
+  return stream;
+}
+
+}  // namespace orvane

@@ -1,0 +1,16 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+
+#include "orvane/container/chunked/chunk_reader.h"
+#include "orvane/platform/channel_layout.h"
+
+namespace orvane {
+
+/// Reads the layout chunk of CAF (`chan`) and AIFF (`CHAN`): tag, bitmap and channel descriptions.
+/// Absent for a chunk that does not fit `channelCount` channels or tells nothing of them.
+std::optional<ChannelLayout> readLayoutChunk(const InputFile& file, const Chunk& chunk,
+                                             std::uint32_t channelCount);
+
+}  // namespace orvane

@@ -1,0 +1,71 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+
+extern "C" {
+#include <libavcodec/avcodec.h>
+#include <libavutil/frame.h>
+}
+
+#include "orvane/container/ffmpeg/demuxer.h"
+
+namespace orvane {
+
+struct FreeCodecContext {
+  void operator()(AVCodecContext* context) const noexcept { avcodec_free_context(&context); }
+};
+using CodecContextPointer = std::unique_ptr<AVCodecContext, FreeCodecContext>;
+
+struct FreeFrame {
+  void operator()(AVFrame* frame) const noexcept { av_frame_free(&frame); }
+};
+using FramePointer = std::unique_ptr<AVFrame, FreeFrame>;
+FramePointer makeFrame();
+
+/// A decoder ready for the demuxer's stream. Throws `PlatformError` when there is none.
+CodecContextPointer openCodec(const Demuxer& demuxer, std::size_t threadCount, int flags2 = 0);
+
+/// Decodes the demuxer's stream from its start to its end, with priming and padding trimmed as the
+/// container says. Packets that cannot be decoded are left out.
+class Decoder {
+ public:
+  /// `demuxer` must live as long and be read by nobody else. Throws `PlatformError`.
+  Decoder(Demuxer& demuxer, std::size_t threadCount);
+
+  /// The next frame that holds audio, valid until the next call; null at the end. Throws
+  /// `PlatformError` when it has another rate or channel count than the first.
+  const AVFrame* next();
+
+  /// Of the current link of a chained file; to be used before the next frame is asked for.
+  const AVCodecContext& codec() const noexcept { return *codec_; }
+  /// Whether packets before the last one were left out because they could not be decoded.
+  bool hasMetDamage() const noexcept { return hasMetDamage_; }
+  /// Whether the last packet so far could not be decoded: at the end of a file often a scrap.
+  bool hasJustFailed() const noexcept { return hasJustFailed_; }
+  /// Whether the stream has any packet at all, as far as it was read.
+  bool hasMetPackets() const noexcept { return hasMetPackets_; }
+
+ private:
+  bool receive();
+  void send();
+  bool endsLink();
+  void checkFormat();
+
+  Demuxer& demuxer_;
+  std::size_t threadCount_;
+  CodecContextPointer codec_;
+  PacketPointer packet_;
+  FramePointer frame_;
+  bool isChainable_;  ///< Opus in Ogg, whose decoder must be told of another link
+  int sampleRate_ = 0;
+  int channelCount_ = 0;
+  bool isDraining_ = false;
+  bool isBetweenLinks_ = false;   ///< drained before the next link of a chained Opus file
+  bool isPacketWaiting_ = false;  ///< the next link's first one
+  bool hasJustFailed_ = false;
+  bool hasMetDamage_ = false;
+  bool hasMetPackets_ = false;
+};
+
+}  // namespace orvane

@@ -1,0 +1,65 @@
+#pragma once
+
+#include <cstddef>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <string>
+
+extern "C" {
+#include <libavcodec/avcodec.h>
+#include <libavformat/avformat.h>
+}
+
+#include "orvane/container/ffmpeg/byte_source.h"
+#include "orvane/platform/four_cc.h"
+
+namespace orvane {
+
+/// FFmpeg's text for one of its error numbers.
+std::string ffmpegErrorText(int code);
+
+struct FreePacket {
+  void operator()(AVPacket* packet) const noexcept { av_packet_free(&packet); }
+};
+using PacketPointer = std::unique_ptr<AVPacket, FreePacket>;
+PacketPointer makePacket();
+
+/// A file opened for its audio: container parsed, one audio stream chosen, packets in file order.
+class Demuxer {
+ public:
+  /// `streamIndex` counts audio streams from 0; absent chooses the default one, else the best.
+  /// Throws `PlatformError`.
+  Demuxer(std::shared_ptr<const InputFile> file, std::optional<int> streamIndex,
+          FourCC containerHint);
+
+  const std::filesystem::path& path() const noexcept { return source_.file().path(); }
+  const InputFile& file() const noexcept { return source_.file(); }
+  const AVFormatContext& format() const noexcept { return *format_; }
+  AVStream& stream() const noexcept { return *stream_; }
+  /// The stream's decoder; null when FFmpeg has none.
+  const AVCodec* codec() const noexcept { return codec_; }
+
+  /// Replaces `packet` by the chosen stream's next one; false at the end. Throws `PlatformError`
+  /// when the file cannot be read; a container that breaks off is an end.
+  bool read(AVPacket& packet);
+
+  /// Whether the container broke off instead of ending.
+  bool isTruncated() const noexcept { return isTruncated_; }
+
+ private:
+  struct CloseInput {
+    void operator()(AVFormatContext* context) const noexcept { avformat_close_input(&context); }
+  };
+
+  void open(FourCC containerHint);
+  void chooseStream(std::optional<int> streamIndex);
+
+  ByteSource source_;
+  std::unique_ptr<AVFormatContext, CloseInput> format_{};
+  AVStream* stream_ = nullptr;
+  const AVCodec* codec_ = nullptr;
+  bool isTruncated_ = false;
+};
+
+}  // namespace orvane

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <vector>
+
+#include "orvane/container/audio_file.h"
+#include "orvane/container/chapter_mark.h"
+#include "orvane/platform/four_cc.h"
+
+namespace orvane {
+
+// The seam between libOrvaneHeadless and the module that alone links FFmpeg. FFmpeg brings about a
+// hundred shared objects into a process and tens of milliseconds of start-up; a program that
+// measures a WAV file should pay neither.
+
+/// What the module offers.
+struct FFmpegModule {
+  std::unique_ptr<AudioFile> (*open)(const std::filesystem::path& path,
+                                     const AudioFileOpenOptions& options, FourCC containerHint);
+  /// Throws `PlatformError` for what cannot be read or is no audio file.
+  AudioFileDescription (*describe)(const std::filesystem::path& path, FourCC containerHint);
+  /// In the order of the file. Throws `PlatformError` likewise.
+  std::vector<ChapterMark> (*chapters)(const std::filesystem::path& path, FourCC containerHint);
+  /// FFmpeg's version.
+  const char* (*version)();
+};
+
+/// The module's one exported function; nothing when the versions differ.
+using FFmpegModuleFactory = const FFmpegModule* (*)(int version);
+
+inline constexpr const char* kFFmpegModuleFile = "orvane_ffmpeg.so";
+inline constexpr const char* kFFmpegModuleFactory = "orvaneFFmpegModule";
+inline constexpr int kFFmpegModuleVersion = 2;
+
+}  // namespace orvane

@@ -1,0 +1,140 @@
+#include "orvane/container/ffmpeg/formats.h"
+
+#include <algorithm>
+#include <array>
+#include <span>
+#include <vector>
+
+extern "C" {
+#include <libavcodec/avcodec.h>
+#include <libavutil/avstring.h>
+}
+
+namespace orvane {
+namespace {
+
+struct DemuxerOfContainer {
+  FourCC container;
+  const char* demuxer;
+};
+
+constexpr std::array kDemuxers{
+    DemuxerOfContainer{fourCCFrom("WAVE"), "wav"},
+    DemuxerOfContainer{fourCCFrom("RF64"), "wav"},
+    DemuxerOfContainer{fourCCFrom("BW64"), "wav"},
+    DemuxerOfContainer{fourCCFrom("W64f"), "w64"},
+    DemuxerOfContainer{fourCCFrom("AIFF"), "aiff"},
+    DemuxerOfContainer{fourCCFrom("AIFC"), "aiff"},
+    DemuxerOfContainer{fourCCFrom("caff"), "caf"},
+    DemuxerOfContainer{fourCCFrom("NeXT"), "au"},
+    DemuxerOfContainer{fourCCFrom("m4af"), "mov"},
+    DemuxerOfContainer{fourCCFrom("m4bf"), "mov"},
+    DemuxerOfContainer{fourCCFrom("mp4f"), "mov"},
+    DemuxerOfContainer{fourCCFrom("3gpp"), "mov"},
+    DemuxerOfContainer{fourCCFrom("3gp2"), "mov"},
+    DemuxerOfContainer{fourCCFrom("adts"), "aac"},
+    DemuxerOfContainer{fourCCFrom("MPG1"), "mp3"},
+    DemuxerOfContainer{fourCCFrom("MPG2"), "mp3"},
+    DemuxerOfContainer{fourCCFrom("MPG3"), "mp3"},
+    DemuxerOfContainer{fourCCFrom("flac"), "flac"},
+    DemuxerOfContainer{fourCCFrom("Oggf"), "ogg"},
+    DemuxerOfContainer{fourCCFrom("ac-3"), "ac3"},
+    DemuxerOfContainer{fourCCFrom("ec-3"), "eac3"},
+    DemuxerOfContainer{fourCCFrom("amrf"), "amr"},
+    DemuxerOfContainer{fourCCFrom("loas"), "loas"},
+    // FFmpeg is not sure of these by their bytes alone; the sniffer is.
+    DemuxerOfContainer{fourCCFrom("AVR "), "avr"},
+    DemuxerOfContainer{fourCCFrom("RSO "), "rso"},
+    DemuxerOfContainer{fourCCFrom("SBC "), "sbc"},
+    DemuxerOfContainer{fourCCFrom("WVE "), "wve"},
+};
+
+constexpr std::uint64_t kMostProbeBytes = std::uint64_t{1} << 20;
+/// Above the score at which FFmpeg itself would rather see more bytes.
+constexpr int kSureScore = AVPROBE_SCORE_RETRY + 1;
+
+/// Where the audio starts behind any ID3v2 tags, whose pictures would drown the probing.
+std::uint64_t skipID3v2(const InputFile& file) {
+  std::uint64_t offset = 0;
+  std::array<std::byte, 10> header{};
+  while (file.readAt(offset, header) == header.size() && header[0] == std::byte{'I'} &&
+         header[1] == std::byte{'D'} && header[2] == std::byte{'3'}) {
+    std::uint64_t size = 0;
+    for (std::size_t i = 6; i < 10; ++i)
+      size = (size << 7) | (std::to_integer<std::uint64_t>(header[i]) & 0x7F);
+    const bool hasFooter = (header[5] & std::byte{0x10}) != std::byte{0};
+    offset += header.size() + size + (hasFooter ? header.size() : 0);
+  }
+  return offset;
+}
+
+/// FFmpeg's verdict on the first bytes, without any file name.
+const AVInputFormat* probe(const InputFile& file, int& score) {
+  const std::uint64_t start = skipID3v2(file);
+  if (start >= file.size()) return nullptr;
+  const std::uint64_t most = std::min(kMostProbeBytes, file.size() - start);
+  std::vector<unsigned char> bytes(most + AVPROBE_PADDING_SIZE, 0);
+  const std::size_t count =
+      file.readAt(start, std::as_writable_bytes(std::span(bytes)).first(most));
+  const AVInputFormat* best = nullptr;
+  score = 0;
+  for (std::size_t size = std::min<std::size_t>(count, 4096);; size = std::min(count, size * 4)) {
+    // The padding must be zero, so every prefix but the whole is a copy.
+    std::vector<unsigned char> prefix(bytes.begin(), bytes.begin() + static_cast<long>(size));
+    prefix.resize(size + AVPROBE_PADDING_SIZE, 0);
+    const AVProbeData data{
+        .filename = "", .buf = prefix.data(), .buf_size = static_cast<int>(size), .mime_type = ""};
+    best = av_probe_input_format3(&data, 1, &score);
+    if (score >= kSureScore || size == count) return best;
+  }
+}
+
+bool isAllowed(const AVInputFormat* format) {
+  return format != nullptr && av_match_list(format->name, allowedDemuxers().c_str(), ',') > 0;
+}
+
+}  // namespace
+
+const std::string& allowedDemuxers() {
+  static const std::string names =
+      // Audio files.
+      "aa,aac,aax,ac3,acm,adp,ads,adx,aea,afc,aiff,alp,amr,apc,ape,apm,aptx,argo_asf,argo_cvg,"
+      "ast,au,avr,"
+      "bfstm,binka,bit,boa,brstm,caf,codec2,daud,dfpwm,dsf,dss,dts,dtshd,eac3,epaf,flac,fsb,fwse,"
+      "g722,g723_1,g729,genh,gsm,hca,hcom,iff,ilbc,ircam,iss,kvag,loas,lvf,mca,mlp,mmf,mp3,mpc,"
+      "mpc8,msf,mtaf,musx,nistsphere,nsp,ogg,oma,paf,pvf,qcp,rso,rsd,sbc,sds,sdx,shn,siff,sln,sol,"
+      "sox,spdif,svag,tak,truehd,tta,vag,voc,vpk,vqf,w64,wav,wsaud,wsd,wv,wve,xa,xvag,xwma,"
+      // Video files with sound.
+      "asf,asf_o,avi,dv,ea,film_cpk,flv,gxf,kux,live_flv,matroska,mov,mpeg,mpegts,mxf,nsv,nut,nuv,"
+      "rm,roq,"
+      "smjpeg,smk,swf,vivo,wtv";
+  return names;
+}
+
+const std::string& allowedDecoders() {
+  static const std::string names = [] {
+    std::string list;
+    void* state = nullptr;
+    while (const AVCodec* codec = av_codec_iterate(&state)) {
+      if (codec->type != AVMEDIA_TYPE_AUDIO || av_codec_is_decoder(codec) == 0) continue;
+      if (!list.empty()) list += ',';
+      list += codec->name;
+    }
+    return list;
+  }();
+  return names;
+}
+
+const AVInputFormat* demuxerFor(const InputFile& file, FourCC containerHint) {
+  const auto known = std::find_if(kDemuxers.begin(), kDemuxers.end(), [&](const auto& entry) {
+    return entry.container == containerHint;
+  });
+  if (known != kDemuxers.end()) return av_find_input_format(known->demuxer);
+  int score = 0;
+  const AVInputFormat* probed = probe(file, score);
+  if (score >= kSureScore && isAllowed(probed)) return probed;
+  // FFmpeg expects a stream to begin with a frame; a DTS-HD file, which has a header, always does.
+  return containerHint == fourCCFrom("DTS ") ? av_find_input_format("dts") : nullptr;
+}
+
+}  // namespace orvane

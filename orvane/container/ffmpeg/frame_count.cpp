@@ -1,0 +1,139 @@
+#include "orvane/container/ffmpeg/frame_count.h"
+
+#include <algorithm>
+#include <optional>
+#include <span>
+
+extern "C" {
+#include <libavutil/mathematics.h>
+}
+
+#include "orvane/container/ffmpeg/decoder.h"
+#include "orvane/container/ffmpeg/demuxer.h"
+#include "orvane/container/ffmpeg/packet_frames.h"
+#include "orvane/platform/error.h"
+
+namespace orvane {
+namespace {
+
+void throwIfCancelled(const AudioFileOpenOptions& options) {
+  if (options.observer != nullptr && options.observer->isCancelled()) throw Cancelled();
+}
+
+std::int64_t readLittleEndian32(const std::uint8_t* bytes) {
+  std::int64_t value = 0;
+  for (std::size_t i = 4; i-- > 0;) value = value << 8 | bytes[i];
+  return value;
+}
+
+/// What libavcodec takes off the decoded frames at a container's word.
+class Trimming {
+ public:
+  explicit Trimming(std::int64_t delay) : skip_(delay) {}
+
+  /// Frames left of the `frames` that `packet` decodes to.
+  std::int64_t apply(const AVPacket& packet, std::int64_t frames) {
+    std::int64_t padding = 0;
+    std::size_t size = 0;
+    const std::uint8_t* side = av_packet_get_side_data(&packet, AV_PKT_DATA_SKIP_SAMPLES, &size);
+    if (side != nullptr && size >= 10) {
+      const std::int64_t stated = readLittleEndian32(side);
+      skip_ = stated <= INT32_MAX ? stated : 0;  // libavcodec takes negative ones for none
+      padding = readLittleEndian32(side + 4);
+    }
+    const std::int64_t skipped = std::min(skip_, frames);
+    skip_ -= skipped;
+    if ((packet.flags & AV_PKT_FLAG_DISCARD) != 0) return 0;
+    frames -= skipped;
+    return padding <= frames ? frames - padding : frames;
+  }
+
+ private:
+  std::int64_t skip_;
+};
+
+/// What the first decodable packet shows of all others.
+struct FirstPacket {
+  std::int64_t frames = 0;  ///< decoded from it, nothing trimmed; 0 when no packet decodes
+  bool isOneFrame = true;   ///< false when the decoder finds several coded frames in the packet
+  int delay = 0;            ///< frames that the decoder itself takes off the start
+};
+
+FirstPacket decodeFirstPacket(Demuxer& demuxer) {
+  const CodecContextPointer codec = openCodec(demuxer, 1, AV_CODEC_FLAG2_SKIP_MANUAL);
+  const PacketPointer packet = makePacket();
+  const FramePointer frame = makeFrame();
+  FirstPacket first;
+  while (first.frames == 0 && demuxer.read(*packet)) {
+    if (avcodec_send_packet(codec.get(), packet.get()) < 0) continue;
+    if (avcodec_receive_frame(codec.get(), frame.get()) < 0) continue;
+    first.frames = frame->nb_samples;
+    first.isOneFrame = avcodec_receive_frame(codec.get(), frame.get()) == AVERROR(EAGAIN);
+  }
+  first.delay = codec->delay;
+  return first;
+}
+
+/// Counts without decoding; absent when a packet does not tell its length.
+std::optional<StreamLength> countByPackets(Demuxer& demuxer, const FirstPacket& first,
+                                           const AudioFileOpenOptions& options) {
+  constexpr int kPacketsBetweenChecks = 1024;
+  if (!first.isOneFrame) return std::nullopt;
+  PacketFrames packetFrames(*demuxer.stream().codecpar, first.frames);
+  Trimming trimming(first.delay);
+  StreamLength length;
+  const PacketPointer packet = makePacket();
+  for (int index = 0; demuxer.read(*packet); ++index) {
+    if (index % kPacketsBetweenChecks == 0) throwIfCancelled(options);
+    // New headers in mid-stream may change all that is known of its packets.
+    if (av_packet_get_side_data(packet.get(), AV_PKT_DATA_NEW_EXTRADATA, nullptr) != nullptr)
+      return std::nullopt;
+    if (packet->size <= 0) continue;
+    const auto frames = packetFrames.next({packet->data, static_cast<std::size_t>(packet->size)});
+    if (!frames) return std::nullopt;
+    length.frames += trimming.apply(*packet, *frames);
+  }
+  return length;
+}
+
+StreamLength countByDecoding(Demuxer& demuxer, const AudioFileOpenOptions& options) {
+  Decoder decoder(demuxer, options.threadCount);
+  StreamLength length;
+  while (const AVFrame* frame = decoder.next()) {
+    throwIfCancelled(options);
+    length.frames += frame->nb_samples;
+  }
+  return length;
+}
+
+/// Whether the header states a duration of this very stream that the packets fall short of.
+bool fallsShort(const Demuxer& demuxer, std::int64_t frames) {
+  // Priming, padding and edit lists shift lengths by a few packets; a cut takes more.
+  constexpr double kToleranceSeconds = 0.25;
+  const AVFormatContext& format = demuxer.format();
+  const AVStream& stream = demuxer.stream();
+  const bool isOfThisStream =
+      format.nb_streams == 1 && format.duration_estimation_method == AVFMT_DURATION_FROM_STREAM;
+  if (!isOfThisStream || stream.duration <= 0 || stream.codecpar->sample_rate <= 0) return false;
+  const double stated = static_cast<double>(stream.duration) * av_q2d(stream.time_base);
+  const double found = static_cast<double>(frames) / stream.codecpar->sample_rate;
+  return found + kToleranceSeconds < stated;
+}
+
+}  // namespace
+
+StreamLength countFrames(const std::shared_ptr<const InputFile>& file,
+                         const AudioFileOpenOptions& options, FourCC containerHint) {
+  Demuxer first(file, options.streamIndex, containerHint);
+  const FirstPacket firstPacket = decodeFirstPacket(first);
+  std::optional<Demuxer> demuxer(std::in_place, file, options.streamIndex, containerHint);
+  auto length = countByPackets(*demuxer, firstPacket, options);
+  if (!length) {
+    demuxer.emplace(file, options.streamIndex, containerHint);
+    length = countByDecoding(*demuxer, options);
+  }
+  length->isTruncated = demuxer->isTruncated() || fallsShort(*demuxer, length->frames);
+  return *length;
+}
+
+}  // namespace orvane

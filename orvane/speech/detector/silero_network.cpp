@@ -1,0 +1,125 @@
+#include "orvane/speech/detector/silero_network.h"
+
+#include <algorithm>
+#include <condition_variable>
+#include <mutex>
+
+#include "orvane/platform/parallel.h"
+#include "orvane/speech/detector/silero_layout.h"
+
+namespace orvane {
+namespace {
+
+using namespace silero;
+
+/// The recurrence takes about a third of one thread's time; it cannot keep up with more.
+constexpr std::size_t kMaximumThreads = 4;
+
+/// One pass over a signal. Tiles of steps are computed by any thread, ahead of the recurrence, into
+/// a ring of slots; whichever thread finds the next tile ready runs the recurrence over it.
+class Pass {
+ public:
+  Pass(const PackedWeights& weights, std::span<const float> samples, std::span<float> probabilities,
+       std::size_t threadCount, ProgressObserver* observer)
+      : weights_(weights),
+        samples_(samples),
+        probabilities_(probabilities),
+        observer_(observer),
+        tileCount_((probabilities.size() + kTileSteps - 1) / kTileSteps) {
+    const std::size_t threads = std::clamp<std::size_t>(threadCount, 1, kMaximumThreads);
+    threadCount_ = std::min(threads, std::max<std::size_t>(tileCount_, 1));
+    scratch_ = std::vector<TileScratch>(threadCount_);
+    slots_ = std::vector<Slot>(threadCount_ == 1 ? 1 : 2 * threadCount_);
+  }
+
+  void run() {
+    parallelFor(threadCount_, threadCount_, [this](std::size_t thread) { work(scratch_[thread]); });
+  }
+
+ private:
+  struct Slot {
+    AlignedFloats gates = hwy::AllocateAligned<float>(kTileSteps * kGateSize);
+    bool isReady = false;
+  };
+
+  void work(TileScratch& scratch) {
+    std::unique_lock lock(mutex_);
+    while (!isStopped_ && nextRecurrent_ < tileCount_) {
+      Slot& oldest = slots_[nextRecurrent_ % slots_.size()];
+      if (oldest.isReady && !recurrenceRuns_) {
+        recurrenceRuns_ = true;
+        lock.unlock();
+        runTile(oldest);
+        lock.lock();
+        oldest.isReady = false;
+        recurrenceRuns_ = false;
+        ++nextRecurrent_;
+        changed_.notify_all();
+      } else if (nextTile_ < tileCount_ && nextTile_ < nextRecurrent_ + slots_.size()) {
+        const std::size_t tile = nextTile_++;
+        Slot& slot = slots_[tile % slots_.size()];
+        lock.unlock();
+        loadTile(samples_.data(), samples_.size(), tile * kTileSteps, scratch);
+        computeTile(weights_, scratch, slot.gates.get());
+        lock.lock();
+        slot.isReady = true;
+        changed_.notify_all();
+      } else {
+        changed_.wait(lock);
+      }
+    }
+  }
+
+  /// Only one thread at a time is in here, so that the observer's calls never overlap.
+  void runTile(const Slot& slot) {
+    const std::size_t first = nextRecurrent_ * kTileSteps;
+    const std::size_t count = std::min(kTileSteps, probabilities_.size() - first);
+    runRecurrence(weights_, slot.gates.get(), count, state_, probabilities_.data() + first);
+    if (!observer_) return;
+    try {
+      observer_->onProgress("Detecting speech", static_cast<double>(first + count) /
+                                                    static_cast<double>(probabilities_.size()));
+      if (observer_->isCancelled()) throw Cancelled();
+    } catch (...) {
+      const std::lock_guard lock(mutex_);
+      isStopped_ = true;
+      changed_.notify_all();
+      throw;
+    }
+  }
+
+  const PackedWeights& weights_;
+  std::span<const float> samples_;
+  std::span<float> probabilities_;
+  ProgressObserver* observer_;
+  std::size_t tileCount_;
+  std::size_t threadCount_ = 1;
+  std::vector<TileScratch> scratch_{};
+  std::vector<Slot> slots_{};
+  RecurrentState state_{};
+
+  std::mutex mutex_{};
+  std::condition_variable changed_{};
+  std::size_t nextTile_ = 0;       ///< not yet taken by a thread
+  std::size_t nextRecurrent_ = 0;  ///< not yet seen by the recurrence
+  bool recurrenceRuns_ = false;
+  bool isStopped_ = false;
+};
+
+}  // namespace
+
+SileroNetwork::SileroNetwork(const SileroWeights& weights)
+    : weights_(std::make_unique<const PackedWeights>(packWeights(weights))) {}
+SileroNetwork::~SileroNetwork() = default;
+SileroNetwork::SileroNetwork(SileroNetwork&&) noexcept = default;
+SileroNetwork& SileroNetwork::operator=(SileroNetwork&&) noexcept = default;
+
+std::vector<float> SileroNetwork::stepProbabilities(std::span<const float> samples,
+                                                    std::size_t stepCount, std::size_t threadCount,
+                                                    ProgressObserver* observer) const {
+  std::vector<float> probabilities(stepCount);
+  Pass(*weights_, samples, probabilities, threadCount, observer).run();
+  return probabilities;
+}
+
+}  // namespace orvane

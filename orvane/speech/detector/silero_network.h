@@ -1,0 +1,44 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <span>
+#include <vector>
+
+#include "orvane/platform/export.h"
+#include "orvane/platform/progress.h"
+#include "orvane/speech/detector/onnx_weights.h"
+
+namespace orvane {
+
+namespace silero {
+struct PackedWeights;
+}
+
+/// The Silero voice-activity network, versions 5 and 6, for 16 kHz mono: a windowed Fourier
+/// transform, four convolutions, one LSTM layer and a logistic output, in 32-bit floats. Each step
+/// sees 512 new samples (32 ms) behind the 64 before them. Immutable: any number of threads may use
+/// one network at once.
+class ORVANE_API SileroNetwork {
+ public:
+  static constexpr std::size_t kStepSamples = 512;
+
+  explicit SileroNetwork(const SileroWeights& weights);
+  ~SileroNetwork();
+  SileroNetwork(SileroNetwork&&) noexcept;
+  SileroNetwork& operator=(SileroNetwork&&) noexcept;
+
+  /// Speech probabilities of `stepCount` consecutive steps, from a cleared state. Steps beyond the
+  /// end of `samples` see its last sample repeated. Samples that are not finite, or larger than
+  /// 10⁹, count as 0. The result does not depend on `threadCount`; more threads than four do not
+  /// help. The observer (may be null) is told of the stage "Detecting speech"; throws `Cancelled`
+  /// when it asks for it.
+  std::vector<float> stepProbabilities(std::span<const float> samples, std::size_t stepCount,
+                                       std::size_t threadCount = 1,
+                                       ProgressObserver* observer = nullptr) const;
+
+ private:
+  std::unique_ptr<const silero::PackedWeights> weights_;
+};
+
+}  // namespace orvane

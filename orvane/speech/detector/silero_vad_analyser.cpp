@@ -1,0 +1,161 @@
+#include "orvane/speech/detector/silero_vad_analyser.h"
+
+#include <algorithm>
+#include <cmath>
+#include <exception>
+#include <utility>
+
+#include "orvane/platform/orvane_resources.h"
+#include "orvane/platform/parallel.h"
+#include "orvane/platform/precondition.h"
+#include "orvane/speech/detector/mono_resampler.h"
+
+namespace orvane {
+namespace {
+
+constexpr double kModelRate = 16000;
+/// 100 ms, the hop of the gating blocks of ITU-R BS.1770.
+constexpr double kBlockDuration = 0.1;
+/// Output samples of one piece of work.
+constexpr std::int64_t kChunkSamples = 65536;
+
+/// Whole numbers up to here are exact in a double.
+constexpr double kLargestCount = 9007199254740992.0;
+
+std::int64_t toCount(double value) {
+  precondition(value > -kLargestCount && value < kLargestCount, "counts of samples are finite");
+  return static_cast<std::int64_t>(value);
+}
+
+/// The model that is shipped under its own name, else the installed one.
+std::unique_ptr<VadManager> makeInstalledManager(const VadManager::Config& config) {
+  if (const auto model = OrvaneResources::url("silero-vad-unified-256ms-v6.0.0", "mlmodelc"))
+    return std::make_unique<VadManager>(config, *model);
+  return std::make_unique<VadManager>(config);
+}
+
+std::vector<float> resample(const MonoResampler& resampler, std::int64_t outputCount,
+                            std::size_t threadCount) {
+  std::vector<float> output(static_cast<std::size_t>(outputCount));
+  const std::int64_t chunks = (outputCount + kChunkSamples - 1) / kChunkSamples;
+  parallelFor(threadCount, static_cast<std::size_t>(chunks), [&](std::size_t chunk) {
+    const std::int64_t start = static_cast<std::int64_t>(chunk) * kChunkSamples;
+    const std::int64_t end = std::min(start + kChunkSamples, outputCount);
+    resampler.run(start, end, output.data() + start);
+  });
+  return output;
+}
+
+}  // namespace
+
+SileroVADAnalyser& SileroVADAnalyser::shared() {
+  static SileroVADAnalyser analyser(makeInstalledManager);
+  return analyser;
+}
+
+SileroVADAnalyser::SileroVADAnalyser(ManagerMaker makeManager)
+    : makeManager_(std::move(makeManager)) {}
+SileroVADAnalyser::~SileroVADAnalyser() = default;
+
+std::optional<SileroVADAnalyser::Input> SileroVADAnalyser::prepareInput(const PCMBuffer& buffer,
+                                                                        std::size_t threadCount) {
+  return prepareInput(buffer.constChannels(), buffer.frameLength(), buffer.sampleRate(),
+                      threadCount);
+}
+
+std::optional<SileroVADAnalyser::Input> SileroVADAnalyser::prepareInput(
+    std::span<const float* const> channels, std::int64_t frameCount, double sampleRate,
+    std::size_t threadCount) {
+  if (channels.empty() || frameCount < 1 || !(sampleRate > 0)) return std::nullopt;
+  const double ratio = sampleRate / kModelRate;
+  const std::int64_t outputCount = toCount(static_cast<double>(frameCount) / ratio);
+  if (outputCount < 1) return std::nullopt;
+  return Input{.samples16k = resample({channels, frameCount, ratio}, outputCount, threadCount),
+               .sourceFrameCount = frameCount,
+               .sourceSampleRate = sampleRate};
+}
+
+std::vector<float> SileroVADAnalyser::linInterp(std::span<const float> samples, double fromRate,
+                                                double toRate) {
+  if (fromRate == toRate || samples.empty()) return {samples.begin(), samples.end()};
+  const double ratio = fromRate / toRate;
+  const auto count = static_cast<std::int64_t>(samples.size());
+  const std::int64_t outputCount = toCount(static_cast<double>(count) / ratio);
+  if (outputCount < 1) return {};
+  const float* const channel = samples.data();
+  return resample({{&channel, 1}, count, ratio}, outputCount, 1);
+}
+
+std::optional<std::vector<bool>> SileroVADAnalyser::classify(const Input& input,
+                                                             const SileroVADTuning& tuning) {
+  return classify(input, tuning, Execution{});
+}
+
+std::optional<std::vector<bool>> SileroVADAnalyser::classify(const Input& input,
+                                                             const SileroVADTuning& tuning,
+                                                             const Execution& execution) {
+  return classify16k(input.samples16k, input.sourceFrameCount, input.sourceSampleRate, tuning,
+                     execution);
+}
+
+std::optional<std::vector<bool>> SileroVADAnalyser::classify(std::span<const float> mono,
+                                                             double sourceSampleRate,
+                                                             const SileroVADTuning& tuning) {
+  return classify(mono, sourceSampleRate, tuning, Execution{});
+}
+
+std::optional<std::vector<bool>> SileroVADAnalyser::classify(std::span<const float> mono,
+                                                             double sourceSampleRate,
+                                                             const SileroVADTuning& tuning,
+                                                             const Execution& execution) {
+  return classify16k(linInterp(mono, sourceSampleRate, kModelRate),
+                     static_cast<std::int64_t>(mono.size()), sourceSampleRate, tuning, execution);
+}
+
+std::optional<std::vector<bool>> SileroVADAnalyser::classify16k(std::span<const float> samples16k,
+                                                                std::int64_t sourceFrameCount,
+                                                                double sourceSampleRate,
+                                                                const SileroVADTuning& tuning,
+                                                                const Execution& execution) {
+  std::vector<VadSegment> segments;
+  try {
+    const std::lock_guard lock(mutex_);
+    if (!manager_ || managerThreshold_ != tuning.threshold) {
+      auto manager = makeManager_(VadManager::Config{.defaultThreshold = tuning.threshold});
+      if (!manager) return std::nullopt;
+      manager_ = std::move(manager);
+      managerThreshold_ = tuning.threshold;
+    }
+    if (samples16k.empty()) return std::nullopt;
+    auto segmentation = VadSegmentationConfig::defaults();
+    segmentation.minSpeechDuration = tuning.minSpeechDuration;
+    segmentation.minSilenceDuration = tuning.minSilenceDuration;
+    segments = manager_->segmentSpeech(samples16k, segmentation, execution.threadCount,
+                                       execution.observer);
+  } catch (const Cancelled&) {
+    throw;
+  } catch (const std::exception&) {
+    return std::nullopt;
+  }
+  const double blocks =
+      std::round(static_cast<double>(sourceFrameCount) / sourceSampleRate / kBlockDuration);
+  return blockHistory(segments, std::max<std::int64_t>(1, toCount(blocks)), kBlockDuration);
+}
+
+std::vector<bool> SileroVADAnalyser::blockHistory(std::span<const VadSegment> segments,
+                                                  std::int64_t totalBlocks, double blockDuration) {
+  std::vector<bool> flags(static_cast<std::size_t>(std::max<std::int64_t>(totalBlocks, 0)));
+  for (const VadSegment& segment : segments) {
+    precondition(std::isfinite(segment.startTime) && std::isfinite(segment.endTime),
+                 "segments have finite times");
+    const double first = std::max(0.0, std::floor(segment.startTime / blockDuration));
+    const double last = std::min(std::ceil(segment.endTime / blockDuration) - 1,
+                                 static_cast<double>(totalBlocks - 1));
+    if (last >= first)
+      std::fill(flags.begin() + static_cast<std::ptrdiff_t>(first),
+                flags.begin() + static_cast<std::ptrdiff_t>(last) + 1, true);
+  }
+  return flags;
+}
+
+}  // namespace orvane

@@ -1,0 +1,90 @@
+#include "orvane/speech/detector/speech_input_maker.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+#include "orvane/audio/audio_stream.h"
+#include "orvane/speech/detector/mono_resampler.h"
+
+namespace orvane {
+namespace {
+
+constexpr double kModelRate = 16000;
+
+std::int64_t outputCount(std::int64_t frames, double ratio) {
+  return static_cast<std::int64_t>(static_cast<double>(frames) / ratio);
+}
+
+}  // namespace
+
+SpeechInputMaker::SpeechInputMaker(double sampleRate, std::size_t channelCount,
+                                   std::int64_t expectedFrames)
+    : sampleRate_(sampleRate), ratio_(sampleRate / kModelRate), lastFrame_(channelCount) {
+  output_.reserve(static_cast<std::size_t>(outputCount(expectedFrames, ratio_)) + 1);
+}
+
+std::int64_t SpeechInputMaker::outputsWithin(std::int64_t frames) const {
+  if (ratio_ == 1) return frames;
+  // Sample i lies between the frames ⌊ratio × i⌋ and the next one.
+  const auto needsMore = [&](std::int64_t i) {
+    return static_cast<std::int64_t>(ratio_ * static_cast<double>(i)) + 1 >= frames;
+  };
+  auto output = std::max<std::int64_t>(0, outputCount(frames - 1, ratio_));
+  while (output > 0 && needsMore(output - 1)) --output;
+  while (!needsMore(output)) ++output;
+  return output;
+}
+
+void SpeechInputMaker::run(std::span<const float* const> channels, std::int64_t firstFrame,
+                           std::int64_t endFrame, std::int64_t endOutput) {
+  const auto start = static_cast<std::int64_t>(output_.size());
+  if (endOutput <= start) return;
+  output_.resize(static_cast<std::size_t>(endOutput));
+  MonoResampler{channels, endFrame, ratio_, firstFrame}.run(start, endOutput,
+                                                            output_.data() + start);
+}
+
+void SpeechInputMaker::process(std::span<const float* const> channels, std::size_t frameCount) {
+  if (frameCount == 0) return;
+  if (frames_ > 0) {
+    // What lies between the piece before and this one.
+    std::vector<float> seam;
+    std::vector<const float*> seamChannels;
+    for (std::size_t c = 0; c < channels.size(); ++c)
+      seam.insert(seam.end(), {lastFrame_[c], channels[c][0]});
+    for (std::size_t c = 0; c < channels.size(); ++c) seamChannels.push_back(&seam[2 * c]);
+    run(seamChannels, frames_ - 1, frames_ + 1, outputsWithin(frames_ + 1));
+  }
+  const std::int64_t end = frames_ + static_cast<std::int64_t>(frameCount);
+  run(channels, frames_, end, outputsWithin(end));
+  for (std::size_t c = 0; c < channels.size(); ++c) lastFrame_[c] = channels[c][frameCount - 1];
+  frames_ = end;
+}
+
+std::optional<SileroVADAnalyser::Input> SpeechInputMaker::finish() {
+  const std::int64_t count = frames_ > 0 ? outputCount(frames_, ratio_) : 0;
+  if (count < 1) return std::nullopt;
+  std::vector<const float*> lastFrame;
+  for (const float& sample : lastFrame_) lastFrame.push_back(&sample);
+  run(lastFrame, frames_ - 1, frames_, count);  // nothing comes behind the last frame
+  output_.resize(static_cast<std::size_t>(count));
+  return SileroVADAnalyser::Input{.samples16k = std::move(output_),
+                                  .sourceFrameCount = frames_,
+                                  .sourceSampleRate = sampleRate_};
+}
+
+std::optional<SileroVADAnalyser::Input> speechInputOf(AudioStream& stream) {
+  constexpr std::int64_t kPieceFrames = std::int64_t{1} << 17;
+  SpeechInputMaker maker(stream.format().sampleRate, stream.format().channelCount,
+                         stream.frameLength());
+  const auto piece =
+      stream.makeBuffer(static_cast<std::uint32_t>(std::min(kPieceFrames, stream.frameLength())));
+  do {
+    stream.read(*piece);
+    maker.process(piece->constChannels(), piece->frameLength());
+  } while (piece->frameLength() == piece->frameCapacity());
+  return maker.finish();
+}
+
+}  // namespace orvane

@@ -1,0 +1,45 @@
+#include "orvane/speech/detector/vad_manager.h"
+
+#include "orvane/platform/orvane_resources.h"
+
+namespace orvane {
+namespace {
+
+std::optional<std::filesystem::path> findModel() {
+  return OrvaneResources::url("silero_vad_v6", "onnx");
+}
+
+std::filesystem::path installedModel() {
+  if (const auto path = findModel()) return *path;
+  throw SpeechModelError("silero_vad_v6.onnx", "The speech model is not installed.");
+}
+
+}  // namespace
+
+VadManager::VadManager(const Config& config, const std::filesystem::path& vadModel)
+    : config_(config), network_(loadSileroWeights(vadModel)) {}
+
+VadManager::VadManager(const Config& config) : VadManager(config, installedModel()) {}
+
+std::optional<std::string> VadManager::installedModelVersion() {
+  return findModel() ? std::optional<std::string>("6") : std::nullopt;
+}
+
+std::vector<float> VadManager::frameProbabilities(std::span<const float> samples16k,
+                                                  std::size_t threadCount,
+                                                  ProgressObserver* observer) const {
+  constexpr std::size_t kFrame = VadSegmentation::kFrameSamples;
+  const std::size_t frames = (samples16k.size() + kFrame - 1) / kFrame;
+  return VadSegmentation::frameProbabilities(network_.stepProbabilities(
+      samples16k, frames * VadSegmentation::kStepsPerFrame, threadCount, observer));
+}
+
+std::vector<VadSegment> VadManager::segmentSpeech(std::span<const float> samples16k,
+                                                  const VadSegmentationConfig& segmentation,
+                                                  std::size_t threadCount,
+                                                  ProgressObserver* observer) const {
+  return VadSegmentation::segments(frameProbabilities(samples16k, threadCount, observer),
+                                   samples16k.size(), config_.defaultThreshold, segmentation);
+}
+
+}  // namespace orvane

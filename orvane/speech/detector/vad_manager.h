@@ -1,0 +1,64 @@
+#pragma once
+
+#include <cstddef>
+#include <filesystem>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "orvane/platform/export.h"
+#include "orvane/platform/progress.h"
+#include "orvane/speech/detector/silero_network.h"
+#include "orvane/speech/detector/vad_segmentation.h"
+
+namespace orvane {
+
+/// A loaded speech model and the threshold that it is used with.
+class ORVANE_API VadManager {
+ public:
+  /// Where a model may run. The network always runs on the processor; the choice is carried for
+  /// hosts that keep it with their settings.
+  enum class ComputeUnits { cpuOnly = 0, cpuAndGPU = 1, all = 2, cpuAndNeuralEngine = 3 };
+
+  struct Config {
+    float defaultThreshold = 0.85F;  ///< frame probability from which speech begins
+    ComputeUnits computeUnits = ComputeUnits::cpuAndNeuralEngine;
+    bool debugMode = false;  ///< changes nothing: the library does not log
+
+    bool operator==(const Config&) const = default;
+  };
+
+  /// Loads the model file. Throws `SpeechModelError` and `PlatformError`.
+  VadManager(const Config& config, const std::filesystem::path& vadModel);
+
+  /// Which version of the network is installed: "6"; absent when there is none. Only looks for the
+  /// file, which is quick.
+  static std::optional<std::string> installedModelVersion();
+
+  /// Loads the installed model "silero_vad_v6.onnx" from the library's resources. Throws
+  /// `SpeechModelError` when there is none.
+  explicit VadManager(const Config& config);
+
+  const Config& config() const noexcept { return config_; }
+
+  /// Speech probability of each frame of 256 ms (4,096 samples at 16 kHz), from a cleared state:
+  /// that at least one of its eight steps is speech. The last frame is filled by repeating the last
+  /// sample. Any number of threads may call at once. Throws `Cancelled` when the observer asks for
+  /// it.
+  std::vector<float> frameProbabilities(std::span<const float> samples16k,
+                                        std::size_t threadCount = 1,
+                                        ProgressObserver* observer = nullptr) const;
+
+  /// Stretches of speech, in order and without overlap.
+  std::vector<VadSegment> segmentSpeech(std::span<const float> samples16k,
+                                        const VadSegmentationConfig& segmentation,
+                                        std::size_t threadCount = 1,
+                                        ProgressObserver* observer = nullptr) const;
+
+ private:
+  Config config_;
+  SileroNetwork network_;
+};
+
+}  // namespace orvane

@@ -1,0 +1,48 @@
+#include "orvane/text/text_list.h"
+
+#include <gtest/gtest.h>
+
+namespace orvane {
+namespace {
+
+TEST(TextLists, TakeLinesWithEitherEnd) {
+  std::string_view text = "one\r\ntwo\n\nlast";
+  EXPECT_EQ(TextList::takeLine(text), "one");
+  EXPECT_EQ(TextList::takeLine(text), "two");
+  EXPECT_EQ(TextList::takeLine(text), "");
+  EXPECT_EQ(TextList::takeLine(text), "last");
+  EXPECT_EQ(text, "");
+  EXPECT_EQ(TextList::takeLine(text), "");
+}
+
+TEST(TextLists, FindColumnsByTheirNames) {
+  TextList::CSVReader reader("Index, START (s) ,Name\n");
+  const auto header = reader.next().value();
+  EXPECT_EQ(TextList::columnNamed(header, {"start", "start (s)"}), 1U);
+  EXPECT_EQ(TextList::columnNamed(header, {"name", "index"}), 0U);
+  EXPECT_EQ(TextList::columnNamed(header, {"end"}), std::nullopt);
+}
+
+TEST(TextLists, CountTheLinesOfRecordsOverSeveral) {
+  TextList::CSVReader reader("\"a\nb\",1\n\nlast");
+  EXPECT_EQ(reader.next()->line, 1U);
+  const auto empty = reader.next().value();
+  EXPECT_EQ(empty.line, 3U);
+  EXPECT_TRUE(empty.isEmpty());
+  EXPECT_EQ(reader.next()->line, 4U);
+  EXPECT_FALSE(reader.next().has_value());
+}
+
+TEST(TextLists, QuoteNoMoreThanTheStartOfLongTexts) {
+  EXPECT_EQ(TextList::quoted("abc"), "\"abc\"");
+  EXPECT_EQ(TextList::quoted(std::string(100, 'x')), "\"" + std::string(40, 'x') + "...\"");
+}
+
+TEST(TextLists, TakeTheApostropheOffWhatIsNoFormula) {
+  EXPECT_EQ(TextList::unguarded("'=cmd"), "=cmd");
+  EXPECT_EQ(TextList::unguarded("'tis"), "'tis");
+  EXPECT_EQ(TextList::unguarded(""), "");
+}
+
+}  // namespace
+}  // namespace orvane
