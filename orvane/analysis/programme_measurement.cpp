@@ -88,7 +88,7 @@ ProgrammeMeasurement measureProgramme(AudioStream& stream, bool computeStereoWid
   const auto capacity =
       static_cast<std::uint32_t>(std::min(length, sliceFrames(stream.format().channelCount)));
   auto slice = stream.makeBuffer(capacity);
-  auto next = capacity < length ? stream.makeBuffer(capacity) : nullptr;
+  std::shared_ptr<PCMBuffer> next;  // not made for what fits into one slice
 
   Meters meters(ProgrammeView::of(*slice), computeStereoWidth);
   auto all = meters.all();
@@ -102,7 +102,10 @@ ProgrammeMeasurement measureProgramme(AudioStream& stream, bool computeStereoWid
   while (slice->frameLength() > 0) {
     const Channels channels = slice->constChannels();
     const std::size_t count = slice->frameLength();
-    const std::size_t reads = measured + count < length ? 1 : 0;
+    // A slice that is not full is the last one, even where more had been promised: a decoder may
+    // deliver fewer frames than its container counts.
+    const std::size_t reads = count == capacity && measured + count < length ? 1 : 0;
+    if (reads > 0 && !next) next = stream.makeBuffer(capacity);
     parallelFor(threadCount, reads + all.size(), [&](std::size_t task) {
       if (task < reads)
         stream.read(*next);
