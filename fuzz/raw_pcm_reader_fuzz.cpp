@@ -36,16 +36,19 @@ using orvane::fuzz::require;
 /// The file's channel and frame, converted by the readable reference.
 float expectedSample(const RawPCMFormat& format, std::span<const std::byte> data,
                      std::int64_t fullFrames, std::int64_t channel, std::int64_t frame) {
-  constexpr orvane::SampleType kTypes[] = {
-      orvane::SampleType::unsignedInt8, orvane::SampleType::int16, orvane::SampleType::int24,
-      orvane::SampleType::int24In32,    orvane::SampleType::int32, orvane::SampleType::float32,
-      orvane::SampleType::float64};
+  using orvane::SampleEncoding;
+  constexpr SampleEncoding kEncodings[] = {
+      SampleEncoding::unsignedInteger(1), SampleEncoding::signedInteger(2),
+      SampleEncoding::signedInteger(3),   SampleEncoding::low24In32(),
+      SampleEncoding::signedInteger(4),   SampleEncoding::floatingPoint(4),
+      SampleEncoding::floatingPoint(8)};
+  SampleEncoding encoding = kEncodings[static_cast<std::size_t>(format.encoding)];
+  encoding.isBigEndian = format.endianness == RawPCMFormat::Endianness::big;
   const std::int64_t sample =
       format.isPlanar ? channel * fullFrames + frame : frame * format.channelCount + channel;
   const std::int64_t offset =
       format.headerSkipBytes + sample * orvane::bytesPerSample(format.encoding);
-  return orvane::reference::sampleToFloat({kTypes[static_cast<std::size_t>(format.encoding)],
-                                           format.endianness == RawPCMFormat::Endianness::big},
+  return orvane::reference::sampleToFloat(encoding,
                                           data.subspan(static_cast<std::size_t>(offset)).data());
 }
 

@@ -1,5 +1,6 @@
-// make_programme FILE SECONDS [SEED]: a stereo programme, 48 kHz, 24 bits, as a WAVE file. Music-like:
-// seeded, dynamic, with transients. A shorter programme is the beginning of a longer one.
+// make_programme FILE SECONDS [SEED]: a stereo programme, 48 kHz, 24 bits, as a WAVE file.
+// Music-like: seeded, dynamic, with transients. A shorter programme is the beginning of a longer
+// one.
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -63,7 +64,8 @@ int main(int argc, char** argv) {
   std::ofstream file(argv[1], std::ios::binary);
   file << header(static_cast<std::uint32_t>(frames * kBytesPerFrame));
   std::size_t written = 0;
-  for (std::uint64_t seed = argc > 3 ? std::strtoul(argv[3], nullptr, 10) : 1; written < frames; ++seed) {
+  for (std::uint64_t seed = argc > 3 ? std::strtoul(argv[3], nullptr, 10) : 1; written < frames;
+       ++seed) {
     const auto piece = orvane::test::music(seed, kSampleRate, kChannels, kPieceSeconds);
     const std::size_t count = std::min(piece.frameCount(), frames - written);
     file << encoded(piece, count);

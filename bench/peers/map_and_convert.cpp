@@ -46,7 +46,7 @@ int main(int argc, char** argv) {
   orvane::parallelFor(std::thread::hardware_concurrency(), pieces, [&](std::size_t piece) {
     const std::size_t begin = piece * kPieceFrames;
     float* destinations[] = {buffer->channel(0) + begin, buffer->channel(1) + begin};
-    orvane::deinterleaveToFloat({.type = orvane::SampleType::int24},
+    orvane::deinterleaveToFloat(orvane::SampleEncoding::signedInteger(3),
                                 samples + begin * kBytesPerFrame,
                                 std::min(kPieceFrames, frames - begin), 2, destinations);
   });

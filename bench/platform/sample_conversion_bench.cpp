@@ -30,7 +30,7 @@ std::vector<std::byte> noise(std::size_t size) {
 
 bool isRight(const Case& c, const std::vector<std::byte>& source,
              const std::vector<std::vector<float>>& results) {
-  const std::size_t width = bytesPerSample(c.encoding.type);
+  const std::size_t width = c.encoding.bytes;
   for (std::size_t i = 0; i < c.frames; i += 97)
     for (std::size_t channel = 0; channel < c.channels; ++channel) {
       const float expected =
@@ -42,7 +42,7 @@ bool isRight(const Case& c, const std::vector<std::byte>& source,
 
 void deinterleave(benchmark::State& state, const Case& c, const InstructionSet& set) {
   forceInstructionSet(set);
-  const auto source = noise(c.frames * c.channels * bytesPerSample(c.encoding.type));
+  const auto source = noise(c.frames * c.channels * c.encoding.bytes);
   std::vector<std::vector<float>> results(c.channels, std::vector<float>(c.frames));
   std::vector<float*> destinations;
   for (auto& result : results) destinations.push_back(result.data());
@@ -78,11 +78,11 @@ struct Name {
 };
 
 constexpr Name kNames[] = {
-    {{SampleType::unsignedInt8, false}, "u8"}, {{SampleType::int16, false}, "s16le"},
-    {{SampleType::int16, true}, "s16be"},      {{SampleType::int24, false}, "s24le"},
-    {{SampleType::int24, true}, "s24be"},      {{SampleType::int24In32, false}, "s24_32le"},
-    {{SampleType::int32, false}, "s32le"},     {{SampleType::float32, false}, "f32le"},
-    {{SampleType::float32, true}, "f32be"},    {{SampleType::float64, false}, "f64le"},
+    {SampleEncoding::unsignedInteger(1), "u8"},        {SampleEncoding::signedInteger(2), "s16le"},
+    {SampleEncoding::signedInteger(2, true), "s16be"}, {SampleEncoding::signedInteger(3), "s24le"},
+    {SampleEncoding::signedInteger(3, true), "s24be"}, {SampleEncoding::low24In32(), "s24_32le"},
+    {SampleEncoding::signedInteger(4), "s32le"},       {SampleEncoding::floatingPoint(4), "f32le"},
+    {SampleEncoding::floatingPoint(4, true), "f32be"}, {SampleEncoding::floatingPoint(8), "f64le"},
 };
 
 /// Samples that stay in the second-level cache, and ten minutes of stereo that do not.

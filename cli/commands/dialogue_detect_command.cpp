@@ -11,7 +11,7 @@
 #include "cli/output/number_text.h"
 #include "cli/terminal/progress_bar.h"
 #include "cli/terminal/terminal_text.h"
-#include "orvane/audio/audio_stream.h"
+#include "orvane/audio/audio_source.h"
 #include "orvane/platform/error.h"
 #include "orvane/speech/detector/silero_vad_analyser.h"
 #include "orvane/speech/detector/speech_input_maker.h"
@@ -42,9 +42,9 @@ struct Detected {
 
 Detected detect(const InputName& file, const DetectOptions& options, ProgressObserver& observer) {
   const std::size_t threads = JobRunner::threadsPerJob(1);
-  const auto stream = AudioStream::open(
+  const auto stream = AudioSource::open(
       file.path, options.audio.rawFormat,
-      {.threadCount = threads, .observer = &observer, .streamIndex = options.audio.streamIndex});
+      {.streamIndex = options.audio.streamIndex, .threadCount = threads, .observer = &observer});
   const double sampleRate = stream->format().sampleRate;
   if (!SampleRateLimits::contains(sampleRate))
     throw PlatformError(file.path, "a sample rate of " + NumberText::shortest(sampleRate) +

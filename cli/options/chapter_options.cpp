@@ -4,7 +4,7 @@
 #include "cli/options/text_input.h"
 #include "orvane/analysis/chapter_measurement.h"
 #include "orvane/audio/chapter_list.h"
-#include "orvane/container/embedded_chapters.h"
+#include "orvane/container/audio_file.h"
 #include "orvane/platform/error.h"
 
 namespace orvane::cli {
@@ -53,7 +53,7 @@ ChapterSource::Chapters ChapterSource::chaptersOf(MeasuredFile& file,
   const double duration = file.result.durationSeconds;
   Chapters chapters;
   if (options_.areInFile) {
-    const auto marks = readEmbeddedChapters(file.name.path);
+    const auto marks = AudioFile::open(file.name.path)->chapters();
     chapters = {ChapterMeasurement::spansOf(marks, duration), "from the file itself"};
     if (chapters.spans.empty())
       file.notes.emplace_back(marks.empty() ? "The file holds no chapters."

@@ -6,8 +6,8 @@
 
 #include "orvane/analysis/programme_figures.h"
 #include "orvane/analysis/programme_measurement.h"
+#include "orvane/audio/audio_source.h"
 #include "orvane/audio/audio_source_reader.h"
-#include "orvane/audio/audio_stream.h"
 #include "orvane/speech/detector/silero_vad_analyser.h"
 #include "orvane/speech/detector/speech_input_maker.h"
 
@@ -36,10 +36,10 @@ struct MeasuredSource {
   SpeechInput speechInput{};  ///< when speech is to be detected
 };
 
-MeasuredSource measureLoaded(AudioStream& stream, bool computeStereoWidth, bool isSpeechWanted,
+MeasuredSource measureLoaded(AudioSource& source, bool computeStereoWidth, bool isSpeechWanted,
                              const Execution& execution) {
-  auto buffer = stream.makeBuffer(static_cast<std::uint32_t>(stream.frameLength()));
-  stream.read(*buffer);
+  auto buffer = source.makeBuffer(static_cast<std::uint32_t>(source.frameLength()));
+  source.read(*buffer);
   auto measurement = measureProgramme(ProgrammeView::of(*buffer), computeStereoWidth,
                                       execution.threadCount, execution.observer);
   auto speechInput = isSpeechWanted
@@ -48,13 +48,13 @@ MeasuredSource measureLoaded(AudioStream& stream, bool computeStereoWidth, bool 
   return {std::move(buffer), std::move(measurement), std::move(speechInput)};
 }
 
-MeasuredSource measureInPassing(AudioStream& stream, bool computeStereoWidth, bool isSpeechWanted,
+MeasuredSource measureInPassing(AudioSource& source, bool computeStereoWidth, bool isSpeechWanted,
                                 const Execution& execution) {
   std::optional<SpeechInputMaker> speechInput;
   if (isSpeechWanted)
-    speechInput.emplace(stream.format().sampleRate, stream.format().channelCount,
-                        stream.frameLength());
-  auto measurement = measureProgramme(stream, computeStereoWidth, execution.threadCount,
+    speechInput.emplace(source.format().sampleRate, source.format().channelCount,
+                        source.expectedFrameLength().value_or(0));
+  auto measurement = measureProgramme(source, computeStereoWidth, execution.threadCount,
                                       speechInput ? &*speechInput : nullptr);
   return {nullptr, std::move(measurement), speechInput ? speechInput->finish() : std::nullopt};
 }
@@ -116,19 +116,24 @@ Result analyzeFile(const std::filesystem::path& url, const Options& options) {
 
 Result analyzeFile(const std::filesystem::path& url, const Options& options,
                    const Execution& execution, AnalysisDetail* detail) {
-  const auto stream = AudioStream::open(url, options.rawFormat,
-                                        {.threadCount = execution.threadCount,
-                                         .observer = execution.observer,
-                                         .streamIndex = execution.streamIndex});
+  const auto source = AudioSource::open(url, options.rawFormat,
+                                        {.streamIndex = execution.streamIndex,
+                                         .threadCount = execution.threadCount,
+                                         .observer = execution.observer});
+  return analyze(*source, options, execution, detail);
+}
+
+Result analyze(AudioSource& source, const Options& options, const Execution& execution,
+               AnalysisDetail* detail) {
   const bool isSpeechWanted = options.enableSileroVAD && !execution.dialogueRegions;
   auto measured = (execution.keepsBuffer ? measureLoaded : measureInPassing)(
-      *stream, options.computeStereoWidth, isSpeechWanted, execution);
+      source, options.computeStereoWidth, isSpeechWanted, execution);
   ProgrammeMeasurement& measurement = measured.measurement;
   if (measurement.frameCount == 0)
-    throw AudioSourceReader::Failure(AudioSourceReader::Failure::Case::empty, url);
+    throw AudioSourceReader::Failure(AudioSourceReader::Failure::Case::empty, source.url());
 
   Result result;
-  result.sampleRate = stream->format().sampleRate;
+  result.sampleRate = source.format().sampleRate;
   result.durationSeconds = static_cast<double>(measurement.frameCount) / result.sampleRate;
   // Speech flags choose among finished gating blocks, so that they may come last: a caller that
   // has to wait for the detector has measured everything else meanwhile.
@@ -136,12 +141,12 @@ Result analyzeFile(const std::filesystem::path& url, const Options& options,
       speechHistoryOf(result.durationSeconds, measured.speechInput, options, execution);
   measurement.loudness.setSpeechHistory(speechHistory);
 
-  result.url = url;
-  result.channelCount = stream->format().channelCount;
-  result.fileFormat = stream->fileFormatLabel();
-  result.fileSize = sizeOnDisk(url);
-  result.bitDepth = stream->bitDepth();
-  result.rawFormat = stream->rawFormat();
+  result.url = source.url();
+  result.channelCount = source.format().channelCount;
+  result.fileFormat = source.fileFormatLabel();
+  result.fileSize = sizeOnDisk(source.url());
+  result.bitDepth = source.bitDepth();
+  result.rawFormat = source.rawFormat();
   result.buffer = std::move(measured.buffer);
   result.speechHistory = std::move(speechHistory);
   fill(result, figuresOf(measurement));
@@ -149,8 +154,8 @@ Result analyzeFile(const std::filesystem::path& url, const Options& options,
 
   if (detail != nullptr) {
     detail->blockPowers = measurement.loudness.blockPowers();
-    detail->warnings = stream->warnings();
-    detail->layout = stream->format().layout;
+    detail->warnings = source.warnings();
+    detail->layout = source.format().layout;
     detail->isSpeechDetectionMissing = options.enableSileroVAD && !result.speechHistory;
     detail->nonFiniteSampleCount = measurement.statistics.nonFiniteSampleCount;
     detail->clippingRuns = std::move(measurement.statistics.clippingRuns);

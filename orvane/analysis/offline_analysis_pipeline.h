@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "orvane/audio/audio_source.h"
 #include "orvane/container/audio_file.h"
 #include "orvane/core/curve_points.h"
 #include "orvane/platform/pcm_buffer.h"
@@ -111,5 +112,10 @@ ORVANE_API Result analyzeFile(const std::filesystem::path& url, const Options& o
 /// observer asks for it.
 ORVANE_API Result analyzeFile(const std::filesystem::path& url, const Options& options,
                               const Execution& execution, AnalysisDetail* detail = nullptr);
+
+/// The same of a source that is open already and from which nothing has been read; it knows its raw
+/// format and stream itself.
+ORVANE_API Result analyze(AudioSource& source, const Options& options, const Execution& execution,
+                          AnalysisDetail* detail = nullptr);
 
 }  // namespace orvane::OfflineAnalysisPipeline

@@ -27,6 +27,15 @@ std::size_t sliceFrames(std::size_t channelCount) {
   return std::clamp(frames / kUnit * kUnit, kUnit, kLongestSlice);
 }
 
+/// The same, less where the source is expected to be shorter than one; whole pieces in any case.
+std::uint32_t sliceFramesOf(const AudioSource& source) {
+  constexpr std::int64_t kUnit = ProgrammeStatisticsMeter::kPieceFrames;
+  const auto most = static_cast<std::int64_t>(sliceFrames(source.format().channelCount));
+  const std::int64_t expected =
+      std::clamp<std::int64_t>(source.expectedFrameLength().value_or(most), 1, most);
+  return static_cast<std::uint32_t>((expected + kUnit - 1) / kUnit * kUnit);
+}
+
 /// The meters, each of which may run on a thread of its own.
 class Meters {
  public:
@@ -82,12 +91,10 @@ ProgrammeMeasurement measureProgramme(const ProgrammeView& programme, bool compu
   return meters.finish(programme.frameCount);
 }
 
-ProgrammeMeasurement measureProgramme(AudioStream& stream, bool computeStereoWidth,
+ProgrammeMeasurement measureProgramme(AudioSource& source, bool computeStereoWidth,
                                       std::size_t threadCount, SpeechInputMaker* speechInput) {
-  const auto length = static_cast<std::size_t>(stream.frameLength());
-  const auto capacity =
-      static_cast<std::uint32_t>(std::min(length, sliceFrames(stream.format().channelCount)));
-  auto slice = stream.makeBuffer(capacity);
+  const std::uint32_t capacity = sliceFramesOf(source);
+  auto slice = source.makeBuffer(capacity);
   std::shared_ptr<PCMBuffer> next;  // not made for what fits into one slice
 
   Meters meters(ProgrammeView::of(*slice), computeStereoWidth);
@@ -98,17 +105,17 @@ ProgrammeMeasurement measureProgramme(AudioStream& stream, bool computeStereoWid
     });
 
   std::size_t measured = 0;
-  stream.read(*slice);
+  source.read(*slice);
   while (slice->frameLength() > 0) {
     const Channels channels = slice->constChannels();
     const std::size_t count = slice->frameLength();
-    // A slice that is not full is the last one, even where more had been promised: a decoder may
-    // deliver fewer frames than its container counts.
-    const std::size_t reads = count == capacity && measured + count < length ? 1 : 0;
-    if (reads > 0 && !next) next = stream.makeBuffer(capacity);
+    // Only what the slice holds tells whether it is the last one: a decoder may deliver fewer
+    // frames than its container promises, or more.
+    const std::size_t reads = count == capacity ? 1 : 0;
+    if (reads > 0 && !next) next = source.makeBuffer(capacity);
     parallelFor(threadCount, reads + all.size(), [&](std::size_t task) {
       if (task < reads)
-        stream.read(*next);
+        source.read(*next);
       else
         all[task - reads](channels, count);
     });

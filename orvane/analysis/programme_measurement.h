@@ -4,7 +4,7 @@
 
 #include "orvane/analysis/programme_statistics.h"
 #include "orvane/analysis/programme_view.h"
-#include "orvane/audio/audio_stream.h"
+#include "orvane/audio/audio_source.h"
 #include "orvane/core/loudness/loudness_processor.h"
 #include "orvane/platform/progress.h"
 #include "orvane/speech/detector/speech_input_maker.h"
@@ -23,9 +23,9 @@ struct ProgrammeMeasurement {
 ProgrammeMeasurement measureProgramme(const ProgrammeView& programme, bool computeStereoWidth,
                                       std::size_t threadCount, ProgressObserver* observer);
 
-/// The same, to the bit, for the rest of a stream of which only two slices are in memory at a time:
+/// The same, to the bit, for the rest of a source of which only two slices are in memory at a time:
 /// while one is measured the next one is read. `speechInput`, when not null, is fed too.
-ProgrammeMeasurement measureProgramme(AudioStream& stream, bool computeStereoWidth,
+ProgrammeMeasurement measureProgramme(AudioSource& source, bool computeStereoWidth,
                                       std::size_t threadCount, SpeechInputMaker* speechInput);
 
 }  // namespace orvane

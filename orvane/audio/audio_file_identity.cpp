@@ -3,30 +3,13 @@
 #include <map>
 
 #include "orvane/container/audio_container.h"
+#include "orvane/container/container_table.h"
 #include "orvane/text/extension_text.h"
 
 namespace orvane {
 namespace {
 
 using NameTable = std::map<std::string, std::string, std::less<>>;
-
-const NameTable& containerNames() {
-  static const NameTable kNames = {
-      {"WAVE", "WAV"},          {"RF64", "RF64"},
-      {"BW64", "BW64"},         {"W64f", "Wave64"},
-      {"AIFF", "AIFF"},         {"AIFC", "AIFF-C"},
-      {"caff", "CAF"},          {"m4af", "MPEG-4 (M4A)"},
-      {"m4bf", "MPEG-4 (M4B)"}, {"mp4f", "MPEG-4"},
-      {"adts", "AAC (ADTS)"},   {"MPG3", "MP3"},
-      {"MPG1", "MPEG-1 audio"}, {"flac", "FLAC"},
-      {"Oggf", "Ogg"},          {"ac-3", "AC-3"},
-      {"ec-3", "E-AC-3"},       {"NeXT", "NeXT/Sun (AU)"},
-      {"amrf", "AMR"},          {"Sd2f", "Sound Designer II"},
-      {"3gpp", "3GPP"},         {"3gp2", "3GPP2"},
-      {"loas", "LOAS/LATM"},    {"MPG2", "MPEG-2 audio"},
-  };
-  return kNames;
-}
 
 const NameTable& codecNames() {
   static const NameTable kNames = {
@@ -47,54 +30,6 @@ const NameTable& codecNames() {
       {"MAC6", "MACE 6:1"},    {"Qclp", "Qualcomm PureVoice"},
   };
   return kNames;
-}
-
-const std::map<std::string, std::set<std::string>, std::less<>>& expectedByExtension() {
-  static const std::set<std::string> kWave = {"WAVE", "RF64", "BW64"};
-  static const std::set<std::string> kAIFF = {"AIFF", "AIFC"};
-  static const std::set<std::string> kMPEG4 = {"m4af", "m4bf", "mp4f"};
-  static const std::map<std::string, std::set<std::string>, std::less<>> kExpected = {
-      {"wav", kWave},
-      {"wave", kWave},
-      {"bwf", kWave},
-      {"rf64", {"RF64", "WAVE"}},
-      {"bw64", {"BW64", "WAVE"}},
-      {"w64", {"W64f"}},
-      {"aif", kAIFF},
-      {"aiff", kAIFF},
-      {"aifc", kAIFF},
-      {"caf", {"caff"}},
-      {"caff", {"caff"}},
-      {"m4a", kMPEG4},
-      {"m4b", kMPEG4},
-      {"m4r", kMPEG4},
-      {"m4p", kMPEG4},
-      {"mp4", kMPEG4},
-      {"aac", {"adts", "m4af", "mp4f"}},
-      {"mp3", {"MPG3"}},
-      {"mp2", {"MPG2"}},
-      {"mp1", {"MPG1"}},
-      {"flac", {"flac"}},
-      {"ogg", {"Oggf"}},
-      {"oga", {"Oggf"}},
-      {"opus", {"Oggf"}},
-      {"ac3", {"ac-3"}},
-      {"ec3", {"ec-3"}},
-      {"eac3", {"ec-3"}},
-      {"au", {"NeXT"}},
-      {"snd", {"NeXT"}},
-      {"sd2", {"Sd2f"}},
-      {"amr", {"amrf"}},
-      {"3gp", {"3gpp"}},
-      {"3g2", {"3gp2"}},
-  };
-  return kExpected;
-}
-
-std::string nameIn(const NameTable& names, FourCC code) {
-  std::string text = fourCC(code);
-  const auto found = names.find(text);
-  return found == names.end() ? text : found->second;
 }
 
 }  // namespace
@@ -119,18 +54,25 @@ AudioFileIdentity AudioFileIdentity::fromDescription(const AudioFileDescription&
 }
 
 std::string AudioFileIdentity::containerNameForCode(FourCC code) {
-  return nameIn(containerNames(), code);
+  const ContainerKind* const kind = containerKind(code);
+  return kind != nullptr && !kind->name.empty() ? std::string(kind->name) : fourCC(code);
 }
 
 std::string AudioFileIdentity::codecNameForCode(FourCC code) {
-  return nameIn(codecNames(), code);
+  std::string text = fourCC(code);
+  const auto found = codecNames().find(text);
+  return found == codecNames().end() ? text : found->second;
 }
 
 std::optional<std::set<std::string>> AudioFileIdentity::expectedContainers(
     std::string_view extension) {
-  const auto found = expectedByExtension().find(lowercased(extension));
-  if (found == expectedByExtension().end()) return {};
-  return found->second;
+  const std::string lower = lowercased(extension);
+  std::set<std::string> codes;
+  for (const ContainerKind& kind : containerKinds())
+    if (holdsWord(kind.extensions, lower) || holdsWord(kind.otherExtensions, lower))
+      codes.insert(fourCC(kind.code));
+  if (codes.empty()) return {};
+  return codes;
 }
 
 std::string AudioFileIdentity::encodingName() const {

@@ -5,7 +5,7 @@
 #include <string_view>
 #include <utility>
 
-#include "orvane/audio/audio_stream.h"
+#include "orvane/audio/audio_source.h"
 
 namespace orvane::AudioSourceReader {
 namespace {
@@ -37,15 +37,18 @@ Loaded load(const std::filesystem::path& url, const std::optional<RawPCMFormat>&
 
 Loaded load(const std::filesystem::path& url, const std::optional<RawPCMFormat>& rawFormat,
             const LoadOptions& options) {
-  const auto stream = AudioStream::open(url, rawFormat, options);
-  auto buffer = stream->makeBuffer(static_cast<std::uint32_t>(stream->frameLength()));
-  stream->read(*buffer);
+  const auto source = AudioSource::open(url, rawFormat,
+                                        {.streamIndex = options.streamIndex,
+                                         .threadCount = options.threadCount,
+                                         .observer = options.observer});
+  auto buffer = source->makeBuffer(static_cast<std::uint32_t>(source->frameLength()));
+  source->read(*buffer);
   if (options.warnings != nullptr)
-    std::ranges::move(stream->warnings(), std::back_inserter(*options.warnings));
+    std::ranges::move(source->warnings(), std::back_inserter(*options.warnings));
   return {.buffer = std::move(buffer),
-          .bitDepth = stream->bitDepth(),
-          .fileFormatLabel = stream->fileFormatLabel(),
-          .rawFormat = stream->rawFormat()};
+          .bitDepth = source->bitDepth(),
+          .fileFormatLabel = source->fileFormatLabel(),
+          .rawFormat = source->rawFormat()};
 }
 
 }  // namespace orvane::AudioSourceReader

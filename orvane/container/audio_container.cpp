@@ -1,76 +1,39 @@
 #include "orvane/container/audio_container.h"
 
-#include <utility>
+#include <algorithm>
 
 #include "orvane/container/audio_file.h"
+#include "orvane/container/container_table.h"
 #include "orvane/text/extension_text.h"
 
 namespace orvane {
+namespace {
+
+const ContainerKind& kindOf(AudioContainer container) noexcept {
+  // Every case has a row.
+  return *std::ranges::find(containerKinds(), container, &ContainerKind::writable);
+}
+
+}  // namespace
 
 FourCC fileTypeID(AudioContainer container) noexcept {
-  switch (container) {
-    case AudioContainer::wave:
-      return fourCCFrom("WAVE");
-    case AudioContainer::rf64:
-      return fourCCFrom("RF64");
-    case AudioContainer::bw64:
-      return fourCCFrom("BW64");
-    case AudioContainer::wave64:
-      return fourCCFrom("W64f");
-    case AudioContainer::aiff:
-      return fourCCFrom("AIFF");
-    case AudioContainer::aifc:
-      return fourCCFrom("AIFC");
-    case AudioContainer::caf:
-      return fourCCFrom("caff");
-  }
-  return 0;
+  return kindOf(container).code;
 }
 
 std::optional<AudioContainer> audioContainerFromFileTypeID(FourCC code) noexcept {
-  for (const AudioContainer container : kAllAudioContainers)
-    if (fileTypeID(container) == code) return container;
-  return {};
+  const ContainerKind* const kind = containerKind(code);
+  return kind != nullptr ? kind->writable : std::nullopt;
 }
 
 std::optional<AudioContainer> audioContainerFromExtension(std::string_view extension) {
-  using enum AudioContainer;
-  constexpr std::array<std::pair<std::string_view, AudioContainer>, 11> kExtensions = {
-      {{"wav", wave},
-       {"wave", wave},
-       {"bwf", wave},
-       {"rf64", rf64},
-       {"bw64", bw64},
-       {"w64", wave64},
-       {"aif", aiff},
-       {"aiff", aiff},
-       {"aifc", aifc},
-       {"caf", caf},
-       {"caff", caf}}};
   const std::string lower = lowercased(extension);
-  for (const auto& [text, container] : kExtensions)
-    if (text == lower) return container;
+  for (const ContainerKind& kind : containerKinds())
+    if (kind.writable && holdsWord(kind.extensions, lower)) return kind.writable;
   return {};
 }
 
 std::string_view displayName(AudioContainer container) noexcept {
-  switch (container) {
-    case AudioContainer::wave:
-      return "WAV";
-    case AudioContainer::rf64:
-      return "RF64";
-    case AudioContainer::bw64:
-      return "BW64";
-    case AudioContainer::wave64:
-      return "Wave64";
-    case AudioContainer::aiff:
-      return "AIFF";
-    case AudioContainer::aifc:
-      return "AIFF-C";
-    case AudioContainer::caf:
-      return "CAF";
-  }
-  return {};
+  return kindOf(container).name;
 }
 
 bool isBigEndian(AudioContainer container) noexcept {

@@ -1,16 +1,12 @@
 #include "orvane/container/audio_file.h"
 
+#include <algorithm>
 #include <cmath>
 #include <string>
+#include <utility>
 
-#include "orvane/container/chunked/aiff_parser.h"
-#include "orvane/container/chunked/au_parser.h"
-#include "orvane/container/chunked/caf_parser.h"
-#include "orvane/container/chunked/matlab_parser.h"
-#include "orvane/container/chunked/old_format_parser.h"
-#include "orvane/container/chunked/riff_parser.h"
-#include "orvane/container/chunked/wave64_parser.h"
 #include "orvane/container/compressed_audio_file.h"
+#include "orvane/container/container_table.h"
 #include "orvane/container/pcm_audio_file.h"
 #include "orvane/container/sniff/container_sniffer.h"
 #include "orvane/platform/error.h"
@@ -21,31 +17,10 @@ namespace {
 constexpr double kMinimumSampleRate = 100;
 constexpr double kMaximumSampleRate = 10'000'000;
 
-using Parser = PCMStream (*)(const InputFile&, std::uint64_t start);
-
 /// The parser of a container that needs no decoder; null for every other container.
-Parser parserOf(FourCC fileTypeID) {
-  switch (fileTypeID) {
-    case fourCCFrom("WAVE"):
-    case fourCCFrom("RF64"):
-    case fourCCFrom("BW64"):
-      return parseRIFF;
-    case fourCCFrom("W64f"):
-      return parseWave64;
-    case fourCCFrom("AIFF"):
-    case fourCCFrom("AIFC"):
-      return parseAIFF;
-    case fourCCFrom("caff"):
-      return parseCAF;
-    case fourCCFrom("NeXT"):
-      return parseAU;
-    case fourCCFrom("MAT4"):
-      return parseMATLAB4;
-    case fourCCFrom("MAT5"):
-      return parseMATLAB5;
-    default:
-      return oldFormatParser(fileTypeID);
-  }
+auto parserOf(FourCC fileTypeID) {
+  const ContainerKind* const kind = containerKind(fileTypeID);
+  return kind != nullptr ? kind->parse : nullptr;
 }
 
 /// Identifies the container; what is certainly no audio is refused.
@@ -81,7 +56,14 @@ void refuseImpossibleFormat(const std::filesystem::path& path, const StreamDescr
 
 }  // namespace
 
+AudioFile::AudioFile(std::shared_ptr<const InputFile> file) : file_(std::move(file)) {}
 AudioFile::~AudioFile() = default;
+
+std::vector<ChapterMark> AudioFile::chapters() const {
+  auto marks = unsortedChapters();
+  std::ranges::stable_sort(marks, {}, &ChapterMark::startSeconds);
+  return marks;
+}
 
 AudioFormat AudioFile::processingFormat() const {
   const AudioFileDescription& found = description();
@@ -105,10 +87,15 @@ AudioFormatSettings AudioFile::fileFormat() const {
 
 std::unique_ptr<AudioFile> AudioFile::open(const std::filesystem::path& path,
                                            const AudioFileOpenOptions& options) {
-  InputFile file(path);
-  const SniffedContainer container = identify(file);
-  if (const Parser parse = parserOf(container.fileTypeID)) {
-    PCMStream stream = parse(file, container.start);
+  return open(std::make_shared<const InputFile>(path), options);
+}
+
+std::unique_ptr<AudioFile> AudioFile::open(std::shared_ptr<const InputFile> file,
+                                           const AudioFileOpenOptions& options) {
+  const std::filesystem::path& path = file->path();
+  const SniffedContainer container = identify(*file);
+  if (const auto parse = parserOf(container.fileTypeID)) {
+    PCMStream stream = parse(*file, container.start);
     const StreamDescription& format = stream.description.dataFormat;
     if (!stream.refusal.empty()) throw PlatformError(path, stream.refusal);
     if (format.formatID == kFormatLinearPCM) {
@@ -121,22 +108,22 @@ std::unique_ptr<AudioFile> AudioFile::open(const std::filesystem::path& path,
       return std::make_unique<PCMAudioFile>(std::move(file), std::move(stream), options);
     }
   }
-  auto opened = openCompressedAudioFile(path, options, container.fileTypeID);
-  refuseImpossibleFormat(path, opened->description().dataFormat);
+  auto opened = openCompressedAudioFile(std::move(file), options, container.fileTypeID);
+  refuseImpossibleFormat(opened->file().path(), opened->description().dataFormat);
   return opened;
 }
 
 std::optional<AudioFileDescription> describeAudioFile(const std::filesystem::path& path) {
   try {
-    const InputFile file(path);
-    const SniffedContainer container = identify(file);
-    const Parser parse = parserOf(container.fileTypeID);
-    if (parse == nullptr) return describeCompressedAudioFile(path, container.fileTypeID);
-    PCMStream stream = parse(file, container.start);
+    const auto file = std::make_shared<const InputFile>(path);
+    const SniffedContainer container = identify(*file);
+    const auto parse = parserOf(container.fileTypeID);
+    if (parse == nullptr) return describeCompressedAudioFile(file, container.fileTypeID);
+    PCMStream stream = parse(*file, container.start);
     const bool isKnown = stream.description.dataFormat.formatID == kFormatLinearPCM;
     if (isKnown || !stream.refusal.empty()) return stream.description;
     // The decoder knows more (the source's depth); the header must do where it does not know.
-    auto description = describeCompressedAudioFile(path, container.fileTypeID);
+    auto description = describeCompressedAudioFile(file, container.fileTypeID);
     return description ? std::move(description) : std::move(stream.description);
   } catch (const Error&) {
     return {};

@@ -7,8 +7,10 @@
 #include <string>
 #include <vector>
 
+#include "orvane/container/chapter_mark.h"
 #include "orvane/platform/audio_format.h"
 #include "orvane/platform/export.h"
+#include "orvane/platform/input_file.h"
 #include "orvane/platform/pcm_buffer.h"
 #include "orvane/platform/progress.h"
 
@@ -61,11 +63,28 @@ class ORVANE_API AudioFile {
   static std::unique_ptr<AudioFile> open(const std::filesystem::path& path,
                                          const AudioFileOpenOptions& options = {});
 
+  /// The same of a file that is open already; everything is read through it.
+  static std::unique_ptr<AudioFile> open(std::shared_ptr<const InputFile> file,
+                                         const AudioFileOpenOptions& options = {});
+
+  const InputFile& file() const noexcept { return *file_; }
+
   /// Reading a compressed file may add warnings.
   virtual const AudioFileDescription& description() const noexcept = 0;
 
-  /// Exact length in frames, known without decoding. May be 0.
-  virtual std::int64_t frameLength() const noexcept = 0;
+  /// Exact length in frames; may be 0. Of compressed audio the first call walks through the whole
+  /// file, so that what only reads to the end should not ask. Throws `PlatformError`.
+  virtual std::int64_t frameLength() = 0;
+
+  /// What the header makes expect: to size buffers by, no more. Absent when it says nothing.
+  virtual std::optional<std::int64_t> expectedFrameLength() const = 0;
+
+  /// The chapters that the file itself holds, in the order of their starts, at most
+  /// `kMaximumEmbeddedChapters`: the cue points of WAVE, RF64 and BW64 with their labels and
+  /// regions, the markers of AIFF and CAF, and the chapters of what FFmpeg reads: MP4, Matroska,
+  /// MP3 with ID3 tags, Ogg, FLAC. Names that are not UTF-8 are taken for ISO 8859-1. Damaged
+  /// markers are passed over. Throws `PlatformError` for a file that cannot be read.
+  std::vector<ChapterMark> chapters() const;
 
   /// Planar float at the file's own rate, channels in stored order.
   AudioFormat processingFormat() const;
@@ -76,6 +95,15 @@ class ORVANE_API AudioFile {
   /// Reads the next frames into `buffer`, from its start, up to its capacity, and sets its frame
   /// length; 0 at the end. May deliver fewer than asked for before the end. Throws `PlatformError`.
   virtual void read(PCMBuffer& buffer) = 0;
+
+ protected:
+  explicit AudioFile(std::shared_ptr<const InputFile> file);
+  const std::shared_ptr<const InputFile>& sharedFile() const noexcept { return file_; }
+
+ private:
+  virtual std::vector<ChapterMark> unsortedChapters() const = 0;
+
+  std::shared_ptr<const InputFile> file_;
 };
 
 /// Container and stream format of a file, without preparing to decode it; absent for what cannot be

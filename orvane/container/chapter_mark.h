@@ -1,9 +1,13 @@
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <string>
 
 namespace orvane {
+
+/// More marks of one file are not read.
+inline constexpr std::size_t kMaximumEmbeddedChapters = 10'000;
 
 /// A place in a file where something begins, as a chapter list or the file itself names it.
 struct ChapterMark {

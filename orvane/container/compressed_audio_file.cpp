@@ -4,6 +4,7 @@
 
 #include <new>
 #include <string>
+#include <utility>
 
 #include "orvane/container/ffmpeg/ffmpeg_module.h"
 #include "orvane/platform/error.h"
@@ -54,26 +55,23 @@ const FFmpegModule& ffmpegModule(const std::filesystem::path& path) {
 
 }  // namespace
 
-std::unique_ptr<AudioFile> openCompressedAudioFile(const std::filesystem::path& path,
+std::unique_ptr<AudioFile> openCompressedAudioFile(std::shared_ptr<const InputFile> file,
                                                    const AudioFileOpenOptions& options,
                                                    FourCC containerHint) {
-  return ffmpegModule(path).open(path, options, containerHint);
+  const FFmpegModule& module = ffmpegModule(file->path());
+  return module.open(std::move(file), options, containerHint);
 }
 
-std::optional<AudioFileDescription> describeCompressedAudioFile(const std::filesystem::path& path,
-                                                                FourCC containerHint) {
+std::optional<AudioFileDescription> describeCompressedAudioFile(
+    std::shared_ptr<const InputFile> file, FourCC containerHint) {
   try {
-    return ffmpegModule(path).describe(path, containerHint);
+    const FFmpegModule& module = ffmpegModule(file->path());
+    return module.describe(std::move(file), containerHint);
   } catch (const PlatformError&) {
     return std::nullopt;
   } catch (const std::bad_alloc&) {  // a forged size went beyond what the file justifies
     return std::nullopt;
   }
-}
-
-std::vector<ChapterMark> compressedFileChapters(const std::filesystem::path& path,
-                                                FourCC containerHint) {
-  return ffmpegModule(path).chapters(path, containerHint);
 }
 
 std::optional<std::string> ffmpegVersion() {

@@ -7,9 +7,10 @@
 #include <utility>
 #include <vector>
 
-#include "orvane/container/chunked/stored_sample_conversion.h"
+#include "orvane/container/container_table.h"
 #include "orvane/platform/error.h"
 #include "orvane/platform/parallel.h"
+#include "orvane/platform/sample_conversion.h"
 
 namespace orvane {
 namespace {
@@ -40,8 +41,15 @@ class ReadProgress {
 
 }  // namespace
 
-PCMAudioFile::PCMAudioFile(InputFile file, PCMStream stream, const AudioFileOpenOptions& options)
-    : file_(std::move(file)), stream_(std::move(stream)), options_(options) {}
+PCMAudioFile::PCMAudioFile(std::shared_ptr<const InputFile> file, PCMStream stream,
+                           const AudioFileOpenOptions& options)
+    : AudioFile(std::move(file)), stream_(std::move(stream)), options_(options) {}
+
+std::vector<ChapterMark> PCMAudioFile::unsortedChapters() const {
+  const ContainerKind* const kind = containerKind(stream_.description.fileTypeID);
+  if (kind == nullptr || kind->markers == nullptr) return {};
+  return kind->markers(file(), stream_);
+}
 
 void PCMAudioFile::read(PCMBuffer& buffer) {
   const std::uint64_t left = stream_.frameCount - position_;
@@ -69,12 +77,11 @@ void PCMAudioFile::readRange(PCMBuffer& buffer, std::uint32_t frames) {
     for (std::size_t block = nextBlock++; block < blocks; block = nextBlock++) {
       const std::size_t first = block * blockFrames;
       const std::size_t count = std::min<std::size_t>(blockFrames, frames - first);
-      file_.readExactlyAt(stream_.dataOffset + (position_ + first) * frameBytes,
-                          {scratch.get(), count * frameBytes});
+      file().readExactlyAt(stream_.dataOffset + (position_ + first) * frameBytes,
+                           {scratch.get(), count * frameBytes});
       for (std::size_t c = 0; c < channels; ++c)
         destinations[c] = buffer.channel(static_cast<std::uint32_t>(c)) + first;
-      deinterleaveStoredSamples(stream_.sample, scratch.get(), count, channels,
-                                destinations.data());
+      deinterleaveToFloat(stream_.sample, scratch.get(), count, channels, destinations.data());
       progress.add(count);
     }
   });

@@ -1,6 +1,9 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
+#include <optional>
+#include <vector>
 
 #include "orvane/container/audio_file.h"
 #include "orvane/container/pcm_stream.h"
@@ -12,18 +15,20 @@ namespace orvane {
 /// each into its own stretch of the buffer.
 class PCMAudioFile final : public AudioFile {
  public:
-  PCMAudioFile(InputFile file, PCMStream stream, const AudioFileOpenOptions& options);
+  PCMAudioFile(std::shared_ptr<const InputFile> file, PCMStream stream,
+               const AudioFileOpenOptions& options);
 
   const AudioFileDescription& description() const noexcept override { return stream_.description; }
-  std::int64_t frameLength() const noexcept override {
+  std::int64_t frameLength() override { return static_cast<std::int64_t>(stream_.frameCount); }
+  std::optional<std::int64_t> expectedFrameLength() const override {
     return static_cast<std::int64_t>(stream_.frameCount);
   }
   void read(PCMBuffer& buffer) override;
 
  private:
+  std::vector<ChapterMark> unsortedChapters() const override;
   void readRange(PCMBuffer& buffer, std::uint32_t frames);
 
-  InputFile file_;
   PCMStream stream_;
   AudioFileOpenOptions options_;
   std::uint64_t position_ = 0;  ///< next frame

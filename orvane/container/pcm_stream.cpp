@@ -22,29 +22,18 @@ std::string textOf(AudioFileWarning::Code code) {
   return {};
 }
 
-/// 0 for samples that no format has.
-std::uint32_t sampleBytes(const StatedFormat& stated) {
-  const std::uint32_t needed = (stated.bits + 7) / 8;
-  if (stated.bits < 1 || stated.bits > 64) return 0;
-  const bool isFloat = stated.kind == StoredSample::Kind::floatingPoint;
-  if (isFloat) return stated.bits == 32 || stated.bits == 64 ? needed : 0;
-  // A container too small or too large for the samples is a slip of the writer.
-  return stated.containerBytes >= needed && stated.containerBytes <= 8 ? stated.containerBytes
-                                                                       : needed;
-}
-
 }  // namespace
 
 void setLinearPCM(PCMStream& stream, const StatedFormat& stated) {
-  const bool isFloat = stated.kind == StoredSample::Kind::floatingPoint;
-  const std::uint32_t bytes = sampleBytes(stated);
-  stream.sample = {
-      .kind = stated.kind, .bytes = bytes, .isBigEndian = stated.isBigEndian && bytes > 1};
-  std::uint32_t flags = bytes * 8 == stated.bits ? kFormatFlagIsPacked : kFormatFlagIsAlignedHigh;
-  if (isFloat) flags |= kFormatFlagIsFloat;
-  if (stated.kind == StoredSample::Kind::signedInteger) flags |= kFormatFlagIsSignedInteger;
-  if (stream.sample.isBigEndian) flags |= kFormatFlagIsBigEndian;
-  const std::uint32_t frameBytes = bytes * stated.channelCount;
+  using Kind = SampleEncoding::Kind;
+  const SampleEncoding sample = stated.sample.normalized();
+  stream.sample = sample;
+  std::uint32_t flags =
+      sample.bytes * 8 == sample.bits ? kFormatFlagIsPacked : kFormatFlagIsAlignedHigh;
+  if (sample.kind == Kind::floatingPoint) flags |= kFormatFlagIsFloat;
+  if (sample.kind == Kind::signedInteger) flags |= kFormatFlagIsSignedInteger;
+  if (sample.isBigEndian) flags |= kFormatFlagIsBigEndian;
+  const std::uint32_t frameBytes = sample.bytes * stated.channelCount;
   stream.description.dataFormat = {.sampleRate = stated.sampleRate,
                                    .formatID = kFormatLinearPCM,
                                    .formatFlags = flags,
@@ -52,7 +41,7 @@ void setLinearPCM(PCMStream& stream, const StatedFormat& stated) {
                                    .framesPerPacket = 1,
                                    .bytesPerFrame = frameBytes,
                                    .channelsPerFrame = stated.channelCount,
-                                   .bitsPerChannel = stated.bits};
+                                   .bitsPerChannel = sample.bits};
 }
 
 void setCompressed(PCMStream& stream, FourCC formatID, double sampleRate,

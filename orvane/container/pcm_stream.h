@@ -1,5 +1,6 @@
 #pragma once
 
+#include <bit>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -7,44 +8,33 @@
 
 #include "orvane/container/audio_file.h"
 #include "orvane/container/chunked/chunk_reader.h"
+#include "orvane/platform/sample_encoding.h"
 
 namespace orvane {
 
 /// More channels than any real file has; a header that states more is nonsense and is refused.
 inline constexpr std::uint32_t kMaximumChannels = 1024;
 
-/// How one linear-PCM sample lies in its bytes: left-justified where it has fewer bits than they.
-struct StoredSample {
-  enum class Kind { signedInteger, unsignedInteger, floatingPoint };
-  Kind kind = Kind::signedInteger;
-  std::uint32_t bytes = 0;  ///< 1 … 8
-  bool isBigEndian = false;
-
-  bool operator==(const StoredSample&) const = default;
-};
-
 /// What a container's header says about its audio. When `description.dataFormat.formatID` is not
 /// `kFormatLinearPCM` the samples are compressed, and only the description and the chunks count.
 struct PCMStream {
   AudioFileDescription description{};
-  StoredSample sample{};
+  SampleEncoding sample{};
   std::uint64_t dataOffset = 0;  ///< of the first sample, from the file's start, bytes
   std::uint64_t frameCount = 0;  ///< whole frames that the file really holds
   std::vector<Chunk> chunks{};   ///< every chunk, for those who rewrite the file
+  std::endian byteOrder = std::endian::little;  ///< of the numbers in the chunks
   /// Why samples that are well described cannot be read, for the user; empty when they can.
   std::string refusal{};
 
   bool operator==(const PCMStream&) const = default;
 };
 
-/// The numbers every container states for its samples, as they stand in the header.
+/// The numbers every container states of its samples, as they stand in the header.
 struct StatedFormat {
   double sampleRate = 0;
   std::uint32_t channelCount = 0;
-  std::uint32_t bits = 0;            ///< meaningful bits of a sample
-  std::uint32_t containerBytes = 0;  ///< bytes of a sample; 0: as few as the bits need
-  StoredSample::Kind kind = StoredSample::Kind::signedInteger;
-  bool isBigEndian = false;
+  SampleEncoding sample{};  ///< 0 bytes: as few as the bits need
 };
 
 /// Fills the data format and the sample of a linear-PCM stream. Bits and bytes that no sample can

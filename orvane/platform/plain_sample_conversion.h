@@ -4,51 +4,41 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "orvane/platform/sample_conversion.h"
+#include "orvane/platform/sample_encoding.h"
 
-/// Sample conversion without vectors, for machines that have none of the instruction sets.
+/// Sample conversion without vectors: for machines that have none of the instruction sets, and for
+/// encodings that hardly any file has.
 namespace orvane::PlainSampleConversion {
 
-template <std::size_t kBytes>
-std::uint64_t loadWord(const std::uint8_t* source, bool isBigEndian) {
+inline std::uint64_t loadWord(SampleEncoding encoding, const std::uint8_t* source) {
   std::uint64_t word = 0;
-  for (std::size_t i = 0; i < kBytes; ++i)
-    word |= std::uint64_t{source[i]} << 8 * (isBigEndian ? kBytes - 1 - i : i);
+  for (std::size_t i = 0; i < encoding.bytes; ++i)
+    word |= std::uint64_t{source[i]} << 8 * (encoding.isBigEndian ? encoding.bytes - 1 - i : i);
   return word;
 }
 
-/// A sample left-justified in 32 bits, scaled: exact for up to 24 bits, rounded once beyond.
-inline float scaled(std::uint64_t leftJustified) {
-  return static_cast<float>(static_cast<std::int32_t>(leftJustified)) * (1.0F / 2147483648.0F);
-}
-
 inline float toFloat(SampleEncoding encoding, const std::uint8_t* source) {
-  const bool big = encoding.isBigEndian;
-  switch (encoding.type) {
-    case SampleType::unsignedInt8:
-      return scaled((loadWord<1>(source, false) ^ 0x80U) << 24);
-    case SampleType::signedInt8:
-      return scaled(loadWord<1>(source, false) << 24);
-    case SampleType::int16:
-      return scaled(loadWord<2>(source, big) << 16);
-    case SampleType::int24:
-      return scaled(loadWord<3>(source, big) << 8);
-    case SampleType::int24In32:
-      return scaled(loadWord<4>(source, big) << 8);
-    case SampleType::int32:
-      return scaled(loadWord<4>(source, big));
-    case SampleType::float32:
-      return std::bit_cast<float>(static_cast<std::uint32_t>(loadWord<4>(source, big)));
-    case SampleType::float64:
-      return static_cast<float>(std::bit_cast<double>(loadWord<8>(source, big)));
-  }
-  return 0;
+  const std::uint64_t word = loadWord(encoding, source);
+  if (encoding.kind == SampleEncoding::Kind::floatingPoint)
+    return encoding.bytes == 4 ? std::bit_cast<float>(static_cast<std::uint32_t>(word))
+                               : static_cast<float>(std::bit_cast<double>(word));
+  // Left-justified in 64 bits, so that full scale is 2^63 whatever the width; rounded once.
+  const std::uint32_t width = encoding.isLowAligned ? encoding.bits : 8 * encoding.bytes;
+  std::uint64_t justified = word << (64 - width);
+  if (encoding.kind == SampleEncoding::Kind::unsignedInteger) justified ^= std::uint64_t{1} << 63;
+  return static_cast<float>(static_cast<std::int64_t>(justified)) * 0x1p-63F;
 }
 
 inline void convert(SampleEncoding encoding, const std::uint8_t* source, std::size_t strideSamples,
                     std::size_t count, float* destination) {
-  const std::size_t step = strideSamples * bytesPerSample(encoding.type);
+  const std::size_t step = strideSamples * encoding.bytes;
   for (std::size_t i = 0; i < count; ++i) destination[i] = toFloat(encoding, source + i * step);
+}
+
+inline void deinterleave(SampleEncoding encoding, const std::uint8_t* source, std::size_t frames,
+                         std::size_t channels, float* const* destinations) {
+  for (std::size_t c = 0; c < channels; ++c)
+    convert(encoding, source + c * encoding.bytes, channels, frames, destinations[c]);
 }
 
 }  // namespace orvane::PlainSampleConversion

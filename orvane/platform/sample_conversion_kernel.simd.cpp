@@ -170,45 +170,53 @@ struct Deinterleave {
   }
 };
 
+/// Runs the action for the vectors' reader of an encoding; false where there is none.
 template <bool kBig, class Action>
-void withType(SampleType type, const Action& action) {
-  switch (type) {
-    case SampleType::unsignedInt8:
-      return action.template run<Int8Samples<true>>();
-    case SampleType::signedInt8:
-      return action.template run<Int8Samples<false>>();
-    case SampleType::int16:
-      return action.template run<Int16Samples<kBig>>();
-    case SampleType::int24:
-      return action.template run<Int24Samples<kBig>>();
-    case SampleType::int24In32:
-      return action.template run<Word32Samples<Word32::low24, kBig>>();
-    case SampleType::int32:
-      return action.template run<Word32Samples<Word32::int32, kBig>>();
-    case SampleType::float32:
-      return action.template run<Word32Samples<Word32::float32, kBig>>();
-    case SampleType::float64:
-      return action.template run<Float64Samples<kBig>>();
+bool withReader(SampleEncoding encoding, const Action& action) {
+  using Kind = SampleEncoding::Kind;
+  const auto run = [&]<class Samples>() {
+    action.template run<Samples>();
+    return true;
+  };
+  if (encoding.kind == Kind::floatingPoint)
+    return encoding.bytes == 4 ? run.template operator()<Word32Samples<Word32::float32, kBig>>()
+                               : run.template operator()<Float64Samples<kBig>>();
+  if (encoding.isLowAligned)
+    return encoding == SampleEncoding::low24In32(kBig) &&
+           run.template operator()<Word32Samples<Word32::low24, kBig>>();
+  const bool isUnsigned = encoding.kind == Kind::unsignedInteger;
+  if (encoding.bytes == 1)
+    return isUnsigned ? run.template operator()<Int8Samples<true>>()
+                      : run.template operator()<Int8Samples<false>>();
+  if (isUnsigned) return false;
+  switch (encoding.bytes) {
+    case 2:
+      return run.template operator()<Int16Samples<kBig>>();
+    case 3:
+      return run.template operator()<Int24Samples<kBig>>();
+    case 4:
+      return run.template operator()<Word32Samples<Word32::int32, kBig>>();
+    default:
+      return false;
   }
 }
 
 template <class Action>
-void withEncoding(SampleEncoding encoding, const Action& action) {
-  if (encoding.isBigEndian) {
-    withType<true>(encoding.type, action);
-  } else {
-    withType<false>(encoding.type, action);
-  }
+bool withReaderOf(SampleEncoding encoding, const Action& action) {
+  return encoding.isBigEndian ? withReader<true>(encoding, action)
+                              : withReader<false>(encoding, action);
 }
 
 void convertSamples(SampleEncoding encoding, const std::uint8_t* source, std::size_t strideSamples,
                     std::size_t count, float* destination) {
-  withEncoding(encoding, Convert{source, strideSamples, count, destination});
+  if (!withReaderOf(encoding, Convert{source, strideSamples, count, destination}))
+    PlainSampleConversion::convert(encoding, source, strideSamples, count, destination);
 }
 
 void deinterleaveSamples(SampleEncoding encoding, const std::uint8_t* source, std::size_t frames,
                          std::size_t channels, float* const* destinations) {
-  withEncoding(encoding, Deinterleave{source, frames, channels, destinations});
+  if (!withReaderOf(encoding, Deinterleave{source, frames, channels, destinations}))
+    PlainSampleConversion::deinterleave(encoding, source, frames, channels, destinations);
 }
 
 #else
@@ -220,9 +228,7 @@ void convertSamples(SampleEncoding encoding, const std::uint8_t* source, std::si
 
 void deinterleaveSamples(SampleEncoding encoding, const std::uint8_t* source, std::size_t frames,
                          std::size_t channels, float* const* destinations) {
-  for (std::size_t c = 0; c < channels; ++c)
-    PlainSampleConversion::convert(encoding, source + c * bytesPerSample(encoding.type), channels,
-                                   frames, destinations[c]);
+  PlainSampleConversion::deinterleave(encoding, source, frames, channels, destinations);
 }
 
 #endif  // without vectors
@@ -235,25 +241,6 @@ namespace orvane {
 
 HWY_EXPORT(convertSamples);
 HWY_EXPORT(deinterleaveSamples);
-
-std::size_t bytesPerSample(SampleType type) noexcept {
-  switch (type) {
-    case SampleType::unsignedInt8:
-    case SampleType::signedInt8:
-      return 1;
-    case SampleType::int16:
-      return 2;
-    case SampleType::int24:
-      return 3;
-    case SampleType::int24In32:
-    case SampleType::int32:
-    case SampleType::float32:
-      return 4;
-    case SampleType::float64:
-      return 8;
-  }
-  return 0;
-}
 
 void convertToFloat(SampleEncoding encoding, const std::byte* source, std::size_t strideSamples,
                     std::size_t count, float* destination) noexcept {

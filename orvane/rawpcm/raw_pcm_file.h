@@ -20,6 +20,8 @@ class ORVANE_TESTING_API RawPCMFile {
   RawPCMFile(const std::filesystem::path& url, const RawPCMFormat& format,
              const RawPCMReader::Execution& execution = {});
 
+  const InputFile& file() const noexcept { return file_; }
+
   /// All frames of the file; at least 1.
   std::int64_t frameLength() const noexcept { return frameLength_; }
 

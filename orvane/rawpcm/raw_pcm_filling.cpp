@@ -16,11 +16,25 @@ namespace {
 constexpr std::int64_t kBlockBytes = std::int64_t{256} << 10;
 
 SampleEncoding sampleEncoding(const RawPCMFormat& format) {
-  constexpr SampleType kTypes[] = {SampleType::unsignedInt8, SampleType::int16, SampleType::int24,
-                                   SampleType::int24In32,    SampleType::int32, SampleType::float32,
-                                   SampleType::float64};
-  return {kTypes[static_cast<std::size_t>(format.encoding)],
-          format.endianness == RawPCMFormat::Endianness::big};
+  using enum RawPCMFormat::Encoding;
+  const bool isBigEndian = format.endianness == RawPCMFormat::Endianness::big;
+  switch (format.encoding) {
+    case uint8:
+      return SampleEncoding::unsignedInteger(1);
+    case int16:
+      return SampleEncoding::signedInteger(2, isBigEndian);
+    case int24Packed:
+      return SampleEncoding::signedInteger(3, isBigEndian);
+    case int24In32:
+      return SampleEncoding::low24In32(isBigEndian);
+    case int32:
+      return SampleEncoding::signedInteger(4, isBigEndian);
+    case float32:
+      return SampleEncoding::floatingPoint(4, isBigEndian);
+    case float64:
+      return SampleEncoding::floatingPoint(8, isBigEndian);
+  }
+  return {};
 }
 
 /// Cuts the work into blocks and converts them, in any order, on the threads of the call. A run is

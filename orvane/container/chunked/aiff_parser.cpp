@@ -33,16 +33,16 @@ FourCC codeOfCompression(FourCC type) {
   }
 }
 
-/// Completes `stated` for a compression type that is linear PCM; false for every other type.
-bool isLinearPCM(FourCC type, StatedFormat& stated) {
-  stated.isBigEndian = true;
+/// Completes `sample` for a compression type that is linear PCM; false for every other type.
+bool isLinearPCM(FourCC type, SampleEncoding& sample) {
+  sample.isBigEndian = true;
   const auto forceBits = [&](std::uint32_t bits, bool isBigEndian) {
-    stated.bits = bits;
-    stated.isBigEndian = isBigEndian;
+    sample.bits = bits;
+    sample.isBigEndian = isBigEndian;
     return true;
   };
   const auto forceFloat = [&](std::uint32_t bits) {
-    stated.kind = StoredSample::Kind::floatingPoint;
+    sample.kind = SampleEncoding::Kind::floatingPoint;
     return forceBits(bits, true);  // the common chunk often says 16
   };
   switch (type) {
@@ -51,10 +51,10 @@ bool isLinearPCM(FourCC type, StatedFormat& stated) {
     case fourCCFrom("twos"):
       return true;
     case fourCCFrom("sowt"):
-      stated.isBigEndian = false;
+      sample.isBigEndian = false;
       return true;
     case fourCCFrom("raw "):
-      stated.kind = StoredSample::Kind::unsignedInteger;
+      sample.kind = SampleEncoding::Kind::unsignedInteger;
       return forceBits(8, true);
     case fourCCFrom("in24"):
       return forceBits(24, true);
@@ -123,14 +123,14 @@ PCMStream parseAIFF(const InputFile& file, std::uint64_t start) {
   const HeaderFields body(file, common->bodyOffset, std::min(common->size, kCommonBytes),
                           std::endian::big);
   StatedFormat stated{
-      .sampleRate = body.float80(8), .channelCount = body.u16(0), .bits = body.u16(6)};
+      .sampleRate = body.float80(8), .channelCount = body.u16(0), .sample = {.bits = body.u16(6)}};
   // An AIFF-C header without its compression type is read as plain AIFF.
   const FourCC type =
       isCompressible && body.size() >= kCommonBytes ? body.fourCC(18) : fourCCFrom("NONE");
 
-  PCMStream stream;
+  PCMStream stream{.byteOrder = std::endian::big};
   stream.description.fileTypeID = fourCCFrom(isCompressible ? "AIFC" : "AIFF");
-  const bool isPCM = isLinearPCM(type, stated);
+  const bool isPCM = isLinearPCM(type, stated.sample);
   if (isPCM)
     setLinearPCM(stream, stated);
   else

@@ -13,15 +13,15 @@ constexpr std::uint32_t kHeaderBytes = 24;
 constexpr FourCC kBigEndian = fourCCFrom(".snd");
 constexpr FourCC kBigEndianOfDEC = fourCCFrom(std::string_view(".sd\0", 4));
 
-/// Completes `stated` for an encoding that is linear PCM; false for every other one.
-bool isLinearPCM(std::uint32_t encoding, StatedFormat& stated) {
+/// Completes `sample` for an encoding that is linear PCM; false for every other one.
+bool isLinearPCM(std::uint32_t encoding, SampleEncoding& sample) {
   if (encoding >= 2 && encoding <= 5) {
-    stated.bits = (encoding - 1) * 8;
+    sample.bits = (encoding - 1) * 8;
     return true;
   }
   if (encoding != 6 && encoding != 7) return false;
-  stated.kind = StoredSample::Kind::floatingPoint;
-  stated.bits = encoding == 6 ? 32 : 64;
+  sample.kind = SampleEncoding::Kind::floatingPoint;
+  sample.bits = encoding == 6 ? 32 : 64;
   return true;
 }
 
@@ -54,12 +54,12 @@ PCMStream parseAU(const InputFile& file, std::uint64_t start) {
   const std::uint32_t encoding = head.u32(12);
   StatedFormat stated{.sampleRate = static_cast<double>(head.u32(16)),
                       .channelCount = head.u32(20),
-                      .isBigEndian = isBigEndian};
+                      .sample = {.isBigEndian = isBigEndian}};
 
   PCMStream stream;
   stream.description.fileTypeID = fourCCFrom("NeXT");
   stream.description.layout = monoOrStereoLayout(stated.channelCount);
-  if (!isLinearPCM(encoding, stated)) {
+  if (!isLinearPCM(encoding, stated.sample)) {
     setCompressed(stream, codeOf(encoding), stated.sampleRate, stated.channelCount);
     return stream;
   }

@@ -35,12 +35,13 @@ void applyDescription(PCMStream& stream, const HeaderFields& body) {
     stream.description.dataFormat.framesPerPacket = body.u32(20);
     return;
   }
-  StatedFormat stated{.sampleRate = sampleRate, .channelCount = channels, .bits = bits};
-  if (channels != 0 && bytesPerPacket % channels == 0)
-    stated.containerBytes = bytesPerPacket / channels;
-  if (stated.bits == 0 && stated.containerBytes <= 8) stated.bits = stated.containerBytes * 8;
-  if ((flags & kFileFlagIsFloat) != 0) stated.kind = StoredSample::Kind::floatingPoint;
-  stated.isBigEndian = (flags & kFileFlagIsLittleEndian) == 0;
+  StatedFormat stated{.sampleRate = sampleRate, .channelCount = channels};
+  SampleEncoding& sample = stated.sample;
+  sample.bits = bits;
+  if (channels != 0 && bytesPerPacket % channels == 0) sample.bytes = bytesPerPacket / channels;
+  if (sample.bits == 0 && sample.bytes <= 8) sample.bits = sample.bytes * 8;
+  if ((flags & kFileFlagIsFloat) != 0) sample.kind = SampleEncoding::Kind::floatingPoint;
+  sample.isBigEndian = (flags & kFileFlagIsLittleEndian) == 0;
   setLinearPCM(stream, stated);
 }
 
@@ -54,7 +55,7 @@ PCMStream parseCAF(const InputFile& file, std::uint64_t start) {
   if (description == nullptr)
     throw PlatformError(file.path(), "The file does not describe its audio");
 
-  PCMStream stream;
+  PCMStream stream{.byteOrder = std::endian::big};
   stream.description.fileTypeID = fourCCFrom("caff");
   applyDescription(stream,
                    HeaderFields(file, description->bodyOffset,

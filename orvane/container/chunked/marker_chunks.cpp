@@ -8,7 +8,6 @@
 #include <string>
 
 #include "orvane/container/chunked/header_fields.h"
-#include "orvane/container/embedded_chapters.h"
 #include "orvane/text/utf8.h"
 
 namespace orvane::MarkerChunks {
@@ -107,7 +106,8 @@ std::map<std::uint32_t, std::string> readStrings(const InputFile& file, const Ch
 
 }  // namespace
 
-std::vector<ChapterMark> ofRIFF(const InputFile& file, const PCMStream& stream, std::endian order) {
+std::vector<ChapterMark> ofRIFF(const InputFile& file, const PCMStream& stream) {
+  const std::endian order = stream.byteOrder;
   constexpr std::size_t kPoint = 24;
   constexpr std::size_t kFrameInPoint = 20;
   const double rate = stream.description.dataFormat.sampleRate;

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <bit>
 #include <vector>
 
 #include "orvane/container/chapter_mark.h"
@@ -14,8 +13,7 @@
 namespace orvane::MarkerChunks {
 
 /// `cue ` with the labels, notes and regions of `LIST` chunks of type `adtl`.
-ORVANE_TESTING_API std::vector<ChapterMark> ofRIFF(const InputFile& file, const PCMStream& stream,
-                                                   std::endian order);
+ORVANE_TESTING_API std::vector<ChapterMark> ofRIFF(const InputFile& file, const PCMStream& stream);
 
 /// `MARK`.
 ORVANE_TESTING_API std::vector<ChapterMark> ofAIFF(const InputFile& file, const PCMStream& stream);

@@ -62,8 +62,10 @@ void applyFormat(PCMStream& stream, const HeaderFields& body, bool isBigEndian) 
   // Ancient headers of 14 bytes leave the depth to the frame size.
   const std::uint32_t storedBits =
       body.size() >= 16 ? body.u16(14) : (channels == 0 ? 0 : blockAlign / channels * 8);
-  StatedFormat stated{.sampleRate = sampleRate, .channelCount = channels, .bits = storedBits};
-  stated.isBigEndian = isBigEndian;
+  StatedFormat stated{.sampleRate = sampleRate, .channelCount = channels};
+  SampleEncoding& sample = stated.sample;
+  sample.bits = storedBits;
+  sample.isBigEndian = isBigEndian;
   bool hasOwnMask = false;
   std::uint32_t mask = 0;
   if (tag == kTagExtensible) {
@@ -73,20 +75,20 @@ void applyFormat(PCMStream& stream, const HeaderFields& body, bool isBigEndian) 
       mask = extension.mask;
       hasOwnMask = true;
       if (extension.validBits > 0 && extension.validBits < storedBits)
-        stated.bits = extension.validBits;
+        sample.bits = extension.validBits;
     } else {
       tag = kTagPCM;  // the extension is missing; integers are what such files hold
     }
   }
   if (tag == kTagPCM || tag == kTagFloat) {
     // The frame size is often wrong; it counts where it says that 24-bit samples take four bytes.
-    stated.containerBytes = (storedBits + 7) / 8;
-    if (stated.containerBytes == 3 && blockAlign == 4 * channels) stated.containerBytes = 4;
+    sample.bytes = (storedBits + 7) / 8;
+    if (sample.bytes == 3 && blockAlign == 4 * channels) sample.bytes = 4;
     if (tag == kTagFloat) {
-      stated.kind = StoredSample::Kind::floatingPoint;
-      stated.bits = storedBits;
+      sample.kind = SampleEncoding::Kind::floatingPoint;
+      sample.bits = storedBits;
     } else if (storedBits <= 8) {
-      stated.kind = StoredSample::Kind::unsignedInteger;
+      sample.kind = SampleEncoding::Kind::unsignedInteger;
     }
     setLinearPCM(stream, stated);
   } else {
@@ -142,7 +144,7 @@ FourCC codecOfWaveTag(std::uint16_t tag) {
 
 PCMStream waveStream(const InputFile& file, FourCC fileTypeID, ChunkList list,
                      std::endian byteOrder) {
-  PCMStream stream;
+  PCMStream stream{.byteOrder = byteOrder};
   stream.description.fileTypeID = fileTypeID;
   const Chunk* const format = list.find(kWaveFormatID);
   if (format == nullptr) throw PlatformError(file.path(), "The file does not describe its audio");

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <memory>
 #include <optional>
 #include <string>
 
@@ -11,8 +10,6 @@ extern "C" {
 #include <libavutil/rational.h>
 }
 
-#include "orvane/container/embedded_chapters.h"
-#include "orvane/container/ffmpeg/demuxer.h"
 #include "orvane/text/utf8.h"
 
 namespace orvane {
@@ -33,10 +30,7 @@ std::string titleOf(const AVChapter& chapter) {
 
 }  // namespace
 
-std::vector<ChapterMark> readContainerChapters(const std::filesystem::path& path,
-                                               FourCC containerHint) {
-  const Demuxer demuxer(std::make_shared<const InputFile>(path), std::nullopt, containerHint);
-  const AVFormatContext& format = demuxer.format();
+std::vector<ChapterMark> chaptersOf(const AVFormatContext& format) {
   const std::size_t count = std::min<std::size_t>(format.nb_chapters, kMaximumEmbeddedChapters);
   std::vector<ChapterMark> marks;
   for (std::size_t i = 0; i < count; ++i) {

@@ -1,15 +1,16 @@
 #pragma once
 
-#include <filesystem>
 #include <vector>
 
+extern "C" {
+#include <libavformat/avformat.h>
+}
+
 #include "orvane/container/chapter_mark.h"
-#include "orvane/platform/four_cc.h"
 
 namespace orvane {
 
-/// The module's operation behind `compressedFileChapters`.
-std::vector<ChapterMark> readContainerChapters(const std::filesystem::path& path,
-                                               FourCC containerHint);
+/// The chapters of a container, in the order of the file.
+std::vector<ChapterMark> chaptersOf(const AVFormatContext& format);
 
 }  // namespace orvane

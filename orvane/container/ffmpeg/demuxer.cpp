@@ -159,6 +159,11 @@ void Demuxer::chooseStream(std::optional<int> streamIndex) {
   codec_ = avcodec_find_decoder(stream_->codecpar->codec_id);
 }
 
+double Demuxer::shareRead() const noexcept {
+  const auto size = static_cast<double>(file().size());
+  return size > 0 ? std::clamp(static_cast<double>(avio_tell(format_->pb)) / size, 0.0, 1.0) : 1.0;
+}
+
 bool Demuxer::read(AVPacket& packet) {
   for (int retries = 0; retries < kMostRetries;) {
     av_packet_unref(&packet);

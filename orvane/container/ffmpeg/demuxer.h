@@ -44,6 +44,9 @@ class Demuxer {
   /// when the file cannot be read; a container that breaks off is an end.
   bool read(AVPacket& packet);
 
+  /// How far into the file the reading has come, 0 … 1.
+  double shareRead() const noexcept;
+
   /// Whether the container broke off instead of ending.
   bool isTruncated() const noexcept { return isTruncated_; }
 

@@ -3,9 +3,11 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <utility>
 #include <vector>
 
+#include "orvane/container/ffmpeg/container_chapters.h"
 #include "orvane/container/ffmpeg/decoder.h"
 #include "orvane/container/ffmpeg/demuxer.h"
 #include "orvane/container/ffmpeg/frame_conversion.h"
@@ -20,53 +22,70 @@ namespace {
 
 class FFmpegAudioFile final : public AudioFile {
  public:
-  FFmpegAudioFile(const std::shared_ptr<const InputFile>& file, const AudioFileOpenOptions& options,
+  FFmpegAudioFile(std::shared_ptr<const InputFile> file, const AudioFileOpenOptions& options,
                   FourCC containerHint);
 
   const AudioFileDescription& description() const noexcept override { return description_; }
-  std::int64_t frameLength() const noexcept override { return frameLength_; }
+  std::int64_t frameLength() override;
+  std::optional<std::int64_t> expectedFrameLength() const override;
   void read(PCMBuffer& buffer) override;
 
  private:
+  std::vector<ChapterMark> unsortedChapters() const override {
+    return chaptersOf(demuxer_.format());
+  }
   void nextFrame();
   void reportProgress();
   void warnOfTruncation();
   void warn(AudioFileWarning::Code code, const char* text);
 
+  AudioFileOpenOptions options_;
+  FourCC containerHint_;
   Demuxer demuxer_;
   Decoder decoder_;
   /// The decoded frame that is being handed out, and how much of it has been.
   const AVFrame* frame_ = nullptr;
   std::size_t frameOffset_ = 0;
   AudioFileDescription description_;
-  std::int64_t frameLength_ = 0;
+  std::optional<std::int64_t> countedFrames_{};  ///< once somebody has asked for the length
   std::int64_t position_ = 0;
-  ProgressObserver* observer_;
   std::int64_t nextReport_ = 0;
 };
 
-FFmpegAudioFile::FFmpegAudioFile(const std::shared_ptr<const InputFile>& file,
+FFmpegAudioFile::FFmpegAudioFile(std::shared_ptr<const InputFile> file,
                                  const AudioFileOpenOptions& options, FourCC containerHint)
-    : demuxer_(file, options.streamIndex, containerHint),
+    : AudioFile(std::move(file)),
+      options_(options),
+      containerHint_(containerHint),
+      demuxer_(sharedFile(), options.streamIndex, containerHint),
       decoder_(demuxer_, options.threadCount),
       frame_(decoder_.next()),
-      description_(describeStream(demuxer_, containerHint, &decoder_.codec(), frame_)),
-      observer_(options.observer) {
-  if (frame_ == nullptr) {
-    if (decoder_.hasMetPackets())
-      throw PlatformError(file->path(), "None of its audio can be decoded");
-    return;
+      description_(describeStream(demuxer_, containerHint, &decoder_.codec(), frame_)) {
+  if (frame_ != nullptr) return;
+  if (decoder_.hasMetPackets())
+    throw PlatformError(sharedFile()->path(), "None of its audio can be decoded");
+  countedFrames_ = 0;
+}
+
+std::int64_t FFmpegAudioFile::frameLength() {
+  if (!countedFrames_) {
+    const StreamLength length = countFrames(sharedFile(), options_, containerHint_);
+    countedFrames_ = length.frames;
+    if (length.isTruncated) warnOfTruncation();
   }
-  const StreamLength length = countFrames(file, options, containerHint);
-  frameLength_ = length.frames;
-  if (length.isTruncated) warnOfTruncation();
+  return *countedFrames_;
+}
+
+std::optional<std::int64_t> FFmpegAudioFile::expectedFrameLength() const {
+  return countedFrames_ ? countedFrames_ : statedFrames(demuxer_);
 }
 
 void FFmpegAudioFile::read(PCMBuffer& buffer) {
   precondition(buffer.channelCount() == description_.dataFormat.channelsPerFrame,
                "a buffer to read into must have the file's channel count");
-  const auto wanted = static_cast<std::size_t>(
-      std::min<std::int64_t>(buffer.frameCapacity(), frameLength_ - position_));
+  std::size_t wanted = buffer.frameCapacity();
+  if (countedFrames_)
+    wanted = std::min(wanted, static_cast<std::size_t>(*countedFrames_ - position_));
   std::vector<float*> destinations = buffer.channels();
   std::size_t filled = 0;
   while (filled < wanted && frame_ != nullptr) {
@@ -78,8 +97,8 @@ void FFmpegAudioFile::read(PCMBuffer& buffer) {
     filled += count;
     frameOffset_ += count;
     position_ += static_cast<std::int64_t>(count);
-    reportProgress();
     if (count == left) nextFrame();
+    reportProgress();
   }
   buffer.setFrameLength(static_cast<std::uint32_t>(filled));
 }
@@ -91,16 +110,18 @@ void FFmpegAudioFile::nextFrame() {
   if (decoder_.hasMetDamage())
     warn(AudioFileWarning::Code::damagedAudio,
          "Parts of the audio are damaged and could not be decoded; they are left out.");
-  if (decoder_.hasJustFailed() && position_ < frameLength_) warnOfTruncation();
+  if (countedFrames_ ? decoder_.hasJustFailed() && position_ < *countedFrames_
+                     : decoder_.hasJustFailed() || breaksOff(demuxer_, position_))
+    warnOfTruncation();
 }
 
 void FFmpegAudioFile::reportProgress() {
   constexpr std::int64_t kFramesBetweenReports = 65536;
-  if (observer_ == nullptr || position_ < nextReport_) return;
-  if (observer_->isCancelled()) throw Cancelled();
-  observer_->onProgress("Reading",
-                        static_cast<double>(position_) / static_cast<double>(frameLength_));
-  nextReport_ = std::min(position_ + kFramesBetweenReports, frameLength_);
+  ProgressObserver* const observer = options_.observer;
+  if (observer == nullptr || (position_ < nextReport_ && frame_ != nullptr)) return;
+  if (observer->isCancelled()) throw Cancelled();
+  observer->onProgress("Reading", frame_ == nullptr ? 1.0 : demuxer_.shareRead());
+  nextReport_ = position_ + kFramesBetweenReports;
 }
 
 void FFmpegAudioFile::warnOfTruncation() {
@@ -116,16 +137,15 @@ void FFmpegAudioFile::warn(AudioFileWarning::Code code, const char* text) {
 
 }  // namespace
 
-std::unique_ptr<AudioFile> openFFmpegAudioFile(const std::filesystem::path& path,
+std::unique_ptr<AudioFile> openFFmpegAudioFile(std::shared_ptr<const InputFile> file,
                                                const AudioFileOpenOptions& options,
                                                FourCC containerHint) {
-  return std::make_unique<FFmpegAudioFile>(std::make_shared<const InputFile>(path), options,
-                                           containerHint);
+  return std::make_unique<FFmpegAudioFile>(std::move(file), options, containerHint);
 }
 
-AudioFileDescription describeFFmpegAudioFile(const std::filesystem::path& path,
+AudioFileDescription describeFFmpegAudioFile(std::shared_ptr<const InputFile> file,
                                              FourCC containerHint) {
-  Demuxer demuxer(std::make_shared<const InputFile>(path), std::nullopt, containerHint);
+  Demuxer demuxer(std::move(file), std::nullopt, containerHint);
   try {
     Decoder decoder(demuxer, 1);
     const AVFrame* frame = decoder.next();

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <filesystem>
 #include <memory>
 
 #include "orvane/container/audio_file.h"
@@ -9,10 +8,10 @@
 namespace orvane {
 
 /// The module's two operations; see `FFmpegModule`.
-std::unique_ptr<AudioFile> openFFmpegAudioFile(const std::filesystem::path& path,
+std::unique_ptr<AudioFile> openFFmpegAudioFile(std::shared_ptr<const InputFile> file,
                                                const AudioFileOpenOptions& options,
                                                FourCC containerHint);
-AudioFileDescription describeFFmpegAudioFile(const std::filesystem::path& path,
+AudioFileDescription describeFFmpegAudioFile(std::shared_ptr<const InputFile> file,
                                              FourCC containerHint);
 
 }  // namespace orvane

@@ -7,17 +7,14 @@ extern "C" {
 #include <libavutil/log.h>
 }
 
-#include "orvane/container/ffmpeg/container_chapters.h"
 #include "orvane/container/ffmpeg/ffmpeg_audio_file.h"
 #include "orvane/platform/export.h"
 
 namespace orvane {
 namespace {
 
-constexpr FFmpegModule kModule{.open = openFFmpegAudioFile,
-                               .describe = describeFFmpegAudioFile,
-                               .chapters = readContainerChapters,
-                               .version = av_version_info};
+constexpr FFmpegModule kModule{
+    .open = openFFmpegAudioFile, .describe = describeFFmpegAudioFile, .version = av_version_info};
 
 void discardLog(void* /*context*/, int /*level*/, const char* /*format*/, va_list /*arguments*/) {}
 

@@ -1,13 +1,11 @@
 #pragma once
 
-#include <filesystem>
 #include <memory>
 #include <optional>
-#include <vector>
 
 #include "orvane/container/audio_file.h"
-#include "orvane/container/chapter_mark.h"
 #include "orvane/platform/four_cc.h"
+#include "orvane/platform/input_file.h"
 
 namespace orvane {
 
@@ -17,12 +15,10 @@ namespace orvane {
 
 /// What the module offers.
 struct FFmpegModule {
-  std::unique_ptr<AudioFile> (*open)(const std::filesystem::path& path,
+  std::unique_ptr<AudioFile> (*open)(std::shared_ptr<const InputFile> file,
                                      const AudioFileOpenOptions& options, FourCC containerHint);
   /// Throws `PlatformError` for what cannot be read or is no audio file.
-  AudioFileDescription (*describe)(const std::filesystem::path& path, FourCC containerHint);
-  /// In the order of the file. Throws `PlatformError` likewise.
-  std::vector<ChapterMark> (*chapters)(const std::filesystem::path& path, FourCC containerHint);
+  AudioFileDescription (*describe)(std::shared_ptr<const InputFile> file, FourCC containerHint);
   /// FFmpeg's version.
   const char* (*version)();
 };
@@ -32,6 +28,6 @@ using FFmpegModuleFactory = const FFmpegModule* (*)(int version);
 
 inline constexpr const char* kFFmpegModuleFile = "orvane_ffmpeg.so";
 inline constexpr const char* kFFmpegModuleFactory = "orvaneFFmpegModule";
-inline constexpr int kFFmpegModuleVersion = 2;
+inline constexpr int kFFmpegModuleVersion = 3;
 
 }  // namespace orvane

@@ -10,44 +10,10 @@ extern "C" {
 #include <libavutil/avstring.h>
 }
 
+#include "orvane/container/container_table.h"
+
 namespace orvane {
 namespace {
-
-struct DemuxerOfContainer {
-  FourCC container;
-  const char* demuxer;
-};
-
-constexpr std::array kDemuxers{
-    DemuxerOfContainer{fourCCFrom("WAVE"), "wav"},
-    DemuxerOfContainer{fourCCFrom("RF64"), "wav"},
-    DemuxerOfContainer{fourCCFrom("BW64"), "wav"},
-    DemuxerOfContainer{fourCCFrom("W64f"), "w64"},
-    DemuxerOfContainer{fourCCFrom("AIFF"), "aiff"},
-    DemuxerOfContainer{fourCCFrom("AIFC"), "aiff"},
-    DemuxerOfContainer{fourCCFrom("caff"), "caf"},
-    DemuxerOfContainer{fourCCFrom("NeXT"), "au"},
-    DemuxerOfContainer{fourCCFrom("m4af"), "mov"},
-    DemuxerOfContainer{fourCCFrom("m4bf"), "mov"},
-    DemuxerOfContainer{fourCCFrom("mp4f"), "mov"},
-    DemuxerOfContainer{fourCCFrom("3gpp"), "mov"},
-    DemuxerOfContainer{fourCCFrom("3gp2"), "mov"},
-    DemuxerOfContainer{fourCCFrom("adts"), "aac"},
-    DemuxerOfContainer{fourCCFrom("MPG1"), "mp3"},
-    DemuxerOfContainer{fourCCFrom("MPG2"), "mp3"},
-    DemuxerOfContainer{fourCCFrom("MPG3"), "mp3"},
-    DemuxerOfContainer{fourCCFrom("flac"), "flac"},
-    DemuxerOfContainer{fourCCFrom("Oggf"), "ogg"},
-    DemuxerOfContainer{fourCCFrom("ac-3"), "ac3"},
-    DemuxerOfContainer{fourCCFrom("ec-3"), "eac3"},
-    DemuxerOfContainer{fourCCFrom("amrf"), "amr"},
-    DemuxerOfContainer{fourCCFrom("loas"), "loas"},
-    // FFmpeg is not sure of these by their bytes alone; the sniffer is.
-    DemuxerOfContainer{fourCCFrom("AVR "), "avr"},
-    DemuxerOfContainer{fourCCFrom("RSO "), "rso"},
-    DemuxerOfContainer{fourCCFrom("SBC "), "sbc"},
-    DemuxerOfContainer{fourCCFrom("WVE "), "wve"},
-};
 
 constexpr std::uint64_t kMostProbeBytes = std::uint64_t{1} << 20;
 /// Above the score at which FFmpeg itself would rather see more bytes.
@@ -100,7 +66,7 @@ const std::string& allowedDemuxers() {
       // Audio files.
       "aa,aac,aax,ac3,acm,adp,ads,adx,aea,afc,aiff,alp,amr,apc,ape,apm,aptx,argo_asf,argo_cvg,"
       "ast,au,avr,"
-      "bfstm,binka,bit,boa,brstm,caf,codec2,daud,dfpwm,dsf,dss,dts,dtshd,eac3,epaf,flac,fsb,fwse,"
+      "bfstm,binka,bit,boa,brstm,caf,codec2,daud,dfpwm,dsf,dss,dts,dtshd,eac3,flac,fsb,fwse,"
       "g722,g723_1,g729,genh,gsm,hca,hcom,iff,ilbc,ircam,iss,kvag,loas,lvf,mca,mlp,mmf,mp3,mpc,"
       "mpc8,msf,mtaf,musx,nistsphere,nsp,ogg,oma,paf,pvf,qcp,rso,rsd,sbc,sds,sdx,shn,siff,sln,sol,"
       "sox,spdif,svag,tak,truehd,tta,vag,voc,vpk,vqf,w64,wav,wsaud,wsd,wv,wve,xa,xvag,xwma,"
@@ -126,10 +92,8 @@ const std::string& allowedDecoders() {
 }
 
 const AVInputFormat* demuxerFor(const InputFile& file, FourCC containerHint) {
-  const auto known = std::find_if(kDemuxers.begin(), kDemuxers.end(), [&](const auto& entry) {
-    return entry.container == containerHint;
-  });
-  if (known != kDemuxers.end()) return av_find_input_format(known->demuxer);
+  const ContainerKind* const kind = containerKind(containerHint);
+  if (kind != nullptr && kind->demuxer != nullptr) return av_find_input_format(kind->demuxer);
   int score = 0;
   const AVInputFormat* probed = probe(file, score);
   if (score >= kSureScore && isAllowed(probed)) return probed;

@@ -122,6 +122,20 @@ bool fallsShort(const Demuxer& demuxer, std::int64_t frames) {
 
 }  // namespace
 
+std::optional<std::int64_t> statedFrames(const Demuxer& demuxer) {
+  const AVStream& stream = demuxer.stream();
+  const AVRational ofFrames{1, stream.codecpar->sample_rate};
+  if (ofFrames.den <= 0) return std::nullopt;
+  const std::int64_t frames =
+      stream.duration > 0 ? av_rescale_q(stream.duration, stream.time_base, ofFrames)
+                          : av_rescale_q(demuxer.format().duration, AV_TIME_BASE_Q, ofFrames);
+  return frames > 0 ? std::optional(frames) : std::nullopt;
+}
+
+bool breaksOff(const Demuxer& demuxer, std::int64_t frames) {
+  return demuxer.isTruncated() || fallsShort(demuxer, frames);
+}
+
 StreamLength countFrames(const std::shared_ptr<const InputFile>& file,
                          const AudioFileOpenOptions& options, FourCC containerHint) {
   Demuxer first(file, options.streamIndex, containerHint);
@@ -132,7 +146,7 @@ StreamLength countFrames(const std::shared_ptr<const InputFile>& file,
     demuxer.emplace(file, options.streamIndex, containerHint);
     length = countByDecoding(*demuxer, options);
   }
-  length->isTruncated = demuxer->isTruncated() || fallsShort(*demuxer, length->frames);
+  length->isTruncated = breaksOff(*demuxer, length->frames);
   return *length;
 }
 

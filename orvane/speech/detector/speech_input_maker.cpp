@@ -4,7 +4,7 @@
 #include <cmath>
 #include <utility>
 
-#include "orvane/audio/audio_stream.h"
+#include "orvane/audio/audio_source.h"
 #include "orvane/speech/detector/mono_resampler.h"
 
 namespace orvane {
@@ -21,7 +21,10 @@ std::int64_t outputCount(std::int64_t frames, double ratio) {
 SpeechInputMaker::SpeechInputMaker(double sampleRate, std::size_t channelCount,
                                    std::int64_t expectedFrames)
     : sampleRate_(sampleRate), ratio_(sampleRate / kModelRate), lastFrame_(channelCount) {
-  output_.reserve(static_cast<std::size_t>(outputCount(expectedFrames, ratio_)) + 1);
+  // What a header says may be anything; what lies beyond half a day is not made room for.
+  constexpr double kMostSeconds = 43'200;
+  const auto frames = std::min(static_cast<double>(expectedFrames), kMostSeconds * sampleRate);
+  output_.reserve(static_cast<std::size_t>(frames / ratio_) + 1);
 }
 
 std::int64_t SpeechInputMaker::outputsWithin(std::int64_t frames) const {
@@ -74,14 +77,13 @@ std::optional<SileroVADAnalyser::Input> SpeechInputMaker::finish() {
                                   .sourceSampleRate = sampleRate_};
 }
 
-std::optional<SileroVADAnalyser::Input> speechInputOf(AudioStream& stream) {
-  constexpr std::int64_t kPieceFrames = std::int64_t{1} << 17;
-  SpeechInputMaker maker(stream.format().sampleRate, stream.format().channelCount,
-                         stream.frameLength());
-  const auto piece =
-      stream.makeBuffer(static_cast<std::uint32_t>(std::min(kPieceFrames, stream.frameLength())));
+std::optional<SileroVADAnalyser::Input> speechInputOf(AudioSource& source) {
+  constexpr std::uint32_t kPieceFrames = 1U << 17;
+  SpeechInputMaker maker(source.format().sampleRate, source.format().channelCount,
+                         source.expectedFrameLength().value_or(0));
+  const auto piece = source.makeBuffer(kPieceFrames);
   do {
-    stream.read(*piece);
+    source.read(*piece);
     maker.process(piece->constChannels(), piece->frameLength());
   } while (piece->frameLength() == piece->frameCapacity());
   return maker.finish();

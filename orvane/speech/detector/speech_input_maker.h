@@ -11,7 +11,7 @@
 
 namespace orvane {
 
-class AudioStream;
+class AudioSource;
 
 /// Makes the speech detector's input from audio that comes in order, in pieces of any size: the
 /// same samples as `SileroVADAnalyser::prepareInput` makes of the whole.
@@ -40,8 +40,8 @@ class ORVANE_API SpeechInputMaker {
   std::vector<float> output_{};
 };
 
-/// The input made of the rest of a stream, which is read in short pieces. Throws what reading
+/// The input made of the rest of a source, which is read in short pieces. Throws what reading
 /// throws.
-ORVANE_API std::optional<SileroVADAnalyser::Input> speechInputOf(AudioStream& stream);
+ORVANE_API std::optional<SileroVADAnalyser::Input> speechInputOf(AudioSource& source);
 
 }  // namespace orvane

@@ -66,27 +66,26 @@ TEST_F(AiffParser, ClampsTheFrameCountToWhatIsThere) {
 }
 
 TEST_F(AiffParser, TellsEveryPCMTypeOfAIFFC) {
-  const auto expectSample = [&](std::string_view type, StoredSample sample, std::uint32_t bits) {
+  const auto expectSample = [&](std::string_view type, SampleEncoding sample) {
     const PCMStream stream = parseType(type);
     EXPECT_EQ(stream.description.fileTypeID, fourCCFrom("AIFC"));
     EXPECT_EQ(stream.description.dataFormat.formatID, kFormatLinearPCM) << type;
     EXPECT_EQ(stream.sample, sample) << type;
-    EXPECT_EQ(stream.description.dataFormat.bitsPerChannel, bits) << type;
+    EXPECT_EQ(stream.description.dataFormat.bitsPerChannel, sample.bits) << type;
   };
-  using enum StoredSample::Kind;
-  expectSample("NONE", {signedInteger, 2, true}, 16);
-  expectSample("twos", {signedInteger, 2, true}, 16);
-  expectSample("sowt", {signedInteger, 2, false}, 16);
-  expectSample("raw ", {unsignedInteger, 1, false}, 8);
-  expectSample("in24", {signedInteger, 3, true}, 24);
-  expectSample("in32", {signedInteger, 4, true}, 32);
-  expectSample("42ni", {signedInteger, 3, false}, 24);
-  expectSample("42n1", {signedInteger, 3, false}, 24);
-  expectSample("23ni", {signedInteger, 4, false}, 32);
-  expectSample("fl32", {floatingPoint, 4, true}, 32);
-  expectSample("FL32", {floatingPoint, 4, true}, 32);
-  expectSample("fl64", {floatingPoint, 8, true}, 64);
-  expectSample("FL64", {floatingPoint, 8, true}, 64);
+  expectSample("NONE", SampleEncoding::signedInteger(2, true));
+  expectSample("twos", SampleEncoding::signedInteger(2, true));
+  expectSample("sowt", SampleEncoding::signedInteger(2));
+  expectSample("raw ", SampleEncoding::unsignedInteger(1));
+  expectSample("in24", SampleEncoding::signedInteger(3, true));
+  expectSample("in32", SampleEncoding::signedInteger(4, true));
+  expectSample("42ni", SampleEncoding::signedInteger(3));
+  expectSample("42n1", SampleEncoding::signedInteger(3));
+  expectSample("23ni", SampleEncoding::signedInteger(4));
+  expectSample("fl32", SampleEncoding::floatingPoint(4, true));
+  expectSample("FL32", SampleEncoding::floatingPoint(4, true));
+  expectSample("fl64", SampleEncoding::floatingPoint(8, true));
+  expectSample("FL64", SampleEncoding::floatingPoint(8, true));
 }
 
 TEST_F(AiffParser, NamesTheCodecOfCompressedFiles) {
@@ -103,8 +102,8 @@ TEST_F(AiffParser, NamesTheCodecOfCompressedFiles) {
 }
 
 TEST_F(AiffParser, TakesEightBitsForSigned) {
-  EXPECT_EQ(parseType("NONE", 8).sample.kind, StoredSample::Kind::signedInteger);
-  EXPECT_EQ(parseType("sowt", 8).sample.kind, StoredSample::Kind::signedInteger);
+  EXPECT_EQ(parseType("NONE", 8).sample.kind, SampleEncoding::Kind::signedInteger);
+  EXPECT_EQ(parseType("sowt", 8).sample.kind, SampleEncoding::Kind::signedInteger);
 }
 
 TEST_F(AiffParser, PutsOddDepthsIntoWholeBytes) {

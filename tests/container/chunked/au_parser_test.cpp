@@ -30,13 +30,12 @@ TEST_F(AuParser, TellsEveryPCMEncodingInBothByteOrders) {
       return parse(auFile(encoding, 48000, 1, Bytes(16), order)).sample;
     };
     const bool isBig = order == std::endian::big;
-    using enum StoredSample::Kind;
-    EXPECT_EQ(sample(2), (StoredSample{signedInteger, 1, false}));
-    EXPECT_EQ(sample(3), (StoredSample{signedInteger, 2, isBig}));
-    EXPECT_EQ(sample(4), (StoredSample{signedInteger, 3, isBig}));
-    EXPECT_EQ(sample(5), (StoredSample{signedInteger, 4, isBig}));
-    EXPECT_EQ(sample(6), (StoredSample{floatingPoint, 4, isBig}));
-    EXPECT_EQ(sample(7), (StoredSample{floatingPoint, 8, isBig}));
+    EXPECT_EQ(sample(2), SampleEncoding::signedInteger(1));
+    EXPECT_EQ(sample(3), SampleEncoding::signedInteger(2, isBig));
+    EXPECT_EQ(sample(4), SampleEncoding::signedInteger(3, isBig));
+    EXPECT_EQ(sample(5), SampleEncoding::signedInteger(4, isBig));
+    EXPECT_EQ(sample(6), SampleEncoding::floatingPoint(4, isBig));
+    EXPECT_EQ(sample(7), SampleEncoding::floatingPoint(8, isBig));
   }
 }
 

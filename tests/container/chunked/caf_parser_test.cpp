@@ -54,7 +54,7 @@ TEST_F(CafParser, DoesNotPadOddChunks) {
                      {.id = "data", .body = cafDataBody(Bytes(3))},
                      {.id = "info", .body = Bytes(2)}}));
   EXPECT_EQ(stream.frameCount, 3U);
-  EXPECT_EQ(stream.sample.kind, StoredSample::Kind::signedInteger);
+  EXPECT_EQ(stream.sample.kind, SampleEncoding::Kind::signedInteger);
   EXPECT_EQ(stream.chunks.size(), 4U);
 }
 

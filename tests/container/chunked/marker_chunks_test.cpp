@@ -5,7 +5,7 @@
 #include <limits>
 #include <optional>
 
-#include "orvane/container/embedded_chapters.h"
+#include "orvane/container/audio_file.h"
 #include "orvane/platform/error.h"
 #include "tests/support/container_writer.h"
 #include "tests/support/temporary_directory.h"
@@ -23,7 +23,7 @@ constexpr std::uint32_t kRate = 48000;
 class MarkerChunksTest : public testing::Test {
  protected:
   Marks chaptersOf(const Bytes& bytes) {
-    return readEmbeddedChapters(folder_.write("marked", bytes));
+    return AudioFile::open(folder_.write("marked", bytes))->chapters();
   }
   Marks ofWave(std::vector<RawChunk> chunks, std::string_view form = "RIFF",
                std::endian order = std::endian::little) {
@@ -202,7 +202,7 @@ TEST_F(MarkerChunksTest, AreNoneInFilesWithoutAny) {
   EXPECT_EQ(ofWave({{.id = "junk", .body = Bytes(8)}}), Marks{});
   EXPECT_EQ(chaptersOf(test::auFile(3, kRate, 2, Bytes(16))), Marks{});
   EXPECT_THROW(chaptersOf(Bytes(100)), PlatformError);
-  EXPECT_THROW(readEmbeddedChapters(folder() / "missing"), PlatformError);
+  EXPECT_THROW(AudioFile::open(folder() / "missing")->chapters(), PlatformError);
 }
 
 }  // namespace

@@ -53,9 +53,9 @@ TEST_F(RiffParser, DescribesPlainPCM) {
 }
 
 TEST_F(RiffParser, TakesEightBitsForUnsignedAndMoreForSigned) {
-  EXPECT_EQ(parseFormat({.bits = 8}).sample.kind, StoredSample::Kind::unsignedInteger);
-  EXPECT_EQ(parseFormat({.bits = 5}).sample.kind, StoredSample::Kind::unsignedInteger);
-  EXPECT_EQ(parseFormat({.bits = 9}).sample.kind, StoredSample::Kind::signedInteger);
+  EXPECT_EQ(parseFormat({.bits = 8}).sample.kind, SampleEncoding::Kind::unsignedInteger);
+  EXPECT_EQ(parseFormat({.bits = 5}).sample.kind, SampleEncoding::Kind::unsignedInteger);
+  EXPECT_EQ(parseFormat({.bits = 9}).sample.kind, SampleEncoding::Kind::signedInteger);
   EXPECT_EQ(parseFormat({.bits = 9}).sample.bytes, 2U);
 }
 
@@ -85,7 +85,7 @@ TEST_F(RiffParser, TakesFloatFromTagAndSubformat) {
        {test::WaveFormat{.tag = 3, .bits = 32}, test::WaveFormat{.tag = 3, .bits = 32, .mask = 3},
         test::WaveFormat{.tag = 3, .bits = 32, .mask = 0, .isAmbisonic = true}}) {
     const PCMStream stream = parseFormat(format);
-    EXPECT_EQ(stream.sample.kind, StoredSample::Kind::floatingPoint);
+    EXPECT_EQ(stream.sample.kind, SampleEncoding::Kind::floatingPoint);
     EXPECT_EQ(stream.description.dataFormat.formatFlags, kFormatFlagIsFloat | kFormatFlagIsPacked);
   }
 }

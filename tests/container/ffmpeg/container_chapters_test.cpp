@@ -2,7 +2,7 @@
 
 #include <cmath>
 
-#include "orvane/container/embedded_chapters.h"
+#include "orvane/container/audio_file.h"
 #include "tests/support/temporary_directory.h"
 #include "tests/support/tool_runner.h"
 
@@ -28,7 +28,7 @@ class ContainerChapters : public testing::TestWithParam<const char*> {
     all.insert(all.end(), arguments.begin(), arguments.end());
     all.push_back(path);
     test::runTool("ffmpeg", all);
-    return readEmbeddedChapters(path);
+    return AudioFile::open(path)->chapters();
   }
 
  private:

@@ -4,7 +4,7 @@
 
 #include <random>
 
-#include "orvane/audio/audio_stream.h"
+#include "orvane/audio/audio_source.h"
 #include "tests/speech/detector/speech_test_support.h"
 #include "tests/support/temporary_directory.h"
 
@@ -77,7 +77,7 @@ TEST(SpeechInputMaker, ReadsAWholeStream) {
     const auto path = folder.write("a.raw", std::vector<std::byte>(bytes.begin(), bytes.end()));
     const RawPCMFormat format{
         .sampleRate = 22050, .channelCount = 1, .encoding = RawPCMFormat::Encoding::float32};
-    EXPECT_EQ(speechInputOf(*AudioStream::open(path, format, {})), atOnce(audio));
+    EXPECT_EQ(speechInputOf(*AudioSource::open(path, format, {})), atOnce(audio));
   }
 }
 

@@ -1,4 +1,4 @@
-#include "orvane/audio/audio_stream.h"
+#include "orvane/audio/audio_source.h"
 
 #include <gtest/gtest.h>
 
@@ -29,7 +29,7 @@ Channels samplesOf(const PCMBuffer& buffer) {
 }
 
 /// All that the stream gives in pieces of these sizes, taken in turn.
-Channels inPieces(AudioStream& stream, const std::vector<std::uint32_t>& sizes) {
+Channels inPieces(AudioSource& stream, const std::vector<std::uint32_t>& sizes) {
   Channels channels(stream.format().channelCount);
   std::vector<std::shared_ptr<PCMBuffer>> buffers;
   for (const std::uint32_t size : sizes) buffers.push_back(stream.makeBuffer(size));
@@ -49,7 +49,7 @@ class AudioStreaming : public testing::Test {
   void expectPiecesToMakeTheWhole(const std::filesystem::path& path,
                                   const std::optional<RawPCMFormat>& rawFormat = {}) {
     const auto loaded = AudioSourceReader::load(path, rawFormat);
-    const auto stream = AudioStream::open(path, rawFormat, {.threadCount = 2});
+    const auto stream = AudioSource::open(path, rawFormat, {.threadCount = 2});
     EXPECT_EQ(stream->format(), loaded.buffer->format());
     EXPECT_EQ(stream->frameLength(), loaded.buffer->frameLength());
     EXPECT_EQ(stream->bitDepth(), loaded.bitDepth);
@@ -79,7 +79,7 @@ TEST_F(AudioStreaming, EveryPieceIsInCanonicalOrder) {
            {.id = "CHAN", .body = test::layoutBody(0x007A0006)},
            {.id = "SSND",
             .body = test::soundBody(test::storedSamples(spec, test::testValues(spec, 3000, 6)))}}));
-  const auto stream = AudioStream::open(path, {}, {});
+  const auto stream = AudioSource::open(path, {}, {});
   EXPECT_EQ(stream->format().layout->labels,
             (std::vector{left, right, center, lfe, leftSurround, rightSurround}));
   expectPiecesToMakeTheWhole(path);
@@ -108,7 +108,7 @@ TEST_F(AudioStreaming, RefusesWhatLoadingRefuses) {
   using AudioSourceReader::Failure;
   const auto open = [](const std::filesystem::path& path,
                        const std::optional<RawPCMFormat>& format = {}) {
-    AudioStream::open(path, format, {});
+    AudioSource::open(path, format, {});
   };
   EXPECT_THROW(open(folder_ / "missing.wav"), PlatformError);
   EXPECT_THROW(open(folder_.write("none.wav", test::waveFile({}, {}))), Failure);
@@ -133,7 +133,7 @@ TEST_F(AudioStreaming, WarnsOfDamageOnceItIsRead) {
   test::runTool("ffmpeg", {"-v", "error", "-f", "lavfi", "-i", "anoisesrc=d=4", sound.string()});
   std::string bytes = test::readFile(sound);
   std::fill_n(bytes.begin() + static_cast<std::ptrdiff_t>(bytes.size() / 2), 6000, 'x');
-  const auto stream = AudioStream::open(folder_.write("damaged.mp3", bytes), {}, {});
+  const auto stream = AudioSource::open(folder_.write("damaged.mp3", bytes), {}, {});
   const auto before = stream->warnings().size();
   inPieces(*stream, {4096});
   EXPECT_GT(stream->warnings().size(), before);
