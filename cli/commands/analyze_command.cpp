@@ -19,6 +19,7 @@
 #include "cli/output/number_text.h"
 #include "cli/output/report_outputs.h"
 #include "cli/output/report_table.h"
+#include "cli/output/source_date.h"
 #include "cli/terminal/progress_bar.h"
 #include "cli/usage_error.h"
 #include "orvane/platform/error.h"
@@ -74,22 +75,21 @@ MeasuredFile measure(const InputName& file, const AnalyzeOptions& options, const
   OfflineAnalysisPipeline::Execution how{.threadCount = threads,
                                          .observer = &observer,
                                          .streamIndex = options.streamIndex,
-                                         .keepsBuffer = options.parts.needsAudio()};
+                                         .dualMono = options.dualMono,
+                                         .keepsBuffer = options.parts.needAudio()};
   if (options.dialogue) how.dialogueRegions = DialogueSidecarFile::load(file).regions;
   measured.result = OfflineAnalysisPipeline::analyzeFile(file.path, what, how, &measured.detail);
   requireUsableRate(file, measured.result.sampleRate);
-  if (options.dualMono) measured.raiseForDualMono();
   measured.isJudged = options.targets.areRequested();
   if (options.needsReport())
-    parts.makeReport(measured, options.targets.selection(),
-                     {.threadCount = threads, .observer = &observer});
+    makeReport(measured, options.parts, parts, {.threadCount = threads, .observer = &observer});
   return measured;
 }
 
 /// What is read beside the files that are measured.
 std::vector<std::filesystem::path> otherFilesRead(const AnalyzeOptions& options,
                                                   const std::vector<InputName>& files) {
-  auto paths = ReportParts::filesRead(options.parts);
+  auto paths = options.parts.filesRead();
   if (options.dialogue)
     for (const InputName& file : files) paths.push_back(DialogueSidecarIO::sidecarURL(file.path));
   if (!options.files.listFile.empty()) paths.emplace_back(options.files.listFile);
@@ -177,7 +177,9 @@ ExitCode runAnalyze(const AnalyzeOptions& options, Console& console) {
   ReportOutputs outputs(options.outputs, files, otherFilesRead(options, files));
   if (outputs.takeStandardOutput() && options.json)
     throw UsageError("--json and a report cannot both go to standard output");
-  const ReportParts parts(options.parts);
+  const auto date = sourceDate();
+  ReportParts parts = options.parts.read();
+  parts.targets = options.targets.selection();
   const auto jobs = std::min(static_cast<std::size_t>(options.jobs), files.size());
   const std::size_t threads = JobRunner::threadsPerJob(jobs);
   const Layout layout = layoutOf(options, outputs);
@@ -193,6 +195,7 @@ ExitCode runAnalyze(const AnalyzeOptions& options, Console& console) {
         } done{progress};
         auto measured = measure(file, options, parts, threads, *observer);
         std::string report;
+        if (measured.report && date) measured.report->generatedAt = *date;
         if (outputs.isAny())
           report = outputs.write(static_cast<std::size_t>(&file - files.data()), *measured.report,
                                  measured.notes);
@@ -220,9 +223,7 @@ void addMeasuringOptions(CLI::App& command, AnalyzeOptions& options) {
       ->check(CLI::NonNegativeNumber);
   command.add_flag("--no-stereo", options.noStereo, "Leave the stereo correlation out")
       ->group("Measuring");
-  command
-      .add_flag("--dual-mono", options.dualMono,
-                "Take mono files for two equal loudspeakers: 3.01 LU louder")
+  command.add_flag("--dual-mono", options.dualMono, "Measure mono files as two equal loudspeakers")
       ->group("Measuring");
 }
 

@@ -40,8 +40,9 @@ MeasuredSource measureLoaded(AudioStream& stream, bool computeStereoWidth, bool 
                              const Execution& execution) {
   auto buffer = stream.makeBuffer(static_cast<std::uint32_t>(stream.frameLength()));
   stream.read(*buffer);
-  auto measurement = measureProgramme(ProgrammeView::of(*buffer), computeStereoWidth,
-                                      execution.threadCount, execution.observer);
+  auto measurement =
+      measureProgramme(ProgrammeView::of(*buffer, execution.dualMono), computeStereoWidth,
+                       execution.threadCount, execution.observer);
   auto speechInput = isSpeechWanted
                          ? SileroVADAnalyser::prepareInput(*buffer, execution.threadCount)
                          : std::nullopt;
@@ -54,8 +55,8 @@ MeasuredSource measureInPassing(AudioStream& stream, bool computeStereoWidth, bo
   if (isSpeechWanted)
     speechInput.emplace(stream.format().sampleRate, stream.format().channelCount,
                         stream.frameLength());
-  auto measurement = measureProgramme(stream, computeStereoWidth, execution.threadCount,
-                                      speechInput ? &*speechInput : nullptr);
+  auto measurement = measureProgramme(stream, computeStereoWidth, execution.dualMono,
+                                      execution.threadCount, speechInput ? &*speechInput : nullptr);
   return {nullptr, std::move(measurement), speechInput ? speechInput->finish() : std::nullopt};
 }
 
@@ -151,6 +152,7 @@ Result analyzeFile(const std::filesystem::path& url, const Options& options,
     detail->blockPowers = measurement.loudness.blockPowers();
     detail->warnings = stream->warnings();
     detail->layout = stream->format().layout;
+    detail->isDualMono = execution.dualMono && result.channelCount == 1;
     detail->isSpeechDetectionMissing = options.enableSileroVAD && !result.speechHistory;
     detail->nonFiniteSampleCount = measurement.statistics.nonFiniteSampleCount;
     detail->clippingRuns = std::move(measurement.statistics.clippingRuns);

@@ -82,7 +82,7 @@ ProgrammeMeasurement measureProgramme(const ProgrammeView& programme, bool compu
   return meters.finish(programme.frameCount);
 }
 
-ProgrammeMeasurement measureProgramme(AudioStream& stream, bool computeStereoWidth,
+ProgrammeMeasurement measureProgramme(AudioStream& stream, bool computeStereoWidth, bool dualMono,
                                       std::size_t threadCount, SpeechInputMaker* speechInput) {
   const auto length = static_cast<std::size_t>(stream.frameLength());
   const auto capacity =
@@ -90,7 +90,7 @@ ProgrammeMeasurement measureProgramme(AudioStream& stream, bool computeStereoWid
   auto slice = stream.makeBuffer(capacity);
   auto next = capacity < length ? stream.makeBuffer(capacity) : nullptr;
 
-  Meters meters(ProgrammeView::of(*slice), computeStereoWidth);
+  Meters meters(ProgrammeView::of(*slice, dualMono), computeStereoWidth);
   auto all = meters.all();
   if (speechInput != nullptr)
     all.emplace_back([&](const Channels& channels, std::size_t count) {

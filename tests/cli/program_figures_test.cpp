@@ -57,21 +57,6 @@ TEST_F(ProgramFigures, ReadsHeaderlessAudioAsDeclared) {
   EXPECT_EQ(run({"analyze", "odd.raw", "--raw", "s16le,48000,2"}).exitCode, 1);
 }
 
-TEST_F(ProgramFigures, MeasuresMonoAsOneChannelUnlessAskedOtherwise) {
-  folder().write("mono.wav", waveFile(sineSamples(48'000, 0.5, 1), 1));
-  const Json plain = analyzed({"mono.wav"});
-  const Json raised = analyzed({"mono.wav", "--dual-mono"});
-  EXPECT_NEAR(plain["integratedLUFS"], -9.03, 0.05);
-  EXPECT_NEAR(raised["integratedLUFS"].get<double>() - plain["integratedLUFS"].get<double>(), 3.01,
-              0.001);
-  EXPECT_EQ(plain["dualMono"], false);
-  EXPECT_EQ(raised["dualMono"], true);
-  EXPECT_EQ(raised["truePeakDB"], plain["truePeakDB"]);
-  EXPECT_THAT(run({"analyze", "mono.wav"}).output, HasSubstr("measured as one channel"));
-  EXPECT_THAT(run({"analyze", "mono.wav", "--dual-mono"}).output, HasSubstr("3.01 LU are added"));
-  EXPECT_EQ(analyzed({"good.wav", "--dual-mono"})["dualMono"], false);
-}
-
 TEST_F(ProgramFigures, FindsClippingRuns) {
   std::string fullScale;
   for (int i = 0; i < 20; ++i) fullScale += "\xFF\x7F";
