@@ -10,8 +10,8 @@
 #include "cli/commands/measured_file.h"
 #include "cli/commands/report_parts.h"
 #include "cli/commands/speech_model.h"
-#include "cli/options/raw_format_option.h"
 #include "cli/options/sample_rate_limits.h"
+#include "cli/options/source_options.h"
 #include "cli/options/target_options.h"
 #include "cli/options/vad_tuning_options.h"
 #include "cli/output/analysis_json.h"
@@ -32,8 +32,7 @@ constexpr int kMostJobs = 1024;
 
 struct AnalyzeOptions {
   FileList::Request files{};
-  std::optional<RawPCMFormat> rawFormat{};
-  std::optional<int> streamIndex{};
+  SourceOptions source{};
   bool json = false;
   bool curves = false;
   bool speech = false;
@@ -61,7 +60,7 @@ MeasuredFile measure(const InputName& file, const AnalyzeOptions& options, const
                      std::size_t threads, ProgressObserver& observer) {
   MeasuredFile measured;
   measured.name = file;
-  if (!options.rawFormat) {
+  if (!options.source.rawFormat) {
     if (const auto description = describeAudioFile(file.path)) {
       requireUsableRate(file, description->dataFormat.sampleRate);
       measured.identity = AudioFileIdentity::fromDescription(*description, file.path);
@@ -71,10 +70,10 @@ MeasuredFile measure(const InputName& file, const AnalyzeOptions& options, const
   const OfflineAnalysisPipeline::Options what{.enableSileroVAD = options.speech,
                                               .computeStereoWidth = !options.noStereo,
                                               .vadTuning = options.tuning,
-                                              .rawFormat = options.rawFormat};
+                                              .rawFormat = options.source.rawFormat};
   OfflineAnalysisPipeline::Execution how{.threadCount = threads,
                                          .observer = &observer,
-                                         .streamIndex = options.streamIndex,
+                                         .streamIndex = options.source.streamIndex,
                                          .dualMono = options.dualMono,
                                          .keepsBuffer = options.parts.needAudio()};
   if (options.dialogue) how.dialogueRegions = DialogueSidecarFile::load(file).regions;
@@ -173,7 +172,7 @@ ExitCode runAnalyze(const AnalyzeOptions& options, Console& console) {
   // No sidecar lies beside standard input.
   const auto files = options.dialogue ? DialogueSidecarFile::resolve(options.files)
                                       : FileList::resolve(options.files, standardInput);
-  options.parts.requireSense(files, options.rawFormat.has_value());
+  options.parts.requireSense(files, options.source.rawFormat.has_value());
   ReportOutputs outputs(options.outputs, files, otherFilesRead(options, files));
   if (outputs.takeStandardOutput() && options.json)
     throw UsageError("--json and a report cannot both go to standard output");
@@ -208,19 +207,6 @@ ExitCode runAnalyze(const AnalyzeOptions& options, Console& console) {
 }
 
 void addMeasuringOptions(CLI::App& command, AnalyzeOptions& options) {
-  command
-      .add_option_function<std::string>(
-          "--raw",
-          [&options](const std::string& text) { options.rawFormat = RawFormatOption::parse(text); },
-          RawFormatOption::description())
-      ->option_text("FORMAT")
-      ->group("Input");
-  command
-      .add_option("--stream", options.streamIndex,
-                  "Measure audio stream N of files with several, counted from 0")
-      ->option_text("N")
-      ->group("Input")
-      ->check(CLI::NonNegativeNumber);
   command.add_flag("--no-stereo", options.noStereo, "Leave the stereo correlation out")
       ->group("Measuring");
   command.add_flag("--dual-mono", options.dualMono, "Measure mono files as two equal loudspeakers")
@@ -262,6 +248,7 @@ void addAnalyzeCommand(CLI::App& program, ChosenCommand& chosen) {
   CLI::App* command = program.add_subcommand(
       "analyze", "Measure loudness, true peak, dynamics and channel statistics");
   addFileArguments(*command, options->files);
+  addSourceOptions(*command, options->source);
   addMeasuringOptions(*command, *options);
   addSpeechOptions(*command, *options);
   addReportPartOptions(*command, options->parts);

@@ -6,6 +6,7 @@
 #include "cli/commands/job_runner.h"
 #include "cli/commands/speech_model.h"
 #include "cli/options/sample_rate_limits.h"
+#include "cli/options/source_options.h"
 #include "cli/options/vad_tuning_options.h"
 #include "cli/output/dialogue_timeline.h"
 #include "cli/output/number_text.h"
@@ -22,7 +23,7 @@ namespace {
 
 struct DetectOptions {
   FileList::Request files{};
-  DialogueAudioOptions audio{};
+  SourceOptions source{};
   SileroVADTuning tuning = SileroVADTuning::defaults();
   bool force = false;
   bool json = false;
@@ -43,8 +44,8 @@ struct Detected {
 Detected detect(const InputName& file, const DetectOptions& options, ProgressObserver& observer) {
   const std::size_t threads = JobRunner::threadsPerJob(1);
   const auto stream = AudioStream::open(
-      file.path, options.audio.rawFormat,
-      {.threadCount = threads, .observer = &observer, .streamIndex = options.audio.streamIndex});
+      file.path, options.source.rawFormat,
+      {.threadCount = threads, .observer = &observer, .streamIndex = options.source.streamIndex});
   const double sampleRate = stream->format().sampleRate;
   if (!SampleRateLimits::contains(sampleRate))
     throw PlatformError(file.path, "a sample rate of " + NumberText::shortest(sampleRate) +
@@ -93,7 +94,7 @@ void addDialogueDetectCommand(CLI::App& dialogue, ChosenCommand& chosen) {
   CLI::App* command =
       dialogue.add_subcommand("detect", "Find speech and keep its regions beside the files");
   addFileArguments(*command, options->files);
-  addDialogueAudioOptions(*command, options->audio);
+  addSourceOptions(*command, options->source);
   addVADTuningOptions(*command, options->tuning);
   command->add_flag("--force", options->force, "Replace regions that were changed or imported, too")
       ->group("Output");

@@ -46,9 +46,12 @@ TEST_F(ProgramFigures, ReadsHeaderlessAudioAsDeclared) {
   folder().write("plain.raw", samples);
   folder().write("odd.raw", "seven b" + samples + "xx");
   const Json expected = analyzed({"good.wav"});
-  for (const auto& [name, format] : {std::pair{"plain.raw", "s16le,48000,2"},
-                                     std::pair{"odd.raw", "s16le,48000,2,skip=7,tolerate=2"}}) {
-    const Json figures = analyzed({name, "--raw", format});
+  using Words = std::vector<std::string>;
+  for (const auto& words : {Words{"plain.raw", "--raw", "s16le,48000,2"},
+                            Words{"odd.raw", "--raw", "s16le,48000,2,skip=7,tolerate=2"},
+                            Words{"odd.raw", "--raw", "s16le", "--rate", "48000", "--channels", "2",
+                                  "--skip", "7", "--tolerate", "2"}}) {
+    const Json figures = analyzed(words);
     EXPECT_EQ(figures["integratedLUFS"], expected["integratedLUFS"]);
     EXPECT_EQ(figures["channelRMSDB"], expected["channelRMSDB"]);
     EXPECT_EQ(figures["fileFormat"], "RAW s16le");
