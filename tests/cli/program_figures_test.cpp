@@ -60,6 +60,16 @@ TEST_F(ProgramFigures, ReadsHeaderlessAudioAsDeclared) {
   EXPECT_EQ(run({"analyze", "odd.raw", "--raw", "s16le,48000,2"}).exitCode, 1);
 }
 
+TEST_F(ProgramFigures, IgnoresTheTopByteOf24BitsIn32) {
+  std::string words;
+  for (int i = 0; i < 4800; ++i)
+    words += i % 2 == 0 ? std::string("\0\0\0\xFF", 4) : std::string("\0\0\x40\xAB", 4);
+  folder().write("words.raw", words);
+  const Json figures = analyzed({"words.raw", "--raw", "s24_32le,48000,1"});
+  EXPECT_NEAR(figures["samplePeakDB"], -6.02, 0.01);       // 0x400000 of 0x800000
+  EXPECT_NEAR(figures["channelDCOffset"][0], 0.25, 1e-6);  // the other half of the samples is 0.0
+}
+
 TEST_F(ProgramFigures, FindsClippingRuns) {
   std::string fullScale;
   for (int i = 0; i < 20; ++i) fullScale += "\xFF\x7F";
