@@ -10,8 +10,7 @@
 #include "cli/commands/measured_file.h"
 #include "cli/commands/report_parts.h"
 #include "cli/commands/speech_model.h"
-#include "cli/options/raw_format_option.h"
-#include "cli/options/sample_rate_limits.h"
+#include "cli/options/source_options.h"
 #include "cli/options/target_options.h"
 #include "cli/options/vad_tuning_options.h"
 #include "cli/output/analysis_json.h"
@@ -19,8 +18,10 @@
 #include "cli/output/number_text.h"
 #include "cli/output/report_outputs.h"
 #include "cli/output/report_table.h"
+#include "cli/output/source_date.h"
 #include "cli/terminal/progress_bar.h"
 #include "cli/usage_error.h"
+#include "orvane/audio/audio_source.h"
 #include "orvane/platform/error.h"
 #include "orvane/speech/dialogue/dialogue_sidecar_io.h"
 
@@ -31,8 +32,7 @@ constexpr int kMostJobs = 1024;
 
 struct AnalyzeOptions {
   FileList::Request files{};
-  std::optional<RawPCMFormat> rawFormat{};
-  std::optional<int> streamIndex{};
+  SourceOptions source{};
   bool json = false;
   bool curves = false;
   bool speech = false;
@@ -50,46 +50,34 @@ struct AnalyzeOptions {
   bool needsReport() const { return parts.isAny() || targets.areRequested() || outputs.isAny(); }
 };
 
-void requireUsableRate(const InputName& file, double sampleRate) {
-  if (SampleRateLimits::contains(sampleRate)) return;
-  throw PlatformError(file.path, "a sample rate of " + NumberText::shortest(sampleRate) +
-                                     " Hz is outside " + SampleRateLimits::description());
-}
-
 MeasuredFile measure(const InputName& file, const AnalyzeOptions& options, const ReportParts& parts,
                      std::size_t threads, ProgressObserver& observer) {
-  MeasuredFile measured;
-  measured.name = file;
-  if (!options.rawFormat) {
-    if (const auto description = describeAudioFile(file.path)) {
-      requireUsableRate(file, description->dataFormat.sampleRate);
-      measured.identity = AudioFileIdentity::fromDescription(*description, file.path);
-      measured.sourceBitDepth = description->sourceBitDepth;
-    }
-  }
+  const auto source = AudioSource::open(
+      file.path, options.source.rawFormat,
+      {.streamIndex = options.source.streamIndex, .threadCount = threads, .observer = &observer});
+  MeasuredFile measured{
+      .name = file, .identity = source->identity(), .sourceBitDepth = source->sourceBitDepth()};
   const OfflineAnalysisPipeline::Options what{.enableSileroVAD = options.speech,
                                               .computeStereoWidth = !options.noStereo,
                                               .vadTuning = options.tuning,
-                                              .rawFormat = options.rawFormat};
+                                              .rawFormat = options.source.rawFormat};
   OfflineAnalysisPipeline::Execution how{.threadCount = threads,
                                          .observer = &observer,
-                                         .streamIndex = options.streamIndex,
-                                         .keepsBuffer = options.parts.needsAudio()};
+                                         .dualMono = options.dualMono,
+                                         .keepsBuffer = options.parts.needAudio()};
   if (options.dialogue) how.dialogueRegions = DialogueSidecarFile::load(file).regions;
-  measured.result = OfflineAnalysisPipeline::analyzeFile(file.path, what, how, &measured.detail);
-  requireUsableRate(file, measured.result.sampleRate);
-  if (options.dualMono) measured.raiseForDualMono();
+  measured.result = OfflineAnalysisPipeline::analyze(*source, what, how, &measured.detail);
+  if (options.parts.chaptersAreInFile) measured.chapterMarks = source->chapters();
   measured.isJudged = options.targets.areRequested();
   if (options.needsReport())
-    parts.makeReport(measured, options.targets.selection(),
-                     {.threadCount = threads, .observer = &observer});
+    makeReport(measured, options.parts, parts, {.threadCount = threads, .observer = &observer});
   return measured;
 }
 
 /// What is read beside the files that are measured.
 std::vector<std::filesystem::path> otherFilesRead(const AnalyzeOptions& options,
                                                   const std::vector<InputName>& files) {
-  auto paths = ReportParts::filesRead(options.parts);
+  auto paths = options.parts.filesRead();
   if (options.dialogue)
     for (const InputName& file : files) paths.push_back(DialogueSidecarIO::sidecarURL(file.path));
   if (!options.files.listFile.empty()) paths.emplace_back(options.files.listFile);
@@ -173,11 +161,13 @@ ExitCode runAnalyze(const AnalyzeOptions& options, Console& console) {
   // No sidecar lies beside standard input.
   const auto files = options.dialogue ? DialogueSidecarFile::resolve(options.files)
                                       : FileList::resolve(options.files, standardInput);
-  options.parts.requireSense(files, options.rawFormat.has_value());
+  options.parts.requireSense(files, options.source.rawFormat.has_value());
   ReportOutputs outputs(options.outputs, files, otherFilesRead(options, files));
   if (outputs.takeStandardOutput() && options.json)
     throw UsageError("--json and a report cannot both go to standard output");
-  const ReportParts parts(options.parts);
+  const auto date = sourceDate();
+  ReportParts parts = options.parts.read();
+  parts.targets = options.targets.selection();
   const auto jobs = std::min(static_cast<std::size_t>(options.jobs), files.size());
   const std::size_t threads = JobRunner::threadsPerJob(jobs);
   const Layout layout = layoutOf(options, outputs);
@@ -193,6 +183,7 @@ ExitCode runAnalyze(const AnalyzeOptions& options, Console& console) {
         } done{progress};
         auto measured = measure(file, options, parts, threads, *observer);
         std::string report;
+        if (measured.report && date) measured.report->generatedAt = *date;
         if (outputs.isAny())
           report = outputs.write(static_cast<std::size_t>(&file - files.data()), *measured.report,
                                  measured.notes);
@@ -205,24 +196,9 @@ ExitCode runAnalyze(const AnalyzeOptions& options, Console& console) {
 }
 
 void addMeasuringOptions(CLI::App& command, AnalyzeOptions& options) {
-  command
-      .add_option_function<std::string>(
-          "--raw",
-          [&options](const std::string& text) { options.rawFormat = RawFormatOption::parse(text); },
-          RawFormatOption::description())
-      ->option_text("FORMAT")
-      ->group("Input");
-  command
-      .add_option("--stream", options.streamIndex,
-                  "Measure audio stream N of files with several, counted from 0")
-      ->option_text("N")
-      ->group("Input")
-      ->check(CLI::NonNegativeNumber);
   command.add_flag("--no-stereo", options.noStereo, "Leave the stereo correlation out")
       ->group("Measuring");
-  command
-      .add_flag("--dual-mono", options.dualMono,
-                "Take mono files for two equal loudspeakers: 3.01 LU louder")
+  command.add_flag("--dual-mono", options.dualMono, "Measure mono files as two equal loudspeakers")
       ->group("Measuring");
 }
 
@@ -261,6 +237,7 @@ void addAnalyzeCommand(CLI::App& program, ChosenCommand& chosen) {
   CLI::App* command = program.add_subcommand(
       "analyze", "Measure loudness, true peak, dynamics and channel statistics");
   addFileArguments(*command, options->files);
+  addSourceOptions(*command, options->source);
   addMeasuringOptions(*command, *options);
   addSpeechOptions(*command, *options);
   addReportPartOptions(*command, options->parts);

@@ -6,7 +6,6 @@
 #include "cli/commands/dialogue_commands.h"
 #include "cli/commands/dialogue_sidecar_file.h"
 #include "cli/commands/file_work.h"
-#include "cli/options/raw_format_option.h"
 #include "cli/output/dialogue_timeline.h"
 #include "cli/output/number_text.h"
 #include "cli/terminal/terminal_text.h"
@@ -74,22 +73,6 @@ ExitCode runClear(const FileList::Request& request, Console& console) {
 }
 
 }  // namespace
-
-void addDialogueAudioOptions(CLI::App& command, DialogueAudioOptions& options) {
-  command
-      .add_option_function<std::string>(
-          "--raw",
-          [&options](const std::string& text) { options.rawFormat = RawFormatOption::parse(text); },
-          RawFormatOption::description())
-      ->option_text("FORMAT")
-      ->group("Input");
-  command
-      .add_option("--stream", options.streamIndex,
-                  "Take audio stream N of files with several, counted from 0")
-      ->option_text("N")
-      ->group("Input")
-      ->check(CLI::NonNegativeNumber);
-}
 
 void addDialogueShowCommand(CLI::App& dialogue, ChosenCommand& chosen) {
   auto options = std::make_shared<ShowOptions>();

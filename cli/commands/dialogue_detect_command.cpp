@@ -5,7 +5,7 @@
 #include "cli/commands/file_work.h"
 #include "cli/commands/job_runner.h"
 #include "cli/commands/speech_model.h"
-#include "cli/options/sample_rate_limits.h"
+#include "cli/options/source_options.h"
 #include "cli/options/vad_tuning_options.h"
 #include "cli/output/dialogue_timeline.h"
 #include "cli/output/number_text.h"
@@ -22,7 +22,7 @@ namespace {
 
 struct DetectOptions {
   FileList::Request files{};
-  DialogueAudioOptions audio{};
+  SourceOptions source{};
   SileroVADTuning tuning = SileroVADTuning::defaults();
   bool force = false;
   bool json = false;
@@ -42,14 +42,11 @@ struct Detected {
 
 Detected detect(const InputName& file, const DetectOptions& options, ProgressObserver& observer) {
   const std::size_t threads = JobRunner::threadsPerJob(1);
-  const auto stream = AudioSource::open(
-      file.path, options.audio.rawFormat,
-      {.streamIndex = options.audio.streamIndex, .threadCount = threads, .observer = &observer});
-  const double sampleRate = stream->format().sampleRate;
-  if (!SampleRateLimits::contains(sampleRate))
-    throw PlatformError(file.path, "a sample rate of " + NumberText::shortest(sampleRate) +
-                                       " Hz is outside " + SampleRateLimits::description());
-  const auto input = speechInputOf(*stream);
+  const auto source = AudioSource::open(
+      file.path, options.source.rawFormat,
+      {.streamIndex = options.source.streamIndex, .threadCount = threads, .observer = &observer});
+  const double sampleRate = source->format().sampleRate;
+  const auto input = speechInputOf(*source);
   if (!input) throw PlatformError(file.path, "the audio is too short for speech detection");
   const auto history = SileroVADAnalyser::shared().classify(
       *input, options.tuning, {.threadCount = threads, .observer = &observer});
@@ -93,7 +90,7 @@ void addDialogueDetectCommand(CLI::App& dialogue, ChosenCommand& chosen) {
   CLI::App* command =
       dialogue.add_subcommand("detect", "Find speech and keep its regions beside the files");
   addFileArguments(*command, options->files);
-  addDialogueAudioOptions(*command, options->audio);
+  addSourceOptions(*command, options->source);
   addVADTuningOptions(*command, options->tuning);
   command->add_flag("--force", options->force, "Replace regions that were changed or imported, too")
       ->group("Output");

@@ -3,6 +3,7 @@
 
 #include "cli/commands/dialogue_commands.h"
 #include "cli/commands/dialogue_sidecar_file.h"
+#include "cli/options/source_options.h"
 #include "cli/options/text_input.h"
 #include "cli/output/dialogue_timeline.h"
 #include "cli/terminal/terminal_text.h"
@@ -24,7 +25,7 @@ struct ImportOptions {
   std::string list{};
   std::string file{};
   std::string format{};
-  DialogueAudioOptions audio{};
+  SourceOptions source{};
   bool force = false;
   bool quiet = false;
 };
@@ -55,7 +56,7 @@ ExitCode runImport(const ImportOptions& options, Console& console) {
   const auto file = audioNamed(options.file);
   auto regions = regionsIn(options);
   const auto audio =
-      DialogueSidecarFile::describe(file, options.audio.rawFormat, options.audio.streamIndex);
+      DialogueSidecarFile::describe(file, options.source.rawFormat, options.source.streamIndex);
   if (options.list != kStandardStream)
     EditOutputGuard::assertNotInPlace(options.list, DialogueSidecarIO::sidecarURL(file.path));
   DialogueSidecarFile::requireReplaceable(file, options.force);
@@ -110,7 +111,7 @@ void addDialogueImportCommand(CLI::App& dialogue, ChosenCommand& chosen) {
   command->add_option("FILE", options->file, "The audio that they belong to")->required();
   addFormat(*command, options->format, "What LIST is, when its content does not tell it right")
       ->group("Input");
-  addDialogueAudioOptions(*command, options->audio);
+  addSourceOptions(*command, options->source);
   command->add_flag("--force", options->force, "Replace regions that were changed or imported, too")
       ->group("Output");
   command->add_flag("-q,--quiet", options->quiet, "No summary")->group("Output");

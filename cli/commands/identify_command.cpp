@@ -11,7 +11,6 @@
 #include "orvane/audio/audio_file_identity.h"
 #include "orvane/container/audio_container.h"
 #include "orvane/container/audio_file.h"
-#include "orvane/core/channel_order.h"
 #include "orvane/platform/error.h"
 #include "orvane/platform/input_file.h"
 
@@ -38,11 +37,7 @@ Identified identify(const InputName& file) {
 }
 
 std::vector<std::string> channelNames(const AudioFileDescription& description) {
-  if (description.layout && description.dataFormat.channelsPerFrame > 1) {
-    auto names = core::ChannelOrder::displayShortNames(*description.layout);
-    if (names.size() == description.dataFormat.channelsPerFrame) return names;
-  }
-  return plainChannelNames(description.dataFormat.channelsPerFrame);
+  return shownChannelNames(description.layout, description.dataFormat.channelsPerFrame);
 }
 
 Json identityJson(const InputName& file, const Identified& found) {

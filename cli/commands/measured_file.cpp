@@ -1,7 +1,9 @@
 #include "cli/commands/measured_file.h"
 
+#include <utility>
+
 #include "cli/output/number_text.h"
-#include "orvane/core/channel_order.h"
+#include "orvane/analysis/programme_summary.h"
 
 namespace orvane::cli {
 namespace {
@@ -19,11 +21,11 @@ std::string encodingText(const AudioFileIdentity& identity, int sourceBitDepth) 
   return text;
 }
 
-std::vector<std::string> plainChannelNames(std::size_t count) {
-  if (count == 1) return {"Mono"};
-  if (count == 2) return {"L", "R"};
+std::vector<std::string> shownChannelNames(const std::optional<ChannelLayout>& layout,
+                                           std::size_t channelCount) {
+  if (auto names = channelNames(layout, channelCount)) return *std::move(names);
   std::vector<std::string> names;
-  for (std::size_t i = 1; i <= count; ++i) names.push_back("Ch " + std::to_string(i));
+  for (std::size_t i = 1; i <= channelCount; ++i) names.push_back("Ch " + std::to_string(i));
   return names;
 }
 
@@ -33,12 +35,7 @@ std::string MeasuredFile::encodingText() const {
 
 std::vector<std::string> MeasuredFile::channelNames() const {
   if (!channelLabels.empty()) return channelLabels;
-  const auto count = static_cast<std::size_t>(result.channelCount);
-  if (detail.layout && count > 1) {
-    auto names = core::ChannelOrder::displayShortNames(*detail.layout);
-    if (names.size() == count) return names;
-  }
-  return plainChannelNames(count);
+  return shownChannelNames(detail.layout, static_cast<std::size_t>(result.channelCount));
 }
 
 std::vector<std::string> MeasuredFile::warnings() const {
@@ -60,21 +57,6 @@ std::vector<std::string> MeasuredFile::warnings() const {
   }
   texts.insert(texts.end(), notes.begin(), notes.end());
   return texts;
-}
-
-void MeasuredFile::raiseForDualMono() {
-  if (result.channelCount != 1) return;
-  isDualMono = true;
-  result.integratedLUFS += kDualMonoGainLU;
-  result.maxMomentaryLUFS += kDualMonoGainLU;
-  result.maxShortTermLUFS += kDualMonoGainLU;
-  result.speechGatedLUFS += kDualMonoGainLU;
-  for (double& power : detail.blockPowers) power *= 2;
-  for (auto& point : result.loudnessCurve) {
-    point.momentary += kDualMonoGainLU;
-    point.shortTerm += kDualMonoGainLU;
-    point.integrated += kDualMonoGainLU;
-  }
 }
 
 }  // namespace orvane::cli

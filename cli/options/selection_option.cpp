@@ -5,7 +5,7 @@
 #include "cli/usage_error.h"
 #include "orvane/text/time_text.h"
 
-namespace orvane::cli {
+namespace orvane::cli::SelectionOption {
 namespace {
 
 double timeIn(std::string_view text) {
@@ -16,12 +16,12 @@ double timeIn(std::string_view text) {
 
 }  // namespace
 
-SelectionOption SelectionOption::parse(std::string_view text) {
+ReportParts::Selection parse(std::string_view text) {
   const auto dash = text.find('-');
   if (dash == std::string_view::npos || dash == 0)
     throw UsageError("--selection takes START-END, as in 90-120 or 1:30-2:00, not '" +
                      std::string(text) + "'");
-  SelectionOption selection{.startSeconds = timeIn(text.substr(0, dash))};
+  ReportParts::Selection selection{.startSeconds = timeIn(text.substr(0, dash))};
   const auto end = text.substr(dash + 1);
   if (!end.empty()) selection.endSeconds = timeIn(end);
   if (selection.endSeconds && !(selection.startSeconds < *selection.endSeconds))
@@ -29,4 +29,4 @@ SelectionOption SelectionOption::parse(std::string_view text) {
   return selection;
 }
 
-}  // namespace orvane::cli
+}  // namespace orvane::cli::SelectionOption

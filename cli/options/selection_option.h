@@ -1,19 +1,13 @@
 #pragma once
 
-#include <optional>
 #include <string_view>
 
-namespace orvane::cli {
+#include "orvane/report/report_parts.h"
 
-/// A stretch of a file as the user says it.
-struct SelectionOption {
-  double startSeconds = 0;
-  std::optional<double> endSeconds{};  ///< absent: to the end of the file
+/// The argument of `--selection`.
+namespace orvane::cli::SelectionOption {
 
-  bool operator==(const SelectionOption&) const = default;
+/// From "A-B" or "A-", each time in seconds or as [h:]mm:ss[.fff]. Throws `UsageError`.
+ReportParts::Selection parse(std::string_view text);
 
-  /// From "A-B" or "A-", each time in seconds or as [h:]mm:ss[.fff]. Throws `UsageError`.
-  static SelectionOption parse(std::string_view text);
-};
-
-}  // namespace orvane::cli
+}  // namespace orvane::cli::SelectionOption

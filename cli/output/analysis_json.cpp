@@ -74,7 +74,7 @@ void addFormat(Json& document, const MeasuredFile& file) {
 
 void addFigures(Json& document, const MeasuredFile& file) {
   const auto& result = file.result;
-  document["dualMono"] = file.isDualMono;
+  document["dualMono"] = file.detail.isDualMono;
   document["integratedLUFS"] = number(result.integratedLUFS);
   document["loudnessRange"] = number(result.loudnessRange);
   document["truePeakDB"] = number(result.truePeakDB);

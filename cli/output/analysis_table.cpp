@@ -11,6 +11,7 @@
 #include "cli/output/report_table.h"
 #include "cli/terminal/terminal_text.h"
 #include "cli/terminal/text_table.h"
+#include "orvane/analysis/programme_summary.h"
 
 namespace orvane::cli::AnalysisTable {
 namespace {
@@ -61,24 +62,6 @@ std::string formatLine(const MeasuredFile& file) {
   return "  " + TerminalText::escaped(joined(parts, " · ")) + "\n";
 }
 
-/// Mean and lowest correlation of what can be heard: windows of silence have none.
-std::string correlationText(const Result& result) {
-  constexpr float kAudibleLUFS = -70;
-  const auto& curve = result.stereoWidthCurve;
-  double sum = 0;
-  float lowest = 1;
-  std::size_t count = 0;
-  for (std::size_t i = 0; i < std::min(curve.size(), result.loudnessCurve.size()); ++i) {
-    if (!(result.loudnessCurve[i].momentary > kAudibleLUFS)) continue;
-    sum += static_cast<double>(curve[i].correlation);
-    lowest = std::min(lowest, curve[i].correlation);
-    ++count;
-  }
-  if (count == 0) return "";
-  const double mean = sum / static_cast<double>(count);
-  return NumberText::signedFixed(mean, 2) + ", lowest " + NumberText::signedFixed(lowest, 2);
-}
-
 // Above full scale the waveform clips in every converter.
 Style peakStyle(float truePeakDB) {
   return truePeakDB > 0 ? Style::red : Style::plain;
@@ -110,11 +93,11 @@ std::string figures(const MeasuredFile& file, const Console& console) {
          {level(result.samplePeakDB)}, "dBFS");
   addRow("Max momentary", loudness(result.maxMomentaryLUFS), "LUFS", "Dynamic range",
          {std::to_string(result.dynamicRange)}, "DR");
-  const auto correlation = correlationText(result);
-  const std::size_t comma = correlation.find(',');
+  const auto correlation = audibleCorrelation(result);
   addRow("Max short-term", loudness(result.maxShortTermLUFS), "LUFS",
-         correlation.empty() ? "" : "Correlation", {correlation.substr(0, comma)},
-         correlation.empty() ? "" : correlation.substr(comma + 2));
+         correlation ? "Correlation" : "",
+         {correlation ? NumberText::signedFixed(correlation->mean, 2) : ""},
+         correlation ? "lowest " + NumberText::signedFixed(correlation->lowest, 2) : "");
   if (result.speechHistory)
     addRow("Speech loudness", loudness(result.speechGatedLUFS), "LUFS", "Speech share",
            {NumberText::fixed(result.speechPercentage, kLoudnessDecimals)}, "%");
@@ -123,9 +106,9 @@ std::string figures(const MeasuredFile& file, const Console& console) {
 
 std::string monoNote(const MeasuredFile& file, const Console& console) {
   if (file.result.channelCount != 1) return "";
-  const std::string_view text = file.isDualMono
-                                    ? "Mono, taken for two equal loudspeakers: 3.01 LU are added."
-                                    : "Mono, measured as one channel; --dual-mono adds 3.01 LU.";
+  const std::string_view text =
+      file.detail.isDualMono ? "Mono, measured as two equal loudspeakers."
+                             : "Mono, measured as one channel; --dual-mono takes it for two.";
   return "  " + console.styled(Style::dim, text) + "\n";
 }
 

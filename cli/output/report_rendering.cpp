@@ -7,7 +7,6 @@
 #include "orvane/platform/progress.h"
 #include "orvane/report/csv_report_builder.h"
 #include "orvane/report/html/html_report_builder.h"
-#include "orvane/report/pdf/browser/patience.h"
 #include "orvane/report/pdf/pdf_report_renderer.h"
 
 namespace orvane::cli {

@@ -71,9 +71,10 @@ std::vector<core::Chapter> measure(const PCMBuffer& buffer, std::span<const Chap
   chapters.reserve(spans.size());
   for (const ChapterSpan& span : spans) {
     ChapterProgress progress(execution.observer, chapters.size(), spans.size());
-    chapters.push_back(SelectionMeasurement::measureChapter(
-        buffer, span, fileSpeechHistory,
-        {.threadCount = execution.threadCount, .observer = &progress}));
+    chapters.push_back(SelectionMeasurement::measureChapter(buffer, span, fileSpeechHistory,
+                                                            {.threadCount = execution.threadCount,
+                                                             .observer = &progress,
+                                                             .dualMono = execution.dualMono}));
   }
   return chapters;
 }

@@ -40,8 +40,9 @@ MeasuredSource measureLoaded(AudioSource& source, bool computeStereoWidth, bool 
                              const Execution& execution) {
   auto buffer = source.makeBuffer(static_cast<std::uint32_t>(source.frameLength()));
   source.read(*buffer);
-  auto measurement = measureProgramme(ProgrammeView::of(*buffer), computeStereoWidth,
-                                      execution.threadCount, execution.observer);
+  auto measurement =
+      measureProgramme(ProgrammeView::of(*buffer, execution.dualMono), computeStereoWidth,
+                       execution.threadCount, execution.observer);
   auto speechInput = isSpeechWanted
                          ? SileroVADAnalyser::prepareInput(*buffer, execution.threadCount)
                          : std::nullopt;
@@ -54,8 +55,8 @@ MeasuredSource measureInPassing(AudioSource& source, bool computeStereoWidth, bo
   if (isSpeechWanted)
     speechInput.emplace(source.format().sampleRate, source.format().channelCount,
                         source.expectedFrameLength().value_or(0));
-  auto measurement = measureProgramme(source, computeStereoWidth, execution.threadCount,
-                                      speechInput ? &*speechInput : nullptr);
+  auto measurement = measureProgramme(source, computeStereoWidth, execution.dualMono,
+                                      execution.threadCount, speechInput ? &*speechInput : nullptr);
   return {nullptr, std::move(measurement), speechInput ? speechInput->finish() : std::nullopt};
 }
 
@@ -156,6 +157,7 @@ Result analyze(AudioSource& source, const Options& options, const Execution& exe
     detail->blockPowers = measurement.loudness.blockPowers();
     detail->warnings = source.warnings();
     detail->layout = source.format().layout;
+    detail->isDualMono = execution.dualMono && result.channelCount == 1;
     detail->isSpeechDetectionMissing = options.enableSileroVAD && !result.speechHistory;
     detail->nonFiniteSampleCount = measurement.statistics.nonFiniteSampleCount;
     detail->clippingRuns = std::move(measurement.statistics.clippingRuns);

@@ -77,6 +77,7 @@ struct AnalysisDetail {
   std::vector<double> blockPowers{};
   std::vector<AudioFileWarning> warnings{};
   std::optional<ChannelLayout> layout{};  ///< of the audio, channels in canonical order
+  bool isDualMono = false;                ///< one channel, measured as two equal ones
   /// Speech was to be detected, but there is no detector to be had.
   bool isSpeechDetectionMissing = false;
   /// Samples that are not finite; they count as silence in the loudness and true-peak meters.
@@ -99,6 +100,9 @@ struct Execution {
   std::optional<int> streamIndex{};      ///< which audio stream; absent for the default one
   /// Stretches that count as speech; the detector is then not asked.
   std::optional<std::vector<DialogueRegion>> dialogueRegions{};
+  /// A file of one channel stands for two equal loudspeakers: every figure is that of the same
+  /// programme on two channels. Changes nothing for other files.
+  bool dualMono = false;
   /// Whether the result has the audio. Without, it is measured while it is read and only some tens
   /// of MiB of it are in memory at a time; the figures are the same.
   bool keepsBuffer = true;

@@ -91,13 +91,13 @@ ProgrammeMeasurement measureProgramme(const ProgrammeView& programme, bool compu
   return meters.finish(programme.frameCount);
 }
 
-ProgrammeMeasurement measureProgramme(AudioSource& source, bool computeStereoWidth,
+ProgrammeMeasurement measureProgramme(AudioSource& source, bool computeStereoWidth, bool dualMono,
                                       std::size_t threadCount, SpeechInputMaker* speechInput) {
   const std::uint32_t capacity = sliceFramesOf(source);
   auto slice = source.makeBuffer(capacity);
   std::shared_ptr<PCMBuffer> next;  // not made for what fits into one slice
 
-  Meters meters(ProgrammeView::of(*slice), computeStereoWidth);
+  Meters meters(ProgrammeView::of(*slice, dualMono), computeStereoWidth);
   auto all = meters.all();
   if (speechInput != nullptr)
     all.emplace_back([&](const Channels& channels, std::size_t count) {

@@ -25,7 +25,8 @@ ProgrammeMeasurement measureProgramme(const ProgrammeView& programme, bool compu
 
 /// The same, to the bit, for the rest of a source of which only two slices are in memory at a time:
 /// while one is measured the next one is read. `speechInput`, when not null, is fed too.
-ProgrammeMeasurement measureProgramme(AudioSource& source, bool computeStereoWidth,
+/// `dualMono` as in `ProgrammeView::of`.
+ProgrammeMeasurement measureProgramme(AudioSource& source, bool computeStereoWidth, bool dualMono,
                                       std::size_t threadCount, SpeechInputMaker* speechInput);
 
 }  // namespace orvane

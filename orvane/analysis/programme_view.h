@@ -22,17 +22,22 @@ struct ProgrammeView {
     return static_cast<std::uint32_t>(channels.size());
   }
 
-  /// The frames [start, start + count) of a buffer, which must be there.
-  static ProgrammeView of(const PCMBuffer& buffer, std::size_t start, std::size_t count) {
+  /// The frames [start, start + count) of a buffer, which must be there. With `dualMono` a single
+  /// channel stands for two equal loudspeakers: its power counts twice before any gate sees it.
+  static ProgrammeView of(const PCMBuffer& buffer, std::size_t start, std::size_t count,
+                          bool dualMono) {
     ProgrammeView view{.channels = buffer.constChannels(),
                        .frameCount = count,
                        .sampleRate = buffer.sampleRate(),
                        .weights = core::ChannelOrder::bs1770Weights(buffer)};
     for (const float*& channel : view.channels) channel += start;
+    if (dualMono && view.channels.size() == 1) view.weights = {2.0F};
     return view;
   }
 
-  static ProgrammeView of(const PCMBuffer& buffer) { return of(buffer, 0, buffer.frameLength()); }
+  static ProgrammeView of(const PCMBuffer& buffer, bool dualMono) {
+    return of(buffer, 0, buffer.frameLength(), dualMono);
+  }
 };
 
 }  // namespace orvane

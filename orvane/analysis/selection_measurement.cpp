@@ -35,7 +35,8 @@ struct Stretch {
 };
 
 std::optional<Stretch> stretchOf(const PCMBuffer& buffer, std::int64_t startFrame,
-                                 std::int64_t endFrame, const Flags& fileSpeechHistory) {
+                                 std::int64_t endFrame, const Flags& fileSpeechHistory,
+                                 bool dualMono) {
   const auto length = static_cast<std::int64_t>(buffer.frameLength());
   startFrame = std::clamp<std::int64_t>(startFrame, 0, length);
   endFrame = std::clamp<std::int64_t>(endFrame, 0, length);
@@ -44,7 +45,7 @@ std::optional<Stretch> stretchOf(const PCMBuffer& buffer, std::int64_t startFram
   const double rate = buffer.sampleRate();
   return Stretch{
       .view = ProgrammeView::of(buffer, static_cast<std::size_t>(startFrame),
-                                static_cast<std::size_t>(count)),
+                                static_cast<std::size_t>(count), dualMono),
       .startSeconds = static_cast<double>(startFrame) / rate,
       .stepFrames =
           static_cast<std::size_t>(std::max(1.0, std::round(std::min(rate, 1e12) * kStepSeconds))),
@@ -127,7 +128,8 @@ std::optional<SelectionAnalysisResult> measure(const PCMBuffer& buffer, std::int
                                                std::int64_t endFrame,
                                                const Flags& fileSpeechHistory,
                                                const Execution& execution) {
-  const auto stretch = stretchOf(buffer, startFrame, endFrame, fileSpeechHistory);
+  const auto stretch =
+      stretchOf(buffer, startFrame, endFrame, fileSpeechHistory, execution.dualMono);
   if (!stretch) return std::nullopt;
   ProgrammeFigures figures = measureFigures(*stretch, execution);
   MagnitudeSpectra spectra = magnitudeSpectra(stretch->view);
@@ -174,8 +176,8 @@ core::Chapter measureChapter(const PCMBuffer& buffer, const ChapterSpan& span,
     const double frame = std::round(seconds * buffer.sampleRate());
     return static_cast<std::int64_t>(frame > 0 ? std::min(frame, length) : 0.0);
   };
-  const auto stretch =
-      stretchOf(buffer, frameAt(span.startSec), frameAt(span.endSec), fileSpeechHistory);
+  const auto stretch = stretchOf(buffer, frameAt(span.startSec), frameAt(span.endSec),
+                                 fileSpeechHistory, execution.dualMono);
   if (!stretch) return chapter;
   const ProgrammeFigures figures = measureFigures(*stretch, execution);
   chapter.integratedLUFS = finite(figures.integratedLUFS);

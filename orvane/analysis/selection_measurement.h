@@ -19,6 +19,7 @@ namespace orvane::SelectionMeasurement {
 struct Execution {
   std::size_t threadCount = 1;           ///< threads of this call, the caller's included
   ProgressObserver* observer = nullptr;  ///< told of "Measuring"; may cancel; not owned
+  bool dualMono = false;                 ///< a single channel stands for two equal loudspeakers
 };
 
 /// Measures the frames [startFrame, endFrame), clamped to the buffer. `fileSpeechHistory`: one flag

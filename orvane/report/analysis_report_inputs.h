@@ -13,8 +13,8 @@ namespace orvane::OfflineAnalysisPipeline {
 
 /// What a report needs of a measured file. Channels are labelled "Ch1", "Ch2" … when no labels are
 /// given. Everything that the pipeline does not measure (selection, violations, chapters, music)
-/// starts empty, for the caller to fill in. A file name or path that is no UTF-8 has U+FFFD in the
-/// place of the wrong bytes.
+/// starts empty, for `gatherReport` or the caller to fill in. A file name or path that is no UTF-8
+/// has U+FFFD in the place of the wrong bytes.
 ORVANE_API ReportInputs
 toReportInputs(const Result& result, const std::string& appVersion,
                const core::LoudnessTargetSelection& loudnessTargetSelection,

@@ -70,7 +70,8 @@ TEST_F(ProgramDialogue, ImportsFromStandardInputAndByNamedFormat) {
 TEST_F(ProgramDialogue, ImportsForHeaderlessAudio) {
   folder().write("voice.pcm", std::string(48'000, '\0'));
   folder().write("labels.txt", kLabels);
-  const auto end = dialogue({"import", "labels.txt", "voice.pcm", "--raw", "s16le,8000,1"});
+  const auto end = dialogue(
+      {"import", "labels.txt", "voice.pcm", "--raw", "s16le", "--rate", "8000", "--channels", "1"});
   EXPECT_EQ(end.exitCode, 0) << end.errors;
   const auto saved = DialogueSidecarIO::loadForAudio(folder() / "voice.pcm");
   EXPECT_EQ(saved->audioFile, (DialogueSidecar::AudioFileInfo{"voice.pcm", 3, 8000}));

@@ -88,7 +88,7 @@ TEST_F(ProgramErrors, RefusesRatesThatNoRecorderHas) {
   folder().write("slow.wav", waveFile(sineSamples(480, 0.5), 2, 50));
   const ProgramEnd end = run({"analyze", "slow.wav"});
   EXPECT_EQ(end.exitCode, 1);
-  EXPECT_EQ(end.errors, "orvane: slow.wav: a sample rate of 50 Hz is outside 100 Hz to 10 MHz\n");
+  EXPECT_EQ(end.errors, "orvane: slow.wav: The sample rate of 50 Hz lies outside 100 Hz to 10 MHz\n");
 }
 
 TEST_F(ProgramErrors, EscapesHostileNamesInMessages) {
@@ -110,8 +110,18 @@ TEST_F(ProgramErrors, AnswersWrongUsageInOneLine) {
   expectUsageError({"analyze", "good.wav", "--jobs", "x"}, "");
   expectUsageError({"analyze", "good.wav", "--jobs"}, "--jobs: ");
   expectUsageError({"analyze", "good.wav", "--stream", "-1"}, "");
-  expectUsageError({"analyze", "good.wav", "--raw", "s16le,48000"},
-                   "--raw: ENCODING,RATE,CHANNELS");
+  for (const std::vector<std::string>& command :
+       {std::vector<std::string>{"analyze"}, {"dialogue", "detect"}, {"dialogue", "import", "x"}}) {
+    const auto expectWrongSource = [&](std::vector<std::string> options, const char* text) {
+      options.insert(options.begin(), command.begin(), command.end());
+      options.insert(options.begin() + static_cast<std::ptrdiff_t>(command.size()), "good.wav");
+      expectUsageError(options, text);
+    };
+    expectWrongSource({"--raw", "s16le,48000"}, "--raw: channels is missing");
+    expectWrongSource({"--raw", "s16le,48000,2", "--channels", "2"},
+                      "--raw: channels is stated twice");
+    expectWrongSource({"--rate", "48000"}, "--raw is missing");
+  }
   expectUsageError({"analyze", "-", "-"}, "standard input can be read only once");
   expectUsageError({"analyze", "-", "--files-from", "-"}, "standard input can be read only once");
   expectUsageError({"analyze", "--bo\ngus\x1B"},

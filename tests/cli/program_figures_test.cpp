@@ -46,9 +46,12 @@ TEST_F(ProgramFigures, ReadsHeaderlessAudioAsDeclared) {
   folder().write("plain.raw", samples);
   folder().write("odd.raw", "seven b" + samples + "xx");
   const Json expected = analyzed({"good.wav"});
-  for (const auto& [name, format] : {std::pair{"plain.raw", "s16le,48000,2"},
-                                     std::pair{"odd.raw", "s16le,48000,2,skip=7,tolerate=2"}}) {
-    const Json figures = analyzed({name, "--raw", format});
+  using Words = std::vector<std::string>;
+  for (const auto& words : {Words{"plain.raw", "--raw", "s16le,48000,2"},
+                            Words{"odd.raw", "--raw", "s16le,48000,2,skip=7,tolerate=2"},
+                            Words{"odd.raw", "--raw", "s16le", "--rate", "48000", "--channels", "2",
+                                  "--skip", "7", "--tolerate", "2"}}) {
+    const Json figures = analyzed(words);
     EXPECT_EQ(figures["integratedLUFS"], expected["integratedLUFS"]);
     EXPECT_EQ(figures["channelRMSDB"], expected["channelRMSDB"]);
     EXPECT_EQ(figures["fileFormat"], "RAW s16le");
@@ -57,19 +60,14 @@ TEST_F(ProgramFigures, ReadsHeaderlessAudioAsDeclared) {
   EXPECT_EQ(run({"analyze", "odd.raw", "--raw", "s16le,48000,2"}).exitCode, 1);
 }
 
-TEST_F(ProgramFigures, MeasuresMonoAsOneChannelUnlessAskedOtherwise) {
-  folder().write("mono.wav", waveFile(sineSamples(48'000, 0.5, 1), 1));
-  const Json plain = analyzed({"mono.wav"});
-  const Json raised = analyzed({"mono.wav", "--dual-mono"});
-  EXPECT_NEAR(plain["integratedLUFS"], -9.03, 0.05);
-  EXPECT_NEAR(raised["integratedLUFS"].get<double>() - plain["integratedLUFS"].get<double>(), 3.01,
-              0.001);
-  EXPECT_EQ(plain["dualMono"], false);
-  EXPECT_EQ(raised["dualMono"], true);
-  EXPECT_EQ(raised["truePeakDB"], plain["truePeakDB"]);
-  EXPECT_THAT(run({"analyze", "mono.wav"}).output, HasSubstr("measured as one channel"));
-  EXPECT_THAT(run({"analyze", "mono.wav", "--dual-mono"}).output, HasSubstr("3.01 LU are added"));
-  EXPECT_EQ(analyzed({"good.wav", "--dual-mono"})["dualMono"], false);
+TEST_F(ProgramFigures, IgnoresTheTopByteOf24BitsIn32) {
+  std::string words;
+  for (int i = 0; i < 4800; ++i)
+    words += i % 2 == 0 ? std::string("\0\0\0\xFF", 4) : std::string("\0\0\x40\xAB", 4);
+  folder().write("words.raw", words);
+  const Json figures = analyzed({"words.raw", "--raw", "s24_32le,48000,1"});
+  EXPECT_NEAR(figures["samplePeakDB"], -6.02, 0.01);       // 0x400000 of 0x800000
+  EXPECT_NEAR(figures["channelDCOffset"][0], 0.25, 1e-6);  // the other half of the samples is 0.0
 }
 
 TEST_F(ProgramFigures, FindsClippingRuns) {

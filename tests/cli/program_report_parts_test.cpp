@@ -79,19 +79,6 @@ TEST_F(ProgramReportParts, ASelectionBeyondTheEndIsCutOrRefused) {
   EXPECT_EQ(analyze({"--selection", "5-4"}).exitCode, 2);
 }
 
-TEST_F(ProgramReportParts, ASelectionOfAMonoFileCountsForTwoLoudspeakersToo) {
-  folder().write("mono.wav", waveFile(sineSamples(96'000, 0.1, 1), 1));
-  const auto loudness = [&](std::vector<std::string> arguments) {
-    arguments.insert(arguments.begin(), {"analyze", "mono.wav", "--json", "--selection", "0-1"});
-    return jsonLines(run(arguments).output)
-        .at(0)
-        .at("selection")
-        .at("integratedLUFS")
-        .get<double>();
-  };
-  EXPECT_NEAR(loudness({"--dual-mono"}) - loudness({}), 3.0103, 1e-4);
-}
-
 TEST_F(ProgramReportParts, ViolationsAreTheLoudStretches) {
   const auto violations =
       document({"--max-momentary", "-17", "--max-short-term", "-10"}).at("violations");

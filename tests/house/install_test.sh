@@ -28,6 +28,10 @@ read -ra flags <<<"$(pkg-config --cflags --libs orvane-headless)"
 "$compiler" -std=c++20 "$consumer/main.cpp" -o "$work/by-pkg-config" "${flags[@]}"
 LD_LIBRARY_PATH="$work/prefix/$libdir" "$work/by-pkg-config"
 
+# Every installed header does with the other installed ones.
+(cd "$prefix/include" && find orvane -name '*.h' -printf '#include "%p"\n') >"$work/every_header.cpp"
+"$compiler" -std=c++20 -fsyntax-only "-I$prefix/include" "$work/every_header.cpp"
+
 # The program runs from where it was moved to, with the libraries beside it.
 "$prefix/bin/orvane" --version | grep FFmpeg
 sox -n "$work/tone.flac" synth 0.1 sine 440

@@ -6,12 +6,12 @@
 #include <vector>
 
 #include "orvane/platform/export.h"
+#include "orvane/report/pdf/browser/patience.h"
 
 namespace orvane {
 
 class BrowserPage;
 class HeadlessBrowser;
-struct Patience;
 
 /// A browser that serves many renderings, so that only the first of them pays for its start. Any
 /// number of threads may render with it at once, each on a page of its own. The browser starts

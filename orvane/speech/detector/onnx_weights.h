@@ -4,21 +4,12 @@
 #include <cstddef>
 #include <filesystem>
 #include <span>
-#include <string>
 #include <vector>
 
-#include "orvane/platform/error.h"
 #include "orvane/platform/export.h"
+#include "orvane/speech/detector/speech_model_error.h"
 
 namespace orvane {
-
-/// A model file that is damaged or does not hold the supported network:
-/// "<file name>: <reason>".
-class ORVANE_API SpeechModelError : public Error {
- public:
-  SpeechModelError(const std::filesystem::path& file, const std::string& reason);
-  ~SpeechModelError() override;
-};
 
 /// The tensors of the Silero voice-activity network for 16 kHz, versions 5 and 6. Shapes are
 /// row-major, as stored; LSTM rows come in the order input, forget, candidate, output gate.
@@ -70,17 +61,18 @@ struct SileroTensorShape {
 };
 
 /// In the order of `SileroTensor`.
-ORVANE_API const std::array<SileroTensorShape, kSileroTensorCount>& sileroTensorShapes() noexcept;
+ORVANE_TESTING_API const std::array<SileroTensorShape, kSileroTensorCount>&
+sileroTensorShapes() noexcept;
 
 /// Finds the weights in the bytes of an ONNX file, in any of the published layouts: constants
 /// inside the 16 kHz branch ("then_branch"), constants of the main graph whose names carry that
 /// branch's prefix, or initializers named "model.…". Other operators are not looked at. `file` only
 /// names the source in errors. Takes no memory beyond what the tensors found take.
 /// Throws `SpeechModelError`.
-ORVANE_API SileroWeights parseSileroWeights(std::span<const std::byte> bytes,
-                                            const std::filesystem::path& file);
+ORVANE_TESTING_API SileroWeights parseSileroWeights(std::span<const std::byte> bytes,
+                                                    const std::filesystem::path& file);
 
 /// The same from a file of at most 64 MiB. Throws `SpeechModelError` and `PlatformError`.
-ORVANE_API SileroWeights loadSileroWeights(const std::filesystem::path& file);
+ORVANE_TESTING_API SileroWeights loadSileroWeights(const std::filesystem::path& file);
 
 }  // namespace orvane

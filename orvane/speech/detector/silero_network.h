@@ -19,7 +19,7 @@ struct PackedWeights;
 /// transform, four convolutions, one LSTM layer and a logistic output, in 32-bit floats. Each step
 /// sees 512 new samples (32 ms) behind the 64 before them. Immutable: any number of threads may use
 /// one network at once.
-class ORVANE_API SileroNetwork {
+class ORVANE_TESTING_API SileroNetwork {
  public:
   static constexpr std::size_t kStepSamples = 512;
 

@@ -1,6 +1,8 @@
 #include "orvane/speech/detector/vad_manager.h"
 
 #include "orvane/platform/orvane_resources.h"
+#include "orvane/speech/detector/onnx_weights.h"
+#include "orvane/speech/detector/silero_network.h"
 
 namespace orvane {
 namespace {
@@ -17,7 +19,7 @@ std::filesystem::path installedModel() {
 }  // namespace
 
 VadManager::VadManager(const Config& config, const std::filesystem::path& vadModel)
-    : config_(config), network_(loadSileroWeights(vadModel)) {}
+    : config_(config), network_(std::make_shared<SileroNetwork>(loadSileroWeights(vadModel))) {}
 
 VadManager::VadManager(const Config& config) : VadManager(config, installedModel()) {}
 
@@ -30,7 +32,7 @@ std::vector<float> VadManager::frameProbabilities(std::span<const float> samples
                                                   ProgressObserver* observer) const {
   constexpr std::size_t kFrame = VadSegmentation::kFrameSamples;
   const std::size_t frames = (samples16k.size() + kFrame - 1) / kFrame;
-  return VadSegmentation::frameProbabilities(network_.stepProbabilities(
+  return VadSegmentation::frameProbabilities(network_->stepProbabilities(
       samples16k, frames * VadSegmentation::kStepsPerFrame, threadCount, observer));
 }
 

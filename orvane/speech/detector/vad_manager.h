@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <filesystem>
+#include <memory>
 #include <optional>
 #include <span>
 #include <string>
@@ -9,10 +10,12 @@
 
 #include "orvane/platform/export.h"
 #include "orvane/platform/progress.h"
-#include "orvane/speech/detector/silero_network.h"
+#include "orvane/speech/detector/speech_model_error.h"
 #include "orvane/speech/detector/vad_segmentation.h"
 
 namespace orvane {
+
+class SileroNetwork;
 
 /// A loaded speech model and the threshold that it is used with.
 class ORVANE_API VadManager {
@@ -58,7 +61,7 @@ class ORVANE_API VadManager {
 
  private:
   Config config_;
-  SileroNetwork network_;
+  std::shared_ptr<const SileroNetwork> network_;
 };
 
 }  // namespace orvane

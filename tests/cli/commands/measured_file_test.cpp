@@ -3,8 +3,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <cmath>
-
 #include "tests/cli/output/sample_measurement.h"
 
 namespace orvane::cli {
@@ -12,34 +10,6 @@ namespace {
 
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
-
-TEST(MeasuredFile, RaisesEveryLoudnessFigureOfAMonoFileForASecondLoudspeaker) {
-  MeasuredFile file = test::sampleMeasurement(1);
-  const auto before = file.result;
-  file.raiseForDualMono();
-  EXPECT_TRUE(file.isDualMono);
-  const float added = 10 * std::log10(2.0F);  // twice the energy
-  EXPECT_NEAR(file.result.integratedLUFS, before.integratedLUFS + added, 1e-5);
-  EXPECT_NEAR(file.result.maxMomentaryLUFS, before.maxMomentaryLUFS + added, 1e-5);
-  EXPECT_NEAR(file.result.maxShortTermLUFS, before.maxShortTermLUFS + added, 1e-5);
-  EXPECT_EQ(file.result.speechGatedLUFS, before.speechGatedLUFS);  // minus infinity stays
-  EXPECT_TRUE(std::isinf(file.result.loudnessCurve[0].momentary));
-  EXPECT_NEAR(file.result.loudnessCurve[1].momentary, -20.25F + added, 1e-5);
-  EXPECT_NEAR(file.result.loudnessCurve[1].shortTerm, -21.5F + added, 1e-5);
-  EXPECT_NEAR(file.result.loudnessCurve[1].integrated, -22.1F + added, 1e-5);
-  // Ratios and peaks are the same through one loudspeaker or two.
-  EXPECT_EQ(file.result.loudnessRange, before.loudnessRange);
-  EXPECT_EQ(file.result.truePeakDB, before.truePeakDB);
-  EXPECT_EQ(file.result.channelRMSDB, before.channelRMSDB);
-}
-
-TEST(MeasuredFile, LeavesStereoFilesAsTheyAreUnderDualMono) {
-  MeasuredFile file = test::sampleMeasurement(2);
-  const auto before = file.result;
-  file.raiseForDualMono();
-  EXPECT_FALSE(file.isDualMono);
-  EXPECT_EQ(file.result.integratedLUFS, before.integratedLUFS);
-}
 
 TEST(MeasuredFile, NamesChannelsByTheirLayout) {
   MeasuredFile file = test::sampleMeasurement(3);

@@ -9,13 +9,13 @@ namespace orvane::cli {
 namespace {
 
 TEST(SelectionOptionTest, IsAStartAndAnEnd) {
-  EXPECT_EQ(SelectionOption::parse("90-120.5"), (SelectionOption{90, 120.5}));
-  EXPECT_EQ(SelectionOption::parse("1:30-1:02:03.25"), (SelectionOption{90, 3723.25}));
-  EXPECT_EQ(SelectionOption::parse("0-0.1"), (SelectionOption{0, 0.1}));
+  EXPECT_EQ(SelectionOption::parse("90-120.5"), (ReportParts::Selection{90, 120.5}));
+  EXPECT_EQ(SelectionOption::parse("1:30-1:02:03.25"), (ReportParts::Selection{90, 3723.25}));
+  EXPECT_EQ(SelectionOption::parse("0-0.1"), (ReportParts::Selection{0, 0.1}));
 }
 
 TEST(SelectionOptionTest, MayReachToTheEndOfTheFile) {
-  EXPECT_EQ(SelectionOption::parse("5-"), (SelectionOption{5, std::nullopt}));
+  EXPECT_EQ(SelectionOption::parse("5-"), (ReportParts::Selection{5, std::nullopt}));
 }
 
 TEST(SelectionOptionTest, RefusesWhatIsNone) {

@@ -45,8 +45,8 @@ TEST(AnalysisTable, SaysHowAMonoFileWasMeasured) {
   EXPECT_THAT(blockOf(file), HasSubstr(" · mono · "));
   EXPECT_THAT(blockOf(file), HasSubstr("  Max short-term  -11.7 LUFS\n"));
   EXPECT_THAT(blockOf(file), HasSubstr("measured as one channel"));
-  file.raiseForDualMono();
-  EXPECT_THAT(blockOf(file), HasSubstr("two equal loudspeakers: 3.01 LU are added."));
+  file.detail.isDualMono = true;
+  EXPECT_THAT(blockOf(file), HasSubstr("Mono, measured as two equal loudspeakers."));
   EXPECT_THAT(blockOf(test::sampleMeasurement()), Not(HasSubstr("Mono")));
 }
 

@@ -105,6 +105,15 @@ TEST(DialogueRegion, HistoryIsTrueWhereARegionLies) {
   EXPECT_EQ(DialogueRegion::toHistory({region(0, 1)}, 2, 0.5), Flags(2, true));
 }
 
+// Three blocks end at 0.30000000000000004 s; whoever wants that edge to mean the block's end moves
+// it inwards, as the analysis does.
+TEST(DialogueRegion, AnEdgeAHairBehindABlockTouchesTheNextOne) {
+  EXPECT_EQ(DialogueRegion::toHistory({region(0, 0.3)}, 5),
+            (Flags{true, true, true, false, false}));
+  EXPECT_EQ(DialogueRegion::toHistory({region(0, 3 * 0.1)}, 5),
+            (Flags{true, true, true, true, false}));
+}
+
 TEST(DialogueRegion, AHistoryOfNoBlocksIsEmpty) {
   EXPECT_TRUE(DialogueRegion::toHistory({region(0, 1)}, 0).empty());
   EXPECT_TRUE(DialogueRegion::toHistory({region(0, 1)}, -1).empty());

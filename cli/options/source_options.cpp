@@ -1,0 +1,177 @@
+#include "cli/options/source_options.h"
+
+#include <charconv>
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <vector>
+
+#include "cli/options/sample_rate_limits.h"
+#include "cli/usage_error.h"
+
+namespace orvane::cli {
+namespace {
+
+using Parts = std::map<std::string, std::string>;
+
+constexpr std::int64_t kMaximumChannels = 64;
+
+[[noreturn]] void fail(const std::string& text) {
+  throw UsageError("--raw: " + text);
+}
+
+std::string inQuotes(std::string_view text) {
+  return "'" + std::string(text) + "'";
+}
+
+std::vector<std::string_view> splitAtCommas(std::string_view text) {
+  std::vector<std::string_view> parts;
+  for (;;) {
+    const std::size_t comma = text.find(',');
+    parts.push_back(text.substr(0, comma));
+    if (comma == std::string_view::npos) return parts;
+    text.remove_prefix(comma + 1);
+  }
+}
+
+std::string encodings() {
+  std::string list;
+  for (const auto token : RawPCMFormat::allFormatTokens())
+    list += (list.empty() ? "" : " ") + std::string(token);
+  return list;
+}
+
+// The whole text as a number; absent for anything else.
+template <typename Number>
+std::optional<Number> numberIn(std::string_view text) {
+  Number value{};
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+  if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
+  return value;
+}
+
+void state(Parts& parts, const std::string& name, std::string_view value) {
+  if (!parts.emplace(name, value).second) fail(name + " is stated twice");
+}
+
+/// Adds what follows the encoding in the text of `--raw`.
+void stateAll(std::span<const std::string_view> texts, Parts& parts) {
+  for (std::size_t i = 0; i < texts.size(); ++i) {
+    const std::string_view text = texts[i];
+    const std::size_t equals = text.find('=');
+    const std::string name(text.substr(0, equals));
+    if (i == 0)
+      state(parts, "rate", text);
+    else if (i == 1)
+      state(parts, "channels", text);
+    else if (text == "planar" || text == "interleaved")
+      state(parts, "layout", text);
+    else if (equals != std::string_view::npos && (name == "skip" || name == "tolerate"))
+      state(parts, name, text.substr(equals + 1));
+    else
+      fail("unknown part " + inQuotes(text) + "; planar, skip=BYTES and tolerate=BYTES may follow");
+  }
+}
+
+double rateIn(const Parts& parts) {
+  const auto& text = parts.at("rate");
+  const auto rate = numberIn<double>(text);
+  if (!rate || !SampleRateLimits::contains(*rate))
+    fail("the rate must be " + SampleRateLimits::description() + ", not " + inQuotes(text));
+  return *rate;
+}
+
+std::int64_t channelsIn(const Parts& parts) {
+  const auto& text = parts.at("channels");
+  const auto channels = numberIn<std::int64_t>(text);
+  if (!channels || *channels < 1 || *channels > kMaximumChannels)
+    fail("the channels must be 1 to 64, not " + inQuotes(text));
+  return *channels;
+}
+
+std::int64_t bytesIn(const Parts& parts, const std::string& name) {
+  const auto part = parts.find(name);
+  if (part == parts.end()) return 0;
+  const auto bytes = numberIn<std::int64_t>(part->second);
+  if (!bytes || *bytes < 0) fail(name + " takes a number of bytes, not " + inQuotes(part->second));
+  return *bytes;
+}
+
+std::string description() {
+  return "The files are headerless PCM.\n"
+         "FORMAT is ENCODING,RATE,CHANNELS and then, where it applies, planar, skip=BYTES, "
+         "tolerate=BYTES, for example s24le,48000,2,skip=512; or ENCODING alone with the options "
+         "below.\nENCODING is one of " +
+         encodings() + ".";
+}
+
+constexpr const char* kGroup = "Input";
+
+/// What the user says of a headerless file, until it is complete.
+struct Declaration {
+  std::optional<std::string> text{};
+  Parts parts{};
+};
+
+void addPartOption(CLI::App& command, const std::shared_ptr<Declaration>& declaration,
+                   const std::string& part, const char* argument, const char* text) {
+  command
+      .add_option_function<std::string>(
+          "--" + part,
+          [declaration, part](const std::string& value) { declaration->parts[part] = value; }, text)
+      ->option_text(argument)
+      ->group(kGroup);
+}
+
+}  // namespace
+
+RawPCMFormat rawFormatOf(std::string_view text, std::map<std::string, std::string> parts) {
+  const auto texts = splitAtCommas(text);
+  const auto encoding = RawPCMFormat::encodingAndEndianness(texts[0]);
+  if (!encoding) fail("unknown encoding " + inQuotes(texts[0]) + "; one of " + encodings());
+  stateAll(std::span(texts).subspan(1), parts);
+  for (const char* needed : {"rate", "channels"})
+    if (!parts.contains(needed))
+      fail(std::string(needed) +
+           " is missing; say s16le,48000,2 or --raw s16le --rate 48000 --channels 2");
+  return {.sampleRate = rateIn(parts),
+          .channelCount = channelsIn(parts),
+          .encoding = encoding->first,
+          .endianness = encoding->second,
+          .isPlanar = parts.contains("layout") && parts.at("layout") == "planar",
+          .headerSkipBytes = bytesIn(parts, "skip"),
+          .trailingBytesTolerance = bytesIn(parts, "tolerate")};
+}
+
+void addSourceOptions(CLI::App& command, SourceOptions& options) {
+  const auto declaration = std::make_shared<Declaration>();
+  command
+      .add_option_function<std::string>(
+          "--raw", [declaration](const std::string& text) { declaration->text = text; },
+          description())
+      ->option_text("FORMAT")
+      ->group(kGroup);
+  addPartOption(command, declaration, "rate", "HZ", "The sample rate of headerless PCM");
+  addPartOption(command, declaration, "channels", "N", "Its channels");
+  addPartOption(command, declaration, "skip", "BYTES", "What stands before its samples");
+  addPartOption(command, declaration, "tolerate", "BYTES", "What may stand behind them");
+  command
+      .add_flag_callback(
+          "--planar", [declaration] { declaration->parts["layout"] = "planar"; },
+          "It has one channel after the other")
+      ->group(kGroup);
+  command
+      .add_option("--stream", options.streamIndex,
+                  "Take audio stream N of files with several, counted from 0")
+      ->option_text("N")
+      ->group(kGroup)
+      ->check(CLI::NonNegativeNumber);
+  command.parse_complete_callback([declaration, &options] {
+    if (declaration->text)
+      options.rawFormat = rawFormatOf(*declaration->text, declaration->parts);
+    else if (!declaration->parts.empty())
+      throw UsageError("--raw is missing; it says how headerless files are encoded");
+  });
+}
+
+}  // namespace orvane::cli

@@ -1,0 +1,127 @@
+#include "orvane/report/report_parts.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <utility>
+
+#include "orvane/analysis/chapter_measurement.h"
+#include "orvane/analysis/loudness_violations.h"
+#include "orvane/analysis/programme_summary.h"
+#include "orvane/music/stem_gated_loudness.h"
+#include "orvane/platform/precondition.h"
+#include "orvane/report/analysis_report_inputs.h"
+
+namespace orvane {
+namespace {
+
+using OfflineAnalysisPipeline::AnalysisDetail;
+using OfflineAnalysisPipeline::Result;
+using Finding = GatheredReport::Finding;
+
+/// The gating blocks start every tenth of a second.
+constexpr double kBlockSeconds = 0.1;
+/// A music analysis may be of a copy with a little more silence, hardly of one that differs by
+/// more.
+constexpr double kDurationTolerance = 1;
+
+/// Adds the parts one by one.
+class Gathering {
+ public:
+  Gathering(const Result& result, const AnalysisDetail& detail, const ReportParts& parts,
+            SelectionMeasurement::Execution execution)
+      : result_(result), detail_(detail), parts_(parts), execution_(execution) {
+    execution_.dualMono = detail.isDualMono;
+  }
+
+  GatheredReport gather(const std::string& appVersion) {
+    auto labels = parts_.channelLabels.empty()
+                      ? channelNames(detail_.layout, static_cast<std::size_t>(result_.channelCount))
+                      : std::optional(parts_.channelLabels);
+    gathered_.inputs = toReportInputs(result_, appVersion, parts_.targets, labels);
+    if (detail_.isDualMono) gathered_.inputs.fileInfo.channelLayout += " as two equal loudspeakers";
+    if (parts_.selection) addSelection(*parts_.selection);
+    addViolations();
+    if (parts_.music) addMusic(*parts_.music);
+    addChapters();
+    return std::move(gathered_);
+  }
+
+ private:
+  void addSelection(const ReportParts::Selection& selection) {
+    const double duration = result_.durationSeconds;
+    const double end = selection.endSeconds.value_or(duration);
+    const auto frameAt = [&](double seconds) {
+      return std::llround(std::min(seconds, duration) * result_.sampleRate);
+    };
+    auto& measured = gathered_.inputs.selectionAnalysis;
+    measured = SelectionMeasurement::measure(*result_.buffer, frameAt(selection.startSeconds),
+                                             frameAt(end), result_.speechHistory, execution_);
+    if (!measured)
+      gathered_.findings.push_back(Finding::selectionOutsideAudio);
+    else if (end > duration)
+      gathered_.findings.push_back(Finding::selectionCut);
+  }
+
+  void addViolations() {
+    ReportInputs& inputs = gathered_.inputs;
+    const auto& curve = inputs.fileLoudnessCurve;
+    inputs.violationsEnabled = parts_.maxMomentaryLUFS || parts_.maxShortTermLUFS;
+    inputs.momentaryThreshold = parts_.maxMomentaryLUFS;
+    inputs.shortTermThreshold = parts_.maxShortTermLUFS;
+    if (parts_.maxMomentaryLUFS)
+      inputs.momentaryViolations = LoudnessViolations::momentary(curve, *parts_.maxMomentaryLUFS);
+    if (parts_.maxShortTermLUFS)
+      inputs.shortTermViolations = LoudnessViolations::shortTerm(curve, *parts_.maxShortTermLUFS);
+  }
+
+  void addMusic(const MusicAnalysisResult& music) {
+    if (std::abs(music.duration - result_.durationSeconds) > kDurationTolerance)
+      gathered_.findings.push_back(Finding::musicOfOtherLength);
+    auto& clipped = gathered_.inputs.musicAnalysis;
+    clipped = music.clipped(result_.durationSeconds);
+    gathered_.inputs.stemGatedLoudness =
+        StemGatedLoudness::compute(detail_.blockPowers, kBlockSeconds, *clipped);
+    gathered_.sectionLoudness =
+        MusicSectionLoudness::compute(detail_.blockPowers, kBlockSeconds, clipped->sections);
+  }
+
+  void addChapters() {
+    ReportInputs& inputs = gathered_.inputs;
+    const double duration = result_.durationSeconds;
+    auto spans = ChapterMeasurement::spansOf(parts_.chapterMarks, duration);
+    inputs.chapterOrigin = parts_.chapterOrigin;
+    if (spans.empty()) {
+      if (!parts_.chapterMarks.empty())
+        gathered_.findings.push_back(Finding::chapterMarksOutsideAudio);
+      inputs.chapterOrigin.clear();
+    }
+    if (spans.empty() && inputs.musicAnalysis) {
+      spans = ChapterMeasurement::spansOfSections(inputs.musicAnalysis->sections, duration);
+      if (!spans.empty()) inputs.chapterOrigin = "music";
+    }
+    if (spans.empty()) return;
+    inputs.chapters =
+        ChapterMeasurement::measure(*result_.buffer, spans, result_.speechHistory, execution_);
+    inputs.chapterMedianLUFS = ChapterMeasurement::medianLUFS(inputs.chapters);
+    inputs.chapterDeviationThresholdLU = parts_.chapterToleranceLU;
+  }
+
+  const Result& result_;
+  const AnalysisDetail& detail_;
+  const ReportParts& parts_;
+  SelectionMeasurement::Execution execution_;
+  GatheredReport gathered_{};
+};
+
+}  // namespace
+
+GatheredReport gatherReport(const Result& result, const AnalysisDetail& detail,
+                            const ReportParts& parts, const std::string& appVersion,
+                            const SelectionMeasurement::Execution& execution) {
+  precondition(result.buffer != nullptr || !parts.needAudio(),
+               "parts that are measured need the analysed audio");
+  return Gathering(result, detail, parts, execution).gather(appVersion);
+}
+
+}  // namespace orvane
