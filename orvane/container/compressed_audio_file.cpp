@@ -2,7 +2,6 @@
 
 #include <dlfcn.h>
 
-#include <new>
 #include <string>
 
 #include "orvane/container/ffmpeg/ffmpeg_module.h"
@@ -60,15 +59,9 @@ std::unique_ptr<AudioFile> openCompressedAudioFile(const std::filesystem::path& 
   return ffmpegModule(path).open(path, options, containerHint);
 }
 
-std::optional<AudioFileDescription> describeCompressedAudioFile(const std::filesystem::path& path,
-                                                                FourCC containerHint) {
-  try {
-    return ffmpegModule(path).describe(path, containerHint);
-  } catch (const PlatformError&) {
-    return std::nullopt;
-  } catch (const std::bad_alloc&) {  // a forged size went beyond what the file justifies
-    return std::nullopt;
-  }
+AudioFileDescription describeCompressedAudioFile(const std::filesystem::path& path,
+                                                 FourCC containerHint) {
+  return ffmpegModule(path).describe(path, containerHint);
 }
 
 std::vector<ChapterMark> compressedFileChapters(const std::filesystem::path& path,

@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <memory>
 #include <optional>
+#include <string>
 #include <vector>
 
 #include "orvane/container/audio_file.h"
@@ -17,9 +18,9 @@ std::unique_ptr<AudioFile> openCompressedAudioFile(const std::filesystem::path& 
                                                    const AudioFileOpenOptions& options,
                                                    FourCC containerHint);
 
-/// The description alone, without preparing to decode; absent for what cannot be read.
-std::optional<AudioFileDescription> describeCompressedAudioFile(const std::filesystem::path& path,
-                                                                FourCC containerHint);
+/// The description alone, without preparing to decode. Throws `PlatformError`.
+AudioFileDescription describeCompressedAudioFile(const std::filesystem::path& path,
+                                                 FourCC containerHint);
 
 /// The chapters of its container, in the order of the file. Throws `PlatformError`.
 std::vector<ChapterMark> compressedFileChapters(const std::filesystem::path& path,
