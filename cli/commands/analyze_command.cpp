@@ -14,6 +14,7 @@
 #include "cli/options/sample_rate_limits.h"
 #include "cli/options/target_options.h"
 #include "cli/options/vad_tuning_options.h"
+#include "cli/output/abandoned_files.h"
 #include "cli/output/analysis_json.h"
 #include "cli/output/analysis_table.h"
 #include "cli/output/number_text.h"
@@ -22,7 +23,6 @@
 #include "cli/terminal/progress_bar.h"
 #include "cli/usage_error.h"
 #include "orvane/platform/error.h"
-#include "orvane/speech/dialogue/dialogue_sidecar_io.h"
 
 namespace orvane::cli {
 namespace {
@@ -91,7 +91,7 @@ std::vector<std::filesystem::path> otherFilesRead(const AnalyzeOptions& options,
                                                   const std::vector<InputName>& files) {
   auto paths = ReportParts::filesRead(options.parts);
   if (options.dialogue)
-    for (const InputName& file : files) paths.push_back(DialogueSidecarIO::sidecarURL(file.path));
+    for (auto& url : DialogueSidecarFile::urls(files)) paths.push_back(std::move(url));
   if (!options.files.listFile.empty()) paths.emplace_back(options.files.listFile);
   return paths;
 }
@@ -177,6 +177,7 @@ ExitCode runAnalyze(const AnalyzeOptions& options, Console& console) {
   ReportOutputs outputs(options.outputs, files, otherFilesRead(options, files));
   if (outputs.takeStandardOutput() && options.json)
     throw UsageError("--json and a report cannot both go to standard output");
+  warnOfAbandonedFiles(outputs.files(), console);
   const ReportParts parts(options.parts);
   const auto jobs = std::min(static_cast<std::size_t>(options.jobs), files.size());
   const std::size_t threads = JobRunner::threadsPerJob(jobs);

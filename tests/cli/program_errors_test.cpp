@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <csignal>
-#include <thread>
 
 #include "tests/cli/program_fixture.h"
 
@@ -213,26 +212,6 @@ TEST_F(ProgramErrors, TellsWhenAFileGetsLargerThanAllowed) {
   EXPECT_EQ(end.exitCode, 1);
   EXPECT_THAT(end.errors, HasSubstr(": File too large\n"));
   EXPECT_TRUE(std::filesystem::is_empty(temporary.path()));
-}
-
-TEST_F(ProgramErrors, EndsWithTheSignalsCodeAndLeavesNothingBehind) {
-  for (const auto& [signal, code] : {std::pair{SIGINT, 130}, std::pair{SIGTERM, 143}}) {
-    const orvane::test::TemporaryDirectory temporary;
-    ProgramSetup setup;
-    setup.arguments = {"analyze", "-"};
-    setup.environment = {"TMPDIR=" + temporary.path().string()};
-    // The program waits for standard input, which nobody writes, when the signal comes.
-    setup.meanwhile = [number = signal](int process) {
-      std::this_thread::sleep_for(std::chrono::milliseconds(500));
-      kill(process, number);
-      std::this_thread::sleep_for(std::chrono::milliseconds(200));
-    };
-    const ProgramEnd end = run(setup);
-    EXPECT_EQ(end.exitCode, code);
-    EXPECT_THAT(end.output, IsEmpty());
-    EXPECT_THAT(end.errors, IsEmpty());
-    EXPECT_TRUE(std::filesystem::is_empty(temporary.path()));
-  }
 }
 
 TEST_F(ProgramErrors, DoesNotHandItsMistakesToOtherFilesWhenStreamsAreClosed) {
