@@ -8,6 +8,7 @@ enum class ExitCode : int {
   fileFailed = 1,     ///< a file or the output failed; the other files were still treated
   usage = 2,          ///< wrong arguments; nothing was done
   targetMissed = 3,   ///< measured, but a requested target is missed
+  hungUp = 129,       ///< the terminal is gone
   interrupted = 130,  ///< by Ctrl-C
   terminated = 143,   ///< by a polite request of the system
 };

@@ -1,5 +1,7 @@
 #include "cli/interruption.h"
 
+#include <unistd.h>
+
 #include <atomic>
 #include <csignal>
 
@@ -9,14 +11,23 @@ namespace {
 std::atomic<int> receivedSignal{0};
 static_assert(std::atomic<int>::is_always_lock_free, "a signal handler may not wait for a lock");
 
+/// In which work ends in good order, or not at all.
+constexpr unsigned kGraceSeconds = 1;
+
 extern "C" void noteSignal(int number) {
   receivedSignal.store(number);
+  ::alarm(kGraceSeconds);
+}
+
+extern "C" void endAtOnce(int /*number*/) {
+  ::_exit(static_cast<int>(exitCode()));
 }
 
 }  // namespace
 
 void install() {
-  for (const int number : {SIGINT, SIGTERM}) {
+  std::signal(SIGALRM, endAtOnce);
+  for (const int number : {SIGHUP, SIGINT, SIGTERM}) {
     struct sigaction action {};
     ::sigaction(number, nullptr, &action);
     // Whoever started the program in the background may have chosen to shield it.
@@ -34,7 +45,8 @@ bool isRequested() noexcept {
 }
 
 ExitCode exitCode() noexcept {
-  return receivedSignal.load() == SIGTERM ? ExitCode::terminated : ExitCode::interrupted;
+  constexpr int kByASignal = 128;
+  return static_cast<ExitCode>(kByASignal + receivedSignal.load());
 }
 
 }  // namespace orvane::cli::Interruption

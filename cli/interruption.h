@@ -2,9 +2,9 @@
 
 #include "cli/exit_code.h"
 
-/// Ctrl-C and the system's request to end. Long work asks `isRequested` and stops in good order; a
-/// second signal ends the process at once. Nothing that the program writes meanwhile has a name, so
-/// neither leaves anything behind.
+/// Ctrl-C, the system's request to end, and a terminal that is gone. Long work asks `isRequested`
+/// and stops in good order. A second later, or by a second signal, the process ends wherever it is;
+/// what it was writing has no name or is recognised by the next run.
 namespace orvane::cli::Interruption {
 
 /// Installs the handlers.

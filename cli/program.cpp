@@ -27,7 +27,7 @@ constexpr const char* kFooter =
     "\"orvane COMMAND --help\" lists the options of a command.\n\n"
     "Results go to standard output, everything else to standard error.\n"
     "Exit codes: 0 all done, 1 a file failed, 2 wrong usage, 3 a requested target is\n"
-    "missed, 130 interrupted.";
+    "missed, 129, 130, 143 stopped by a hang-up, Ctrl-C or a request to end.";
 
 std::string versionText() {
   const auto model = VadManager::installedModelVersion();

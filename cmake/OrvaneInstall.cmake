@@ -15,10 +15,13 @@ install(TARGETS orvane_ffmpeg LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}/orvan
 install(FILES "${PROJECT_BINARY_DIR}/lib/OrvaneHeadless_OrvaneHeadless.bundle/silero_vad_v6.onnx"
   DESTINATION "${CMAKE_INSTALL_DATADIR}/orvane" OPTIONAL)
 
-# The installed program finds its libraries wherever the prefix is moved to.
+# The installed program finds its libraries wherever the prefix is moved to. Their folder may be
+# another one than in the build tree, as in lib/x86_64-linux-gnu.
 file(RELATIVE_PATH ORVANE_BIN_TO_LIB
   "${CMAKE_INSTALL_FULL_BINDIR}" "${CMAKE_INSTALL_FULL_LIBDIR}")
-set_target_properties(orvane PROPERTIES INSTALL_RPATH "$ORIGIN/${ORVANE_BIN_TO_LIB}")
+set(ORVANE_RUN_PATH "${CMAKE_INSTALL_RPATH}" "$ORIGIN/${ORVANE_BIN_TO_LIB}")
+list(REMOVE_DUPLICATES ORVANE_RUN_PATH)
+set_target_properties(orvane PROPERTIES INSTALL_RPATH "${ORVANE_RUN_PATH}")
 install(TARGETS orvane RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
 
 set(ORVANE_CMAKE_DIR "${CMAKE_INSTALL_LIBDIR}/cmake/Orvane")

@@ -13,6 +13,7 @@
 #include "cli/options/source_options.h"
 #include "cli/options/target_options.h"
 #include "cli/options/vad_tuning_options.h"
+#include "cli/output/abandoned_files.h"
 #include "cli/output/analysis_json.h"
 #include "cli/output/analysis_table.h"
 #include "cli/output/number_text.h"
@@ -23,7 +24,6 @@
 #include "cli/usage_error.h"
 #include "orvane/audio/audio_source.h"
 #include "orvane/platform/error.h"
-#include "orvane/speech/dialogue/dialogue_sidecar_io.h"
 
 namespace orvane::cli {
 namespace {
@@ -79,7 +79,7 @@ std::vector<std::filesystem::path> otherFilesRead(const AnalyzeOptions& options,
                                                   const std::vector<InputName>& files) {
   auto paths = options.parts.filesRead();
   if (options.dialogue)
-    for (const InputName& file : files) paths.push_back(DialogueSidecarIO::sidecarURL(file.path));
+    for (auto& url : DialogueSidecarFile::urls(files)) paths.push_back(std::move(url));
   if (!options.files.listFile.empty()) paths.emplace_back(options.files.listFile);
   return paths;
 }
@@ -165,6 +165,7 @@ ExitCode runAnalyze(const AnalyzeOptions& options, Console& console) {
   ReportOutputs outputs(options.outputs, files, otherFilesRead(options, files));
   if (outputs.takeStandardOutput() && options.json)
     throw UsageError("--json and a report cannot both go to standard output");
+  warnOfAbandonedFiles(outputs.files(), console);
   const auto date = sourceDate();
   ReportParts parts = options.parts.read();
   parts.targets = options.targets.selection();

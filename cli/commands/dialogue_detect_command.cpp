@@ -7,6 +7,7 @@
 #include "cli/commands/speech_model.h"
 #include "cli/options/source_options.h"
 #include "cli/options/vad_tuning_options.h"
+#include "cli/output/abandoned_files.h"
 #include "cli/output/dialogue_timeline.h"
 #include "cli/output/number_text.h"
 #include "cli/terminal/progress_bar.h"
@@ -67,6 +68,7 @@ std::string reportText(const InputName& file, const DialogueSidecar& sidecar,
 ExitCode runDetect(const DetectOptions& options, Console& console) {
   const auto files = DialogueSidecarFile::resolve(options.files);
   requireSpeechModel();
+  warnOfAbandonedFiles(DialogueSidecarFile::urls(files), console);
   ProgressBar progress(console, files.size(), !options.quiet);
   return FileWork::run(
       files, {.json = options.json}, console, [&](const InputName& file) -> FileWork::Report {

@@ -5,6 +5,7 @@
 #include "cli/commands/dialogue_sidecar_file.h"
 #include "cli/options/source_options.h"
 #include "cli/options/text_input.h"
+#include "cli/output/abandoned_files.h"
 #include "cli/output/dialogue_timeline.h"
 #include "cli/terminal/terminal_text.h"
 #include "cli/usage_error.h"
@@ -60,6 +61,7 @@ ExitCode runImport(const ImportOptions& options, Console& console) {
   if (options.list != kStandardStream)
     EditOutputGuard::assertNotInPlace(options.list, DialogueSidecarIO::sidecarURL(file.path));
   DialogueSidecarFile::requireReplaceable(file, options.force);
+  warnOfAbandonedFiles(DialogueSidecarFile::urls({file}), console);
   const auto isOutside = [&](const auto& region) { return region.end > audio.durationSeconds; };
   if (std::any_of(regions.begin(), regions.end(), isOutside))
     console.warning(file.shown() + ": some regions reach beyond the end of the file");
@@ -87,6 +89,7 @@ ExitCode runExport(const ExportOptions& options, Console& console) {
   }
   EditOutputGuard::assertNotInPlace(file.path, options.output);
   EditOutputGuard::assertNotInPlace(DialogueSidecarIO::sidecarURL(file.path), options.output);
+  warnOfAbandonedFiles({options.output}, console);
   AtomicFile output(options.output,
                     options.force ? AtomicFile::Existing::replace : AtomicFile::Existing::refuse);
   output.write(text);

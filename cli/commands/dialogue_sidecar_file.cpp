@@ -44,6 +44,12 @@ std::vector<InputName> resolve(const FileList::Request& request) {
   return FileList::resolve(request, standardInput);
 }
 
+std::vector<std::filesystem::path> urls(const std::vector<InputName>& files) {
+  std::vector<std::filesystem::path> paths;
+  for (const InputName& file : files) paths.push_back(DialogueSidecarIO::sidecarURL(file.path));
+  return paths;
+}
+
 DialogueSidecar::AudioFileInfo describe(const InputName& file,
                                         const std::optional<RawPCMFormat>& rawFormat,
                                         const std::optional<int>& streamIndex) {

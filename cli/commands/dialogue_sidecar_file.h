@@ -1,5 +1,6 @@
 #pragma once
 
+#include <filesystem>
 #include <optional>
 #include <vector>
 
@@ -12,6 +13,9 @@ namespace orvane::cli::DialogueSidecarFile {
 
 /// The files asked for. Throws `UsageError` for standard input, beside which no sidecar can lie.
 std::vector<InputName> resolve(const FileList::Request& request);
+
+/// The sidecars of these files, whether or not they exist.
+std::vector<std::filesystem::path> urls(const std::vector<InputName>& files);
 
 /// What a sidecar notes about its audio. Reads no more than that takes. Throws `PlatformError` and
 /// `RawPCMImportError`.

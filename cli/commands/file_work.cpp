@@ -1,5 +1,6 @@
 #include "cli/commands/file_work.h"
 
+#include <exception>
 #include <new>
 #include <utility>
 
@@ -30,7 +31,9 @@ ExitCode run(const std::vector<InputName>& files, const Plan& plan, Console& con
     } catch (const Error& error) {
       return failure(file, error.errorDescription());
     } catch (const std::bad_alloc&) {
-      return failure(file, file.path.filename().string() + ": not enough memory");
+      return failure(file, PlatformError(file.path, "not enough memory").errorDescription());
+    } catch (const std::exception& error) {  // of the standard library
+      return failure(file, PlatformError(file.path, error.what()).errorDescription());
     }
   });
   return code;

@@ -24,8 +24,8 @@ struct Plan {
   bool json = false;
 };
 
-/// Calls `work` for each file. What it throws as `Error` is reported in the file's place and makes
-/// the result `fileFailed`. Throws `Cancelled` once interrupted, and `OutputFailure`.
+/// Calls `work` for each file. What it throws is reported in the file's place and makes the result
+/// `fileFailed`. Throws `Cancelled` once interrupted, and what the reports throw: `OutputFailure`.
 ExitCode run(const std::vector<InputName>& files, const Plan& plan, Console& console,
              const std::function<Report(const InputName&)>& work);
 

@@ -1,6 +1,7 @@
 #include "cli/commands/identify_command.h"
 
 #include <memory>
+#include <utility>
 
 #include "cli/commands/file_work.h"
 #include "cli/commands/measured_file.h"
@@ -11,8 +12,6 @@
 #include "orvane/audio/audio_file_identity.h"
 #include "orvane/container/audio_container.h"
 #include "orvane/container/audio_file.h"
-#include "orvane/platform/error.h"
-#include "orvane/platform/input_file.h"
 
 namespace orvane::cli {
 namespace {
@@ -30,10 +29,9 @@ struct Identified {
 };
 
 Identified identify(const InputName& file) {
-  InputFile{file.path};  // tells why a file cannot be read at all
-  const auto description = describeAudioFile(file.path);
-  if (!description) throw PlatformError(file.path, "not an audio file that can be identified");
-  return {*description, AudioFileIdentity::fromDescription(*description, file.path)};
+  auto description = AudioFile::describe(file.path);
+  auto identity = AudioFileIdentity::fromDescription(description, file.path);
+  return {std::move(description), std::move(identity)};
 }
 
 std::vector<std::string> channelNames(const AudioFileDescription& description) {
@@ -93,11 +91,15 @@ ExitCode runIdentify(const IdentifyOptions& options, Console& console) {
   bool hasRows = false;
   const auto code = FileWork::run(files, {.json = options.json}, console,
                                   [&](const InputName& file) -> FileWork::Report {
-                                    return [&, found = identify(file)] {
+                                    auto found = identify(file);
+                                    std::string document;
+                                    if (options.json)
+                                      document = JsonOutput::line(identityJson(file, found));
+                                    return [&, found = std::move(found), document] {
                                       for (const auto& warning : found.description.warnings)
                                         console.warning(file.shown() + ": " + warning.text);
                                       if (options.json) {
-                                        console.print(JsonOutput::line(identityJson(file, found)));
+                                        console.print(document);
                                       } else {
                                         addRow(table, file, found);
                                         hasRows = true;

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "cli/options/text_input.h"
+#include "cli/output/abandoned_files.h"
 #include "cli/output/report_outputs.h"
 #include "cli/usage_error.h"
 #include "orvane/platform/error.h"
@@ -31,6 +32,7 @@ ExitCode runReport(const ReportOptions& options, Console& console) {
     throw UsageError("nothing to write; --html, --csv and --pdf say what");
   const std::vector<InputName> inputs = {{options.record, options.record}};
   ReportOutputs outputs(options.outputs, inputs, {});
+  warnOfAbandonedFiles(outputs.files(), console);
   std::vector<std::string> warnings;
   const auto text = outputs.write(0, readRecord(options.record), warnings);
   for (const auto& warning : warnings)

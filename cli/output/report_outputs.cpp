@@ -194,6 +194,14 @@ bool ReportOutputs::check(std::span<const InputName> inputs,
   return needsBrowser;
 }
 
+std::vector<fs::path> ReportOutputs::files() const {
+  std::vector<fs::path> paths;
+  for (const auto& ofOneInput : outputs_)
+    for (const Output& output : ofOneInput)
+      if (output.path) paths.push_back(*output.path);
+  return paths;
+}
+
 std::string ReportOutputs::write(std::size_t inputIndex, const OrvaneReport& report,
                                  std::vector<std::string>& warnings) {
   std::string forStandardOutput;

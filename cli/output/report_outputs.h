@@ -48,6 +48,9 @@ class ReportOutputs {
   /// A report takes standard output, so nothing else may be printed there.
   bool takeStandardOutput() const noexcept { return takesStandardOutput_; }
 
+  /// What will be written.
+  std::vector<std::filesystem::path> files() const;
+
   /// Writes the report of one input into its files, each whole or not at all, and returns what is
   /// for standard output. `warnings` gets a sentence for everything that a reader of them may miss.
   /// May be called from any thread. Throws `Error`.

@@ -12,9 +12,6 @@
 namespace orvane::cli {
 namespace {
 
-/// A browser that takes longer for one page will not come to an end.
-constexpr std::chrono::minutes kPatience{2};
-
 /// Ctrl-C ends the browser as well.
 class Interrupter : public ProgressObserver {
   void onProgress(std::string_view, double) override {}
@@ -61,7 +58,7 @@ void ReportRenderer::prepareForPDF() {
   const auto start = [this] {
     Interrupter interrupter;
     browser_.warmUp(
-        {.deadline = std::chrono::steady_clock::now() + kPatience, .observer = &interrupter});
+        {.deadline = std::chrono::steady_clock::now() + patience_, .observer = &interrupter});
   };
   try {
     preparation_ = std::async(std::launch::async, start).share();
@@ -91,10 +88,16 @@ std::string ReportRenderer::html(const OrvaneReport& report) const {
 }
 
 std::string ReportRenderer::pdf(const OrvaneReport& report, std::vector<std::string>& warnings) {
-  if (auto preparation = preparation_; preparation.valid()) preparation.wait();
+  // What the preparation takes is part of it: a browser that hangs there will hang again.
+  const auto end = std::chrono::steady_clock::now() + patience_;
+  if (auto preparation = preparation_; preparation.valid()) preparation.wait_until(end);
   Interrupter interrupter;
   PDFReportRenderer::Execution execution{
-      .deadline = kPatience, .session = &browser_, .warnings = &warnings, .observer = &interrupter};
+      .deadline = std::chrono::duration_cast<std::chrono::milliseconds>(
+          end - std::chrono::steady_clock::now()),
+      .session = &browser_,
+      .warnings = &warnings,
+      .observer = &interrupter};
   if (sourceDate_) execution.sourceDateEpoch = sourceDate_->time_since_epoch().count();
   const auto bytes = PDFReportRenderer::render(html(report), execution);
   return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <chrono>
 #include <future>
 #include <optional>
 #include <string>
@@ -28,8 +29,13 @@ std::string_view fileSuffix(ReportFormat format) noexcept;
 /// Makes the bytes of reports. Any number of threads may use one at once.
 class ReportRenderer {
  public:
+  /// A browser that takes longer for one page will not come to an end.
+  static constexpr std::chrono::minutes kPatience{2};
+
   /// With a `sourceDate` nothing in the reports depends on the place and hour of their making.
-  explicit ReportRenderer(const std::optional<Date>& sourceDate) : sourceDate_(sourceDate) {}
+  explicit ReportRenderer(const std::optional<Date>& sourceDate,
+                          std::chrono::milliseconds patience = kPatience)
+      : sourceDate_(sourceDate), patience_(patience) {}
 
   /// Starts the browser in the background, so that a PDF need not wait for it. What goes wrong is
   /// told by the rendering.
@@ -45,6 +51,7 @@ class ReportRenderer {
   std::string pdf(const OrvaneReport& report, std::vector<std::string>& warnings);
 
   std::optional<Date> sourceDate_;
+  std::chrono::milliseconds patience_;
   BrowserSession browser_{};  ///< started by the preparation or the first PDF
   std::shared_future<void> preparation_{};
 };

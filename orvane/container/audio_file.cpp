@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <exception>
 #include <string>
 #include <utility>
 
@@ -43,15 +44,35 @@ std::string hertz(double rate) {
   return "of " + text + " Hz";
 }
 
-void refuseImpossibleFormat(const std::filesystem::path& path, const StreamDescription& format) {
+/// Before anything is made for each of the channels, whose number a file can state as it likes.
+void refuseTooManyChannels(const std::filesystem::path& path, const StreamDescription& format) {
   if (format.channelsPerFrame > kMaximumChannels)
     throw PlatformError(path, "The file states " + std::to_string(format.channelsPerFrame) +
                                   " channels; at most " + std::to_string(kMaximumChannels) +
                                   " can be read");
+}
+
+void refuseImpossibleFormat(const std::filesystem::path& path, const StreamDescription& format) {
+  refuseTooManyChannels(path, format);
   // Written so that a rate that is not a number is refused, too.
   if (!(format.sampleRate >= kMinimumSampleRate && format.sampleRate <= kMaximumSampleRate))
     throw PlatformError(
         path, "The sample rate " + hertz(format.sampleRate) + " lies outside 100 Hz to 10 MHz");
+}
+
+AudioFileDescription describeContainer(const std::shared_ptr<const InputFile>& file,
+                                       const SniffedContainer& container) {
+  const auto parse = parserOf(container.fileTypeID);
+  if (parse == nullptr) return describeCompressedAudioFile(file, container.fileTypeID);
+  PCMStream stream = parse(*file, container.start);
+  const bool isKnown = stream.description.dataFormat.formatID == kFormatLinearPCM;
+  if (isKnown || !stream.refusal.empty()) return stream.description;
+  // The decoder knows more (the source's depth); the header must do where it does not know.
+  try {
+    return describeCompressedAudioFile(file, container.fileTypeID);
+  } catch (const std::exception&) {
+    return stream.description;
+  }
 }
 
 }  // namespace
@@ -113,19 +134,17 @@ std::unique_ptr<AudioFile> AudioFile::open(std::shared_ptr<const InputFile> file
   return opened;
 }
 
+AudioFileDescription AudioFile::describe(const std::filesystem::path& path) {
+  const auto file = std::make_shared<const InputFile>(path);
+  AudioFileDescription description = describeContainer(file, identify(*file));
+  refuseTooManyChannels(path, description.dataFormat);
+  return description;
+}
+
 std::optional<AudioFileDescription> describeAudioFile(const std::filesystem::path& path) {
   try {
-    const auto file = std::make_shared<const InputFile>(path);
-    const SniffedContainer container = identify(*file);
-    const auto parse = parserOf(container.fileTypeID);
-    if (parse == nullptr) return describeCompressedAudioFile(file, container.fileTypeID);
-    PCMStream stream = parse(*file, container.start);
-    const bool isKnown = stream.description.dataFormat.formatID == kFormatLinearPCM;
-    if (isKnown || !stream.refusal.empty()) return stream.description;
-    // The decoder knows more (the source's depth); the header must do where it does not know.
-    auto description = describeCompressedAudioFile(file, container.fileTypeID);
-    return description ? std::move(description) : std::move(stream.description);
-  } catch (const Error&) {
+    return AudioFile::describe(path);
+  } catch (const std::exception&) {  // also when a forged size goes beyond the memory
     return {};
   }
 }

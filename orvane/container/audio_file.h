@@ -69,6 +69,10 @@ class ORVANE_API AudioFile {
 
   const InputFile& file() const noexcept { return *file_; }
 
+  /// What `open` would find, without preparing to decode. Throws as `open` does, but tells also of
+  /// audio that cannot be decoded.
+  static AudioFileDescription describe(const std::filesystem::path& path);
+
   /// Reading a compressed file may add warnings.
   virtual const AudioFileDescription& description() const noexcept = 0;
 
@@ -106,8 +110,7 @@ class ORVANE_API AudioFile {
   std::shared_ptr<const InputFile> file_;
 };
 
-/// Container and stream format of a file, without preparing to decode it; absent for what cannot be
-/// read or is no audio file.
+/// `AudioFile::describe`; absent for what cannot be read or is no audio file.
 ORVANE_API std::optional<AudioFileDescription> describeAudioFile(const std::filesystem::path& path);
 
 /// Version of the FFmpeg that reads compressed files; absent when its module cannot be loaded.

@@ -2,7 +2,6 @@
 
 #include <dlfcn.h>
 
-#include <new>
 #include <string>
 #include <utility>
 
@@ -62,16 +61,10 @@ std::unique_ptr<AudioFile> openCompressedAudioFile(std::shared_ptr<const InputFi
   return module.open(std::move(file), options, containerHint);
 }
 
-std::optional<AudioFileDescription> describeCompressedAudioFile(
-    std::shared_ptr<const InputFile> file, FourCC containerHint) {
-  try {
-    const FFmpegModule& module = ffmpegModule(file->path());
-    return module.describe(std::move(file), containerHint);
-  } catch (const PlatformError&) {
-    return std::nullopt;
-  } catch (const std::bad_alloc&) {  // a forged size went beyond what the file justifies
-    return std::nullopt;
-  }
+AudioFileDescription describeCompressedAudioFile(std::shared_ptr<const InputFile> file,
+                                                 FourCC containerHint) {
+  const FFmpegModule& module = ffmpegModule(file->path());
+  return module.describe(std::move(file), containerHint);
 }
 
 std::optional<std::string> ffmpegVersion() {

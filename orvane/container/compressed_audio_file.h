@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <optional>
+#include <string>
 
 #include "orvane/container/audio_file.h"
 
@@ -14,8 +15,8 @@ std::unique_ptr<AudioFile> openCompressedAudioFile(std::shared_ptr<const InputFi
                                                    const AudioFileOpenOptions& options,
                                                    FourCC containerHint);
 
-/// The description alone, without preparing to decode; absent for what cannot be read.
-std::optional<AudioFileDescription> describeCompressedAudioFile(
-    std::shared_ptr<const InputFile> file, FourCC containerHint);
+/// The description alone, without preparing to decode. Throws `PlatformError`.
+AudioFileDescription describeCompressedAudioFile(std::shared_ptr<const InputFile> file,
+                                                 FourCC containerHint);
 
 }  // namespace orvane

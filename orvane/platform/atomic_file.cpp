@@ -14,6 +14,7 @@
 #include "orvane/platform/file_descriptor.h"
 #include "orvane/platform/file_metadata.h"
 #include "orvane/platform/precondition.h"
+#include "orvane/platform/use_mark.h"
 #include "orvane/platform/uuid.h"
 
 namespace orvane {
@@ -26,6 +27,13 @@ constexpr int kMaximumLinks = 40;
 constexpr mode_t kPrivateMode = 0600;
 /// Less the process's mask, as for any new file.
 constexpr mode_t kNewFileMode = 0666;
+
+constexpr std::string_view kTemporaryStart = ".orvane-";
+constexpr std::string_view kTemporaryEnd = ".tmp";
+
+std::string newTemporaryName() {
+  return std::string(kTemporaryStart) + UUID::random().text() + std::string(kTemporaryEnd);
+}
 
 [[noreturn]] void fail(const std::filesystem::path& target, int code) {
   throw PlatformError(target, std::error_code(code, std::generic_category()));
@@ -67,6 +75,7 @@ struct AtomicFile::State {
 
   void openOriginal();
   void openTemporary();
+  void markTemporary();
   void put(std::span<const std::byte> bytes, std::uint64_t offset) const;
   void commit();
   void nameTemporary();
@@ -81,6 +90,7 @@ struct AtomicFile::State {
   FileDescriptor directory{};   ///< so that a folder renamed meanwhile does no harm
   FileDescriptor original{};    ///< what is replaced, if anything
   FileDescriptor file{};        ///< the new content
+  FileDescriptor mark{};        ///< that it is in use: outlives `file`, until the name is given
   std::string temporaryName{};  ///< empty while the content has none
   std::uint64_t appendOffset = 0;
 };
@@ -105,13 +115,13 @@ void AtomicFile::State::openOriginal() {
     if (errno == ENOENT) return;
     fail(target, errno);
   }
-  if (existing == Existing::refuse) fail(target, EEXIST);
   struct stat status {};
   if (fstat(original.number(), &status) != 0) fail(target, errno);
   if (S_ISDIR(status.st_mode)) fail(target, EISDIR);
   if (!S_ISREG(status.st_mode))
     throw PlatformError(target, "Not a regular file",
                         std::make_error_code(std::errc::invalid_argument));
+  if (existing == Existing::refuse) fail(target, EEXIST);
   // Renaming asks only for rights to the folder; a file that is protected itself is none of ours.
   if (faccessat(directory.number(), name.c_str(), W_OK, AT_EACCESS) != 0) fail(target, errno);
 }
@@ -120,12 +130,18 @@ void AtomicFile::State::openTemporary() {
   const mode_t mode = original ? kPrivateMode : kNewFileMode;
   file = FileDescriptor(openat(directory.number(), ".", O_TMPFILE | O_RDWR | O_CLOEXEC, mode));
   // Such a file gets its name through /proc only.
-  if (file && access(pathOf(file).c_str(), F_OK) == 0) return;
-  auto unique = ".orvane-" + UUID::random().text() + ".tmp";
+  if (file && access(pathOf(file).c_str(), F_OK) == 0) return markTemporary();
+  auto unique = newTemporaryName();
   file = FileDescriptor(openat(directory.number(), unique.c_str(),
                                O_CREAT | O_EXCL | O_NOFOLLOW | O_RDWR | O_CLOEXEC, mode));
   if (!file) fail(target, errno);
   temporaryName = std::move(unique);
+  markTemporary();
+}
+
+void AtomicFile::State::markTemporary() {
+  mark = FileDescriptor(fcntl(file.number(), F_DUPFD_CLOEXEC, 0));
+  UseMark::set(mark);
 }
 
 void AtomicFile::State::put(std::span<const std::byte> bytes, std::uint64_t offset) const {
@@ -158,7 +174,7 @@ void AtomicFile::State::commit() {
 }
 
 void AtomicFile::State::nameTemporary() {
-  auto unique = ".orvane-" + UUID::random().text() + ".tmp";
+  auto unique = newTemporaryName();
   if (linkat(AT_FDCWD, pathOf(file).c_str(), directory.number(), unique.c_str(),
              AT_SYMLINK_FOLLOW) != 0)
     fail(target, errno);
@@ -186,6 +202,7 @@ void AtomicFile::State::rename() {
   }
   if (result != 0) fail(target, errno);
   temporaryName.clear();
+  (void)mark.close();
 }
 
 void AtomicFile::State::syncDirectory() const {
@@ -204,6 +221,7 @@ void AtomicFile::State::discard() noexcept {
   if (!temporaryName.empty()) (void)unlinkat(directory.number(), temporaryName.c_str(), 0);
   temporaryName.clear();
   (void)file.close();
+  (void)mark.close();
 }
 
 AtomicFile::AtomicFile(const std::filesystem::path& target, Existing existing)
@@ -250,6 +268,20 @@ std::filesystem::path AtomicFile::readablePath() const {
 
 void AtomicFile::commit() {
   state_->orDiscard([&] { state_->commit(); });
+}
+
+std::vector<std::filesystem::path> abandonedTemporaries(const std::filesystem::path& folder) {
+  std::vector<std::filesystem::path> found;
+  std::error_code failure;
+  std::filesystem::directory_iterator entries(folder, failure);
+  for (; !failure && entries != std::filesystem::directory_iterator(); entries.increment(failure)) {
+    const std::string name = entries->path().filename().string();
+    if (name.starts_with(kTemporaryStart) && name.ends_with(kTemporaryEnd) &&
+        UseMark::takeAbandoned(entries->path()))
+      found.push_back(entries->path());
+  }
+  std::ranges::sort(found);
+  return found;
 }
 
 void writeFileAtomically(const std::filesystem::path& target, std::span<const std::byte> content) {

@@ -6,6 +6,7 @@
 #include <memory>
 #include <span>
 #include <string_view>
+#include <vector>
 
 #include "orvane/platform/export.h"
 
@@ -24,7 +25,8 @@ namespace orvane {
 /// may not be written and anything that is no regular file are refused.
 ///
 /// The new content lies in the target's folder, without a name until `commit` where the file
-/// system can do that, else as ".orvane-<UUID>.tmp".
+/// system can do that, else as ".orvane-<UUID>.tmp". A process that is killed may leave that
+/// behind; see `abandonedTemporaries`.
 ///
 /// Every operation throws `PlatformError` with the target's file name. One thread at a time.
 class ORVANE_API AtomicFile {
@@ -66,6 +68,11 @@ class ORVANE_API AtomicFile {
   struct State;
   std::unique_ptr<State> state_;
 };
+
+/// What killed processes of this user have left in `folder`: temporaries that no living process
+/// writes, sorted. Empty when the folder cannot be read.
+ORVANE_API std::vector<std::filesystem::path> abandonedTemporaries(
+    const std::filesystem::path& folder);
 
 /// `content` as the whole of the file, by `AtomicFile`. Throws `PlatformError`.
 ORVANE_API void writeFileAtomically(const std::filesystem::path& target,

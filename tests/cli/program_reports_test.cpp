@@ -155,9 +155,9 @@ TEST_F(ProgramReports, AreRefusedBeforeAnythingIsMeasured) {
   for (const auto& [output, reason] : std::vector<std::pair<std::string, std::string>>{
            {"missing/r.html", "r.html: there is no folder \"missing\""},
            {"good.wav/r.html", "r.html: there is no folder \"good.wav\""},
-           {"taken", "taken: File exists; --force replaces it"},
+           {"taken", "taken: Is a directory"},
            {"dangling.html", "dangling.html: No such file or directory"},
-           {"/dev/full", "full: File exists; --force replaces it"},
+           {"/dev/full", "full: Not a regular file"},
            {"/sys/r.html", "r.html: Permission denied"},  // not even root may write there
            {std::string(300, 'x'), "File name too long"}}) {
     // The second output would be fine, and the first is only found out about by trying.

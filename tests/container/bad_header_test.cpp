@@ -74,6 +74,14 @@ TEST_F(BadHeader, EveryCutGivesASentenceOrWhatIsThere) {
   }
 }
 
+TEST_F(BadHeader, MoreChannelsThanCanBeReadAreNoDescriptionEither) {
+  const auto most = folder_.write("most.au", test::auFile(3, 48000, 1024, Bytes(2048)));
+  EXPECT_EQ(AudioFile::describe(most).dataFormat.channelsPerFrame, 1024U);
+  const auto many = folder_.write("many.au", test::auFile(3, 48000, 1025, Bytes(2050)));
+  EXPECT_THROW(AudioFile::describe(many), PlatformError);
+  EXPECT_FALSE(describeAudioFile(many));
+}
+
 TEST_F(BadHeader, EveryByteMayBeWrong) {
   for (const auto& [name, bytes] : soundFiles()) {
     for (std::size_t at = 0; at < bytes.size(); ++at) {

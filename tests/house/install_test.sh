@@ -1,9 +1,9 @@
 #!/usr/bin/env bash
-# install_test.sh CMAKE BUILD_FOLDER COMPILER CONSUMER_FOLDER LIBDIR
+# install_test.sh CMAKE BUILD_FOLDER COMPILER CONSUMER_FOLDER LIBDIR CHECK_SYMBOLS
 # Installs into a folder, moves it, and builds a small program against it: once by find_package and
 # once by pkg-config. Neither may need anything of the build tree.
 set -euo pipefail
-cmake=$1 build=$2 compiler=$3 consumer=$4 libdir=$5
+cmake=$1 build=$2 compiler=$3 consumer=$4 libdir=$5 check=$6
 
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
@@ -15,6 +15,7 @@ quietly() {  # prints what the command said only when it fails
 quietly "$cmake" --install "$build" --prefix "$work/first"
 mv "$work/first" "$work/moved prefix"
 prefix="$work/moved prefix"
+python3 "$check" run-paths "$prefix"
 
 quietly "$cmake" -S "$consumer" -B "$work/consumer" -G Ninja "-DCMAKE_CXX_COMPILER=$compiler" \
   "-DCMAKE_PREFIX_PATH=$prefix"

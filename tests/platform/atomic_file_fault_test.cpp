@@ -127,11 +127,22 @@ TEST_P(AtomicFileFaultTest, AKillBeforeEveryCallLeavesTheOldOrTheNewFileWhole) {
     EXPECT_TRUE(content == kNew || content == kOld) << "call " << at;
     ++(content == kNew ? replaced : old);
     EXPECT_LE(leftovers(), 1U);
+    EXPECT_EQ(abandonedTemporaries(folder.path()).size(), leftovers());
     for (const auto& entry : std::filesystem::directory_iterator(folder.path()))
       if (entry.path() != target) std::filesystem::remove(entry.path());
   }
   EXPECT_GE(old, 6U);
   EXPECT_GE(replaced, 2U);
+}
+
+TEST_P(AtomicFileFaultTest, WhatALivingProcessWritesIsNotAbandoned) {
+  faults::begin(plan(Kind::none, 0));
+  AtomicFile file(target);
+  file.write(kNew);
+  EXPECT_EQ(leftovers(), GetParam() ? 0U : 1U);
+  EXPECT_TRUE(abandonedTemporaries(folder.path()).empty());
+  file.commit();
+  faults::end();
 }
 
 TEST_P(AtomicFileFaultTest, GoesOnAfterShortAndInterruptedWrites) {

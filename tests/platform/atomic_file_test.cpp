@@ -1,6 +1,8 @@
 #include "orvane/platform/atomic_file.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -9,6 +11,7 @@
 #include <vector>
 
 #include "orvane/platform/error.h"
+#include "orvane/platform/file_descriptor.h"
 #include "tests/support/temporary_directory.h"
 #include "tests/support/whole_file.h"
 
@@ -172,6 +175,27 @@ TEST_F(AtomicFileTest, RefusesAnExistingFileWhenAskedTo) {
   again.write("mine");
   again.commit();
   EXPECT_EQ(readFile(target), "mine");
+}
+
+TEST_F(AtomicFileTest, TellsAFolderFromAFileThatExists) {
+  std::filesystem::create_directory(target);
+  for (const auto existing : {AtomicFile::Existing::refuse, AtomicFile::Existing::replace}) {
+    const auto error = failureOf([&] { AtomicFile(target, existing); });
+    ASSERT_TRUE(error);
+    EXPECT_EQ(error->code(), std::errc::is_a_directory);
+  }
+}
+
+TEST_F(AtomicFileTest, FindsWhatKilledProcessesHaveLeft) {
+  const auto left = writeFile(folder / ".orvane-1.tmp", "half");
+  writeFile(folder / ".orvane-2.tmp2", "");
+  writeFile(folder / "orvane-3.tmp", "");
+  std::filesystem::create_symlink(left, folder / ".orvane-4.tmp");
+  const auto used = writeFile(folder / ".orvane-5.tmp", "half");
+  const FileDescriptor file(open(used.c_str(), O_RDONLY | O_CLOEXEC));
+  ASSERT_EQ(flock(file.number(), LOCK_EX | LOCK_NB), 0);
+  EXPECT_EQ(abandonedTemporaries(folder.path()), std::vector{left});
+  EXPECT_TRUE(abandonedTemporaries(folder / "missing").empty());
 }
 
 TEST_F(AtomicFileTest, TakesNamesOfTheGreatestLength) {

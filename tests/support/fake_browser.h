@@ -7,6 +7,7 @@
 #include <iterator>
 #include <string>
 #include <string_view>
+#include <system_error>
 
 #include "tests/support/temporary_directory.h"
 
@@ -21,6 +22,12 @@ class FakeBrowser {
   }
 
   std::filesystem::path program() const { return folder_ / "browser"; }
+  /// A value of PATH by which it is found in the place of any other browser.
+  std::string searchPath() const {
+    std::error_code isThere;
+    std::filesystem::create_symlink(program(), folder_ / "chromium-headless-shell", isThere);
+    return folder_.path().string() + ":/usr/bin:/bin";
+  }
   void answerWith(std::string_view pdf) const { folder_.write("answer.pdf", pdf); }
 
   std::string commands() const { return content("commands"); }

@@ -44,6 +44,7 @@ void BrowserSession::warmUp(const Patience& patience) {
 }
 
 std::unique_ptr<BrowserPage> BrowserSession::takePage(const Patience& patience) {
+  patience.check();  // no browser is started for nothing
   auto browser = acquire();
   // Whether it answers at all. If not, nobody is to be given this browser again.
   try {

@@ -23,7 +23,7 @@ namespace {
 using std::filesystem::path;
 
 /// A browser in good health needs 0.1 s.
-constexpr std::chrono::milliseconds kPatienceAtEnd{1500};
+constexpr std::chrono::milliseconds kPatienceAtEnd{300};
 constexpr std::chrono::milliseconds kPause{5};
 
 constexpr const char* kArguments[] = {

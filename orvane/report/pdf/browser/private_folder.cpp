@@ -1,5 +1,6 @@
 #include "orvane/report/pdf/browser/private_folder.h"
 
+#include <fcntl.h>
 #include <stdlib.h>
 
 #include <cerrno>
@@ -9,6 +10,7 @@
 #include <thread>
 
 #include "orvane/platform/error.h"
+#include "orvane/platform/use_mark.h"
 
 namespace orvane {
 namespace {
@@ -17,16 +19,35 @@ namespace {
 constexpr int kRemovalAttempts = 20;
 constexpr std::chrono::milliseconds kRemovalPause{5};
 
+constexpr const char* kNameStart = "orvane-browser-";
+
+void removeAbandonedFolders(const std::filesystem::path& parent) {
+  std::error_code failure;
+  std::filesystem::directory_iterator entries(parent, failure);
+  for (; !failure && entries != std::filesystem::directory_iterator(); entries.increment(failure)) {
+    const auto& path = entries->path();
+    if (!path.filename().string().starts_with(kNameStart)) continue;
+    std::error_code ignored;
+    if (const auto folder = UseMark::takeAbandoned(path))
+      std::filesystem::remove_all(path, ignored);
+  }
+}
+
 }  // namespace
 
 PrivateFolder::PrivateFolder() {
   std::error_code failure;
   const auto parent = std::filesystem::temp_directory_path(failure);
   if (failure) throw PlatformError("temporary folder", failure);
-  std::string name = (parent / "orvane-browser-XXXXXX").string();
-  if (mkdtemp(name.data()) == nullptr)
-    throw PlatformError(parent, std::error_code(errno, std::generic_category()));
-  path_ = name;
+  removeAbandonedFolders(parent);
+  do {
+    std::string name = (parent / (std::string(kNameStart) + "XXXXXX")).string();
+    if (mkdtemp(name.data()) == nullptr)
+      throw PlatformError(parent, std::error_code(errno, std::generic_category()));
+    path_ = name;
+    folder_ = FileDescriptor(::open(path_.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    // Before it is marked another run may take it for abandoned.
+  } while (!UseMark::set(folder_) || !std::filesystem::exists(path_, failure));
 }
 
 PrivateFolder::~PrivateFolder() {

@@ -2,10 +2,12 @@
 
 #include <filesystem>
 
+#include "orvane/platform/file_descriptor.h"
+
 namespace orvane {
 
 /// A fresh folder in the system's temporary one that nobody else may enter; it goes away with all
-/// that lies in it.
+/// that lies in it. So do the folders of runs that were killed, when the next one is made.
 class PrivateFolder {
  public:
   /// Throws `PlatformError` with the name of the temporary folder.
@@ -18,6 +20,7 @@ class PrivateFolder {
 
  private:
   std::filesystem::path path_;
+  FileDescriptor folder_;
 };
 
 }  // namespace orvane
