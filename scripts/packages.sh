@@ -8,7 +8,7 @@ buildPackages=(
   g++ cmake ninja-build pkg-config ccache
   libhwy-dev libkissfft-dev
   libavformat-dev libavcodec-dev libavutil-dev
-  nlohmann-json3-dev libcli11-dev
+  libcli11-dev
   libicu-dev librsvg2-bin
 )
 
@@ -22,7 +22,7 @@ demoPackages=(sox espeak-ng)
 testPackages=(
   libgtest-dev libgmock-dev
   ffmpeg sox libsox-fmt-mp3 flac espeak-ng
-  libsndfile1-dev libebur128-dev
+  libsndfile1-dev libebur128-dev nlohmann-json3-dev
   "${pdfPackages[@]}" poppler-utils tidy
   binutils python3
 )

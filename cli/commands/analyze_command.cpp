@@ -106,7 +106,7 @@ Printed printed(const MeasuredFile& file, const AnalyzeOptions& options, Layout 
   Printed result{.summary = AnalysisTable::row(file, console)};
   if (options.targets.enforce) result.missedTargets = ReportTable::missedTargets(file);
   if (layout == Layout::json) {
-    result.text = JsonOutput::line(analysisJson(file, options.curves));
+    result.text = analysisJson(file, options.curves);
     return result;
   }
   if (layout == Layout::blocks) {

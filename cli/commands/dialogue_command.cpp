@@ -48,7 +48,7 @@ ExitCode runShow(const ShowOptions& options, Console& console) {
       files, {.json = options.json}, console, [&](const InputName& file) -> FileWork::Report {
         const auto sidecar = DialogueSidecarFile::load(file);
         const auto warning = mismatch(file, sidecar);
-        const auto text = options.json ? JsonOutput::line(DialogueTimeline::json(file, sidecar))
+        const auto text = options.json ? DialogueTimeline::json(file, sidecar)
                                        : DialogueTimeline::block(file, sidecar, console);
         return [&, warning, text] {
           if (!warning.empty()) console.warning(warning);

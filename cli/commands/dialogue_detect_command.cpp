@@ -60,7 +60,7 @@ Detected detect(const InputName& file, const DetectOptions& options, ProgressObs
 
 std::string reportText(const InputName& file, const DialogueSidecar& sidecar,
                        const DetectOptions& options) {
-  if (options.json) return JsonOutput::line(DialogueTimeline::json(file, sidecar));
+  if (options.json) return DialogueTimeline::json(file, sidecar);
   if (options.quiet) return "";
   return TerminalText::escaped(file.shown()) + ": " + DialogueTimeline::summary(sidecar) + "\n";
 }

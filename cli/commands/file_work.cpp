@@ -17,7 +17,7 @@ ExitCode run(const std::vector<InputName>& files, const Plan& plan, Console& con
   const auto failure = [&](const InputName& file, const std::string& text) -> Report {
     return [&, message = file.message(text)] {
       console.error(message);
-      if (plan.json) console.print(JsonOutput::line(JsonOutput::failure(file.display, message)));
+      if (plan.json) console.print(JsonOutput::failure(file.display, message));
       code = worse(code, ExitCode::fileFailed);
     };
   };

@@ -13,10 +13,16 @@
 #include "orvane/container/audio_container.h"
 #include "orvane/container/audio_file.h"
 
-namespace orvane::cli {
-namespace {
+namespace orvane {
 
-using JsonOutput::Json;
+template <>
+struct json::Coding<PCMEncoding> {
+  static constexpr std::tuple fields{Field{"bitDepth", &PCMEncoding::bitDepth},
+                                     Field{"isFloat", &PCMEncoding::isFloat}};
+};
+
+namespace cli {
+namespace {
 
 struct IdentifyOptions {
   FileList::Request files{};
@@ -38,32 +44,29 @@ std::vector<std::string> channelNames(const AudioFileDescription& description) {
   return shownChannelNames(description.layout, description.dataFormat.channelsPerFrame);
 }
 
-Json identityJson(const InputName& file, const Identified& found) {
+std::string identityJson(const InputName& file, const Identified& found) {
   const auto& identity = found.identity;
-  Json document = {{"schemaVersion", JsonOutput::kSchemaVersion},
-                   {"url", file.display},
-                   {"containerTypeID", fourCC(identity.containerTypeID)},
-                   {"containerName", identity.containerName},
-                   {"pathExtension", identity.pathExtension},
-                   {"formatID", fourCC(identity.formatID)},
-                   {"codecName", AudioFileIdentity::codecNameForCode(identity.formatID)}};
-  if (identity.pcmEncoding) {
-    document["pcmEncoding"] = {{"bitDepth", identity.pcmEncoding->bitDepth},
-                               {"isFloat", identity.pcmEncoding->isFloat}};
-  }
-  document["encodingName"] = identity.encodingName();
-  document["formatLabel"] = identity.formatLabel();
-  document["isMisnamed"] = identity.isMisnamed();
-  document["isRewritableInPlace"] = identity.isRewritableInPlace();
-  document["sampleRate"] = JsonOutput::number(found.description.dataFormat.sampleRate);
-  document["channelCount"] = found.description.dataFormat.channelsPerFrame;
-  document["channelLabels"] = channelNames(found.description);
+  JsonOutput::Document document;
+  document.add("url", file.display);
+  document.add("containerTypeID", fourCC(identity.containerTypeID));
+  document.add("containerName", identity.containerName);
+  document.add("pathExtension", identity.pathExtension);
+  document.add("formatID", fourCC(identity.formatID));
+  document.add("codecName", AudioFileIdentity::codecNameForCode(identity.formatID));
+  if (identity.pcmEncoding) document.add("pcmEncoding", *identity.pcmEncoding);
+  document.add("encodingName", identity.encodingName());
+  document.add("formatLabel", identity.formatLabel());
+  document.add("isMisnamed", identity.isMisnamed());
+  document.add("isRewritableInPlace", identity.isRewritableInPlace());
+  document.add("sampleRate", found.description.dataFormat.sampleRate);
+  document.add("channelCount", found.description.dataFormat.channelsPerFrame);
+  document.add("channelLabels", channelNames(found.description));
   if (found.description.sourceBitDepth > 0)
-    document["sourceBitDepth"] = found.description.sourceBitDepth;
-  Json warnings = Json::array();
+    document.add("sourceBitDepth", found.description.sourceBitDepth);
+  std::vector<std::string> warnings;
   for (const auto& warning : found.description.warnings) warnings.push_back(warning.text);
-  document["warnings"] = std::move(warnings);
-  return document;
+  document.add("warnings", warnings);
+  return document.takeLine();
 }
 
 void addRow(TextTable& table, const InputName& file, const Identified& found) {
@@ -93,8 +96,7 @@ ExitCode runIdentify(const IdentifyOptions& options, Console& console) {
                                   [&](const InputName& file) -> FileWork::Report {
                                     auto found = identify(file);
                                     std::string document;
-                                    if (options.json)
-                                      document = JsonOutput::line(identityJson(file, found));
+                                    if (options.json) document = identityJson(file, found);
                                     return [&, found = std::move(found), document] {
                                       for (const auto& warning : found.description.warnings)
                                         console.warning(file.shown() + ": " + warning.text);
@@ -124,4 +126,5 @@ void addIdentifyCommand(CLI::App& program, ChosenCommand& chosen) {
   });
 }
 
-}  // namespace orvane::cli
+}  // namespace cli
+}  // namespace orvane

@@ -15,8 +15,6 @@ namespace {
 
 using core::LoudnessTarget;
 using core::LoudnessTargetMode;
-using JsonOutput::Json;
-using JsonOutput::number;
 
 constexpr LoudnessTargetMode kModes[] = {LoudnessTargetMode::music, LoudnessTargetMode::podcast,
                                          LoudnessTargetMode::vod, LoudnessTargetMode::broadcast};
@@ -27,27 +25,27 @@ struct TargetsOptions {
 };
 
 /// Under the names that reports use, and where the figures come from.
-Json targetJson(const LoudnessTarget& target) {
-  Json document = {{"schemaVersion", JsonOutput::kSchemaVersion},
-                   {"id", target.id},
-                   {"name", target.name},
-                   {"mode", rawValue(target.mode)},
-                   {"source", rawValue(target.source)}};
+std::string targetJson(const LoudnessTarget& target) {
   const auto* compliance = std::get_if<core::ComplianceTreatment>(&target.treatment);
-  document["treatmentKind"] = compliance != nullptr ? "compliance" : "penalty";
-  document["referenceLUFS"] = number(target.referenceLUFS);
-  const auto add = [&document](const char* key, const std::optional<float>& value) {
-    if (value) document[key] = number(*value);
+  const auto* penalty = std::get_if<core::PenaltyTreatment>(&target.treatment);
+  JsonOutput::Document document;
+  const auto addKnown = [&](const char* key, const std::optional<float>& value) {
+    if (value) document.add(key, *value);
   };
-  if (compliance != nullptr) add("toleranceLU", compliance->toleranceLU);
-  document["truePeakCeilingDBTP"] = number(target.truePeakCeilingDBTP);
-  if (const auto* penalty = std::get_if<core::PenaltyTreatment>(&target.treatment))
-    document["boostBehaviour"] = rawValue(penalty->boostBehaviour);
-  add("noiseFloorMaxDBRMS", target.noiseFloorMaxDBRMS);
-  add("maxShortTermLUFS", target.maxShortTermLUFS);
-  document["provenance"] = target.provenance;
-  document["isConfirmed"] = target.isConfirmed;
-  return document;
+  document.add("id", target.id);
+  document.add("name", target.name);
+  document.add("mode", rawValue(target.mode));
+  document.add("source", rawValue(target.source));
+  document.add("treatmentKind", compliance != nullptr ? "compliance" : "penalty");
+  document.add("referenceLUFS", target.referenceLUFS);
+  if (compliance != nullptr) addKnown("toleranceLU", compliance->toleranceLU);
+  document.add("truePeakCeilingDBTP", target.truePeakCeilingDBTP);
+  if (penalty != nullptr) document.add("boostBehaviour", rawValue(penalty->boostBehaviour));
+  addKnown("noiseFloorMaxDBRMS", target.noiseFloorMaxDBRMS);
+  addKnown("maxShortTermLUFS", target.maxShortTermLUFS);
+  document.add("provenance", target.provenance);
+  document.add("isConfirmed", target.isConfirmed);
+  return document.takeLine();
 }
 
 /// What becomes of a file that does not meet the target.
@@ -79,7 +77,7 @@ ExitCode runTargets(const TargetsOptions& options, Console& console) {
     if (options.mode && *options.mode != mode) continue;
     if (options.json) {
       for (const LoudnessTarget& target : core::LoudnessTargetCatalog::targets(mode))
-        text += JsonOutput::line(targetJson(target));
+        text += targetJson(target);
     } else {
       text += (text.empty() ? "" : "\n") + table(mode, console);
     }

@@ -2,27 +2,13 @@
 
 #include <string_view>
 
+#include "cli/output/json_output.h"
+#include "orvane/report/report_coding.h"
+
 namespace orvane::cli {
 namespace {
 
-using JsonOutput::Json;
-using JsonOutput::number;
-
-Json numbers(const std::vector<float>& values) {
-  Json array = Json::array();
-  for (const float value : values) array.push_back(number(value));
-  return array;
-}
-
-Json rawFormatJson(const RawPCMFormat& format) {
-  return {{"sampleRate", number(format.sampleRate)},
-          {"channelCount", format.channelCount},
-          {"encoding", rawValue(format.encoding)},
-          {"endianness", rawValue(format.endianness)},
-          {"isPlanar", format.isPlanar},
-          {"headerSkipBytes", format.headerSkipBytes},
-          {"trailingBytesTolerance", format.trailingBytesTolerance}};
-}
+using JsonOutput::Document;
 
 std::string_view codeText(AudioFileWarning::Code code) {
   switch (code) {
@@ -40,95 +26,76 @@ std::string_view codeText(AudioFileWarning::Code code) {
   return "other";
 }
 
-Json warningsJson(const std::vector<AudioFileWarning>& warnings) {
-  Json array = Json::array();
-  for (const auto& warning : warnings)
-    array.push_back({{"code", codeText(warning.code)}, {"text", warning.text}});
-  return array;
-}
-
-Json clippingRunsJson(const MeasuredFile& file) {
-  Json array = Json::array();
-  for (const auto& run : file.detail.clippingRuns) {
-    array.push_back(
-        {{"channel", run.channel},
-         {"startFrame", run.startFrame},
-         {"frameCount", run.frameCount},
-         {"startSeconds", number(static_cast<double>(run.startFrame) / file.result.sampleRate)}});
-  }
-  return array;
-}
-
-void addFormat(Json& document, const MeasuredFile& file) {
+void addFormat(Document& document, const MeasuredFile& file) {
   const auto& result = file.result;
-  document["sampleRate"] = number(result.sampleRate);
-  document["channelCount"] = result.channelCount;
-  document["channelLabels"] = file.channelNames();
-  document["durationSeconds"] = number(result.durationSeconds);
-  document["fileFormat"] = result.fileFormat;
-  if (file.identity) document["encodingName"] = file.encodingText();
-  document["fileSize"] = result.fileSize;
-  document["bitDepth"] = result.bitDepth;
-  if (result.rawFormat) document["rawFormat"] = rawFormatJson(*result.rawFormat);
+  document.add("sampleRate", result.sampleRate);
+  document.add("channelCount", result.channelCount);
+  document.add("channelLabels", file.channelNames());
+  document.add("durationSeconds", result.durationSeconds);
+  document.add("fileFormat", result.fileFormat);
+  if (file.identity) document.add("encodingName", file.encodingText());
+  document.add("fileSize", result.fileSize);
+  document.add("bitDepth", result.bitDepth);
+  if (result.rawFormat) document.add("rawFormat", *result.rawFormat);
 }
 
-void addFigures(Json& document, const MeasuredFile& file) {
+void addFigures(Document& document, const MeasuredFile& file) {
   const auto& result = file.result;
-  document["dualMono"] = file.detail.isDualMono;
-  document["integratedLUFS"] = number(result.integratedLUFS);
-  document["loudnessRange"] = number(result.loudnessRange);
-  document["truePeakDB"] = number(result.truePeakDB);
-  document["samplePeakDB"] = number(result.samplePeakDB);
-  document["maxMomentaryLUFS"] = number(result.maxMomentaryLUFS);
-  document["maxShortTermLUFS"] = number(result.maxShortTermLUFS);
-  document["dynamicRange"] = result.dynamicRange;
-  document["speechGatedLUFS"] = number(result.speechGatedLUFS);
-  document["speechPercentage"] = number(result.speechPercentage);
-  document["channelPeakDB"] = numbers(result.channelPeakDB);
-  document["channelRMSDB"] = numbers(result.channelRMSDB);
-  document["channelCrestFactorDB"] = numbers(result.channelCrestFactorDB);
-  document["channelDCOffset"] = numbers(result.channelDCOffset);
-  document["channelHasClipping"] = result.channelHasClipping;
+  document.add("dualMono", file.detail.isDualMono);
+  document.add("integratedLUFS", result.integratedLUFS);
+  document.add("loudnessRange", result.loudnessRange);
+  document.add("truePeakDB", result.truePeakDB);
+  document.add("samplePeakDB", result.samplePeakDB);
+  document.add("maxMomentaryLUFS", result.maxMomentaryLUFS);
+  document.add("maxShortTermLUFS", result.maxShortTermLUFS);
+  document.add("dynamicRange", result.dynamicRange);
+  document.add("speechGatedLUFS", result.speechGatedLUFS);
+  document.add("speechPercentage", result.speechPercentage);
+  document.add("channelPeakDB", result.channelPeakDB);
+  document.add("channelRMSDB", result.channelRMSDB);
+  document.add("channelCrestFactorDB", result.channelCrestFactorDB);
+  document.add("channelDCOffset", result.channelDCOffset);
+  document.add("channelHasClipping", result.channelHasClipping);
 }
 
-void addFindings(Json& document, const MeasuredFile& file) {
-  document["clippingRunCount"] = file.detail.clippingRunCount;
-  document["clippingRuns"] = clippingRunsJson(file);
-  document["nonFiniteSampleCount"] = file.detail.nonFiniteSampleCount;
-  document["warnings"] = warningsJson(file.detail.warnings);
+void addFindings(Document& document, const MeasuredFile& file) {
+  document.add("clippingRunCount", file.detail.clippingRunCount);
+  document.addObjects("clippingRuns", file.detail.clippingRuns, [&](const auto& run) {
+    document.add("channel", run.channel);
+    document.add("startFrame", run.startFrame);
+    document.add("frameCount", run.frameCount);
+    document.add("startSeconds", static_cast<double>(run.startFrame) / file.result.sampleRate);
+  });
+  document.add("nonFiniteSampleCount", file.detail.nonFiniteSampleCount);
+  document.addObjects("warnings", file.detail.warnings, [&](const AudioFileWarning& warning) {
+    document.add("code", codeText(warning.code));
+    document.add("text", warning.text);
+  });
 }
 
-void addCurves(Json& document, const OfflineAnalysisPipeline::Result& result) {
-  if (result.speechHistory) document["speechHistory"] = *result.speechHistory;
-  Json& loudness = document["loudnessCurve"] = Json::array();
-  for (const auto& point : result.loudnessCurve) {
-    loudness.push_back({{"time", number(point.time)},
-                        {"momentary", number(point.momentary)},
-                        {"shortTerm", number(point.shortTerm)},
-                        {"integrated", number(point.integrated)}});
-  }
-  Json& width = document["stereoWidthCurve"] = Json::array();
-  for (const auto& point : result.stereoWidthCurve)
-    width.push_back({{"time", number(point.time)}, {"correlation", number(point.correlation)}});
+void addCurves(Document& document, const OfflineAnalysisPipeline::Result& result) {
+  if (result.speechHistory) document.add("speechHistory", *result.speechHistory);
+  document.add("loudnessCurve", result.loudnessCurve);
+  document.add("stereoWidthCurve", result.stereoWidthCurve);
 }
 
 /// A record of the report as it stands there, so that both have the same keys. Its curves come on
 /// request only.
 template <typename Record>
-Json recordJson(const Record& record, bool withCurves) {
-  Json document = Json::parse(encodeJSON(record));
-  if (!withCurves)
-    for (const char* curve : {"momentaryCurve", "shortTermCurve", "integratedCurve"})
-      document.erase(curve);
-  return document;
+std::string recordJson(const Record& record, bool withCurves) {
+  json::Writer writer(JsonOutput::kRecordStyle);
+  json::writeRecord(writer, record, [withCurves](std::string_view key) {
+    return withCurves || !key.ends_with("Curve");
+  });
+  return writer.take();
 }
 
-void addReportParts(Json& document, const MeasuredFile& file, bool withCurves) {
+void addReportParts(Document& document, const MeasuredFile& file, bool withCurves) {
   const auto add = [&](const char* key, const auto& part) {
-    if (part) document[key] = recordJson(*part, withCurves);
+    if (part) document.addJSON(key, recordJson(*part, withCurves));
   };
   const OrvaneReport& report = *file.report;
-  if (file.isJudged) document["loudnessTargets"] = recordJson(report.loudnessTargets, false);
+  if (file.isJudged) document.addJSON("loudnessTargets", recordJson(report.loudnessTargets, false));
   add("selection", report.selection);
   add("violations", report.violations);
   add("chapters", report.chapters);
@@ -138,14 +105,15 @@ void addReportParts(Json& document, const MeasuredFile& file, bool withCurves) {
 
 }  // namespace
 
-Json analysisJson(const MeasuredFile& file, bool withCurves) {
-  Json document = {{"schemaVersion", JsonOutput::kSchemaVersion}, {"url", file.name.display}};
+std::string analysisJson(const MeasuredFile& file, bool withCurves) {
+  Document document;
+  document.add("url", file.name.display);
   addFormat(document, file);
   addFigures(document, file);
   if (file.report) addReportParts(document, file, withCurves);
   addFindings(document, file);
   if (withCurves) addCurves(document, file.result);
-  return document;
+  return document.takeLine();
 }
 
 }  // namespace orvane::cli

@@ -2,10 +2,11 @@
 
 #include <algorithm>
 
+#include "cli/output/json_output.h"
 #include "cli/output/number_text.h"
 #include "cli/terminal/terminal_text.h"
 #include "cli/terminal/text_table.h"
-#include "orvane/speech/dialogue/dialogue_json.h"
+#include "orvane/speech/dialogue/dialogue_coding.h"
 #include "orvane/text/iso8601_date.h"
 
 namespace orvane::cli::DialogueTimeline {
@@ -149,12 +150,15 @@ std::string block(const InputName& file, const DialogueSidecar& sidecar, const C
          figures(sidecar, console) + drawing(sidecar, console) + list(sidecar, console);
 }
 
-JsonOutput::Json json(const InputName& file, const DialogueSidecar& sidecar) {
-  return {{"schemaVersion", JsonOutput::kSchemaVersion},
-          {"url", file.display},
-          {"dialogueSeconds", JsonOutput::number(totalSeconds(sidecar))},
-          {"dialoguePercentage", JsonOutput::number(percentage(sidecar))},
-          {"sidecar", JsonOutput::Json::parse(DialogueJSON::text(sidecar))}};
+std::string json(const InputName& file, const DialogueSidecar& sidecar) {
+  JsonOutput::Document document;
+  document.add("url", file.display);
+  document.add("dialogueSeconds", totalSeconds(sidecar));
+  document.add("dialoguePercentage", percentage(sidecar));
+  json::Style style = JsonOutput::kRecordStyle;
+  style.sortsKeys = true;  // as in its file
+  document.addJSON("sidecar", json::encode(sidecar, style));
+  return document.takeLine();
 }
 
 }  // namespace orvane::cli::DialogueTimeline

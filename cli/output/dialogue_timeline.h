@@ -5,7 +5,6 @@
 #include <vector>
 
 #include "cli/options/file_list.h"
-#include "cli/output/json_output.h"
 #include "cli/terminal/console.h"
 #include "orvane/core/time_range.h"
 #include "orvane/speech/dialogue/dialogue_sidecar.h"
@@ -33,7 +32,7 @@ std::string summary(const DialogueSidecar& sidecar);
 /// Everything about one file: figures, bar and list.
 std::string block(const InputName& file, const DialogueSidecar& sidecar, const Console& console);
 
-/// The same for machines: the sidecar's keys with the figures beside them.
-JsonOutput::Json json(const InputName& file, const DialogueSidecar& sidecar);
+/// The same for machines, in one line: the sidecar's keys with the figures beside them.
+std::string json(const InputName& file, const DialogueSidecar& sidecar);
 
 }  // namespace orvane::cli::DialogueTimeline

@@ -1,27 +1,33 @@
 #include "cli/output/json_output.h"
 
-#include <cmath>
-
-#include "cli/output/number_text.h"
-
 namespace orvane::cli::JsonOutput {
+namespace {
 
-Json number(float value) {
-  if (!std::isfinite(value)) return nullptr;
-  return NumberText::withFloatDigits(value);
+/// Goes up when a key changes its meaning or is removed.
+constexpr int kSchemaVersion = 1;
+
+}  // namespace
+
+Document::Document() : writer_({.isASCII = true, .numbers = json::Style::Numbers::real}) {
+  writer_.beginObject();
+  add("schemaVersion", kSchemaVersion);
 }
 
-Json number(double value) {
-  if (!std::isfinite(value)) return nullptr;
-  return value;
+void Document::addJSON(std::string_view key, std::string_view json) {
+  writer_.key(key);
+  writer_.json(json);
 }
 
-std::string line(const Json& document) {
-  return document.dump(-1, ' ', true, Json::error_handler_t::replace) + "\n";
+std::string Document::takeLine() {
+  writer_.endObject();
+  return writer_.take() + "\n";
 }
 
-Json failure(std::string_view name, std::string_view message) {
-  return {{"schemaVersion", kSchemaVersion}, {"url", name}, {"error", message}};
+std::string failure(std::string_view name, std::string_view message) {
+  Document document;
+  document.add("url", name);
+  document.add("error", message);
+  return document.takeLine();
 }
 
 }  // namespace orvane::cli::JsonOutput

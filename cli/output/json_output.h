@@ -1,25 +1,52 @@
 #pragma once
 
-#include <nlohmann/json.hpp>
 #include <string>
 #include <string_view>
 
-/// JSON as the program prints it: one document per line, pure ASCII, keys in a fixed order.
+#include "orvane/text/json/json_coding.h"
+
+/// JSON as the program prints it: one document per line, pure ASCII, keys in a fixed order, numbers
+/// with their shortest digits, null for a number that is not finite.
 namespace orvane::cli::JsonOutput {
 
-using Json = nlohmann::ordered_json;
+/// How the records of reports and sidecars stand in a document.
+inline constexpr json::Style kRecordStyle{.isASCII = true, .numbers = json::Style::Numbers::plain};
 
-/// Goes up when a key changes its meaning or is removed.
-inline constexpr int kSchemaVersion = 1;
+/// One document, begun with its schema version.
+class Document {
+ public:
+  Document();
 
-/// The number with its shortest digits; null when it is not finite.
-Json number(float value);
-Json number(double value);
+  template <typename Value>
+  void add(std::string_view key, const Value& value) {
+    writer_.key(key);
+    json::writeValue(writer_, value);
+  }
 
-/// The document in one line, with its line end. What is no UTF-8 in a text becomes U+FFFD.
-std::string line(const Json& document);
+  /// A value that is JSON already.
+  void addJSON(std::string_view key, std::string_view json);
 
-/// What stands in the place of a file that failed.
-Json failure(std::string_view name, std::string_view message);
+  /// An object per element, to which `addKeys(element)` adds its keys.
+  template <typename Elements, typename AddKeys>
+  void addObjects(std::string_view key, const Elements& elements, AddKeys addKeys) {
+    writer_.key(key);
+    writer_.beginArray();
+    for (const auto& element : elements) {
+      writer_.beginObject();
+      addKeys(element);
+      writer_.endObject();
+    }
+    writer_.endArray();
+  }
+
+  /// The whole document in one line, with its line end.
+  std::string takeLine();
+
+ private:
+  json::Writer writer_;
+};
+
+/// The line that stands in the place of a file that failed.
+std::string failure(std::string_view name, std::string_view message);
 
 }  // namespace orvane::cli::JsonOutput

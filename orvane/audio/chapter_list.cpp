@@ -1,6 +1,7 @@
 #include "orvane/audio/chapter_list.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <utility>
 
@@ -109,25 +110,34 @@ double readTime(json::Reader& reader) {
   return seconds;
 }
 
+/// The keys of a chapter: three for its start, three for its end, two for its name.
+constexpr std::array<std::string_view, 8> kChapterKeys = {
+    "startSec", "startTime", "start", "endSec", "endTime", "end", "name", "title"};
+
 ChapterMark readChapter(json::Reader& reader) {
   ChapterMark mark;
-  bool hasStart = false;
+  std::array<bool, kChapterKeys.size()> isFound{};
   reader.beginObject();
   while (const auto found = reader.nextKey()) {
-    const std::string key(*found);
-    const json::Reader::Step step(reader, key);
-    if (key == "startSec" || key == "startTime" || key == "start") {
-      mark.startSeconds = readTime(reader);
-      hasStart = true;
-    } else if (key == "endSec" || key == "endTime" || key == "end") {
-      if (!reader.skipNull()) mark.endSeconds = readTime(reader);
-    } else if (key == "name" || key == "title") {
-      if (!reader.skipNull()) mark.name = reader.readString();
-    } else {
+    const auto index = static_cast<std::size_t>(
+        std::find(kChapterKeys.begin(), kChapterKeys.end(), *found) - kChapterKeys.begin());
+    if (index == kChapterKeys.size()) {
       reader.skipValue();
+      continue;
+    }
+    const json::Reader::Step step(reader, kChapterKeys[index]);
+    reader.requireFirst(isFound[index]);
+    if (index < 3) {
+      mark.startSeconds = readTime(reader);
+    } else if (reader.skipNull()) {
+      continue;
+    } else if (index < 6) {
+      mark.endSeconds = readTime(reader);
+    } else {
+      mark.name = reader.readString();
     }
   }
-  if (!hasStart) reader.failMissing("startSec");
+  if (!isFound[0] && !isFound[1] && !isFound[2]) reader.failMissing("startSec");
   if (mark.endSeconds && *mark.endSeconds < mark.startSeconds)
     reader.failCorrupted("ends before it starts.");
   return mark;
@@ -144,12 +154,15 @@ void readChapters(json::Reader& reader, std::vector<ChapterMark>& marks) {
 
 /// An object of which one key holds chapters: "entries" of a table, "chapters" of a report.
 void readHolder(json::Reader& reader, std::vector<ChapterMark>& marks, bool isTable) {
+  bool hasEntries = false;
+  bool hasChapters = false;
   reader.beginObject();
   while (const auto found = reader.nextKey()) {
     const std::string key(*found);
     const json::Reader::Step step(reader, key);
     const bool isEntries = key == "entries";
     const bool isChapters = !isTable && key == "chapters";
+    if (isEntries || isChapters) reader.requireFirst(isEntries ? hasEntries : hasChapters);
     if (!isEntries && !isChapters) {
       reader.skipValue();
     } else if (reader.isAtArray()) {

@@ -34,17 +34,19 @@ int number(std::string_view digits) noexcept {
 
 }  // namespace
 
+bool hasText(Date date) noexcept {
+  using namespace std::chrono;
+  return date >= sys_days(year(0) / January / 1) && date < sys_days(year(10000) / January / 1);
+}
+
 std::string text(Date date) {
+  precondition(hasText(date), "a date that is written lies in the years 0 to 9999");
   const auto day = std::chrono::floor<std::chrono::days>(date);
   const std::chrono::year_month_day calendar(day);
   const std::chrono::hh_mm_ss time(date - day);
-  const int year = int{calendar.year()};
-  // The calendar of <chrono> is narrower than its seconds, hence the way back.
-  precondition(year >= 0 && year <= 9999 && std::chrono::sys_days(calendar) == day,
-               "a date that is written lies in the years 0 to 9999");
   std::array<char, 48> buffer{};
-  std::snprintf(buffer.data(), buffer.size(), "%04d-%02u-%02uT%02d:%02d:%02dZ", year,
-                unsigned{calendar.month()}, unsigned{calendar.day()},
+  std::snprintf(buffer.data(), buffer.size(), "%04d-%02u-%02uT%02d:%02d:%02dZ",
+                int{calendar.year()}, unsigned{calendar.month()}, unsigned{calendar.day()},
                 static_cast<int>(time.hours().count()), static_cast<int>(time.minutes().count()),
                 static_cast<int>(time.seconds().count()));
   return buffer.data();

@@ -19,7 +19,10 @@ ORVANE_API Date currentDate();
 /// "2024-02-29T23:59:59Z".
 namespace ISO8601Date {
 
-/// Years 0 to 9999 have such a text; any other is a programming error.
+/// Whether a date has such a text: in the years 0 to 9999.
+ORVANE_API bool hasText(Date date) noexcept;
+
+/// A date that has none is a programming error.
 ORVANE_API std::string text(Date date);
 
 /// Absent for anything that `text` does not write: other separators, fractions, offsets, leap

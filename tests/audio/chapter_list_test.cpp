@@ -68,6 +68,20 @@ TEST(ChapterListTest, NamesTheKeyThatIsWrongInJSON) {
   EXPECT_NE(failure("{\"a\":" + std::string(100'000, '[')), "");
 }
 
+TEST(ChapterListTest, RefusesAKeyThatStandsThereTwiceInJSON) {
+  EXPECT_EQ(failure(R"([{"startSec":1,"name":"a","startSec":1}])"),
+            "\"[0].startSec\" stands there twice.");
+  EXPECT_EQ(failure(R"([{"start":1},{"start":2,"name":null,"name":"a"}])"),
+            "\"[1].name\" stands there twice.");
+  EXPECT_EQ(failure(R"({"chapters":null,"chapters":[{"start":1}]})"),
+            "\"chapters\" stands there twice.");
+  EXPECT_EQ(failure(R"({"chapters":{"entries":[{"start":1}],"entries":[]}})"),
+            "\"chapters.entries\" stands there twice.");
+  EXPECT_EQ(read(R"([{"start":0,"startSec":0,"end":10,"name":"One","title":"One"},{"start":10.5}])")
+                .size(),
+            2U);
+}
+
 TEST(ChapterListTest, ReadsCSVByItsHeader) {
   EXPECT_EQ(read("Title,End,Start,Other\r\nOne,10,0,x\r\nTwo,,0:10.5,y\r\n"), kTwo);
   EXPECT_EQ(read("start,name\n0,\n"), (Marks{{0, {}, ""}}));

@@ -7,6 +7,7 @@
 #include "orvane/music/music_section_loudness.h"
 #include "orvane/music/stem_gated_loudness.h"
 #include "orvane/text/json/json_text.h"
+#include "tests/support/doubled_keys.h"
 
 namespace orvane {
 namespace {
@@ -43,6 +44,14 @@ TEST(MusicCoding, WritesTheKeysOfTheRecordInItsOrder) {
 
 TEST(MusicCoding, BringsTheRecordBack) {
   EXPECT_EQ(decodeJSON<MusicAnalysisResult>(encodeJSON(song())), song());
+}
+
+TEST(MusicCoding, RefusesAKeyThatStandsThereTwiceInAnyRecord) {
+  test::expectEachKeyOnce(encodeJSON(song()), decodeJSON<MusicAnalysisResult>);
+  test::expectEachKeyOnce(encodeJSON(StemGatedLoudness{.vocal = {.presentLUFS = -14.3F}}),
+                          decodeJSON<StemGatedLoudness>);
+  test::expectEachKeyOnce(encodeJSON(MusicSectionLoudness{.entries = {{.index = 1}}}),
+                          decodeJSON<MusicSectionLoudness>);
 }
 
 TEST(MusicCoding, LeavesOutAnUnknownTempo) {

@@ -5,6 +5,7 @@
 
 #include "orvane/rawpcm/raw_pcm_format.h"
 #include "orvane/text/json/json_text.h"
+#include "tests/support/doubled_keys.h"
 
 namespace orvane {
 namespace {
@@ -49,6 +50,10 @@ TEST(RawPCMFormatJSON, WritesEveryEncodingAndByteOrderAsItsRawValue) {
       EXPECT_NE(text.find("\"" + std::string(rawValue(endianness)) + "\""), std::string::npos);
       EXPECT_EQ(decode(text), format);
     }
+}
+
+TEST(RawPCMFormatJSON, RefusesAKeyThatStandsThereTwice) {
+  test::expectEachKeyOnce(kText, decode);
 }
 
 TEST(RawPCMFormatJSON, NeedsEveryKey) {

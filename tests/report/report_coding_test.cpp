@@ -9,6 +9,7 @@
 
 #include "orvane/report/orvane_report.h"
 #include "tests/report/sample_reports.h"
+#include "tests/support/doubled_keys.h"
 
 namespace orvane {
 namespace {
@@ -20,6 +21,21 @@ std::vector<std::string> keys(const Json& object) {
   std::vector<std::string> result;
   for (const auto& [key, value] : object.items()) result.push_back(key);
   return result;
+}
+
+TEST(ReportCoding, RefusesAKeyThatStandsThereTwiceInAnyRecord) {
+  OrvaneReport report = test::fullReport();
+  const auto shorten = [](auto& loudness) {
+    for (auto* curve :
+         {&loudness.momentaryCurve, &loudness.shortTermCurve, &loudness.integratedCurve})
+      curve->resize(1);
+  };
+  shorten(report.fullFile);
+  shorten(*report.selection);
+  report.stereoWidth->curve.resize(1);
+  test::expectEachKeyOnce(encodeJSON(report), decodeJSON<OrvaneReport>);
+  test::expectEachKeyOnce(encodeJSON(LoudnessCurvePoint{}), decodeJSON<LoudnessCurvePoint>);
+  test::expectEachKeyOnce(encodeJSON(StereoWidthCurvePoint{}), decodeJSON<StereoWidthCurvePoint>);
 }
 
 Json fullReport() {

@@ -12,7 +12,8 @@
 /// Dialogue regions and sidecars as JSON (RFC 8259, UTF-8), with keys equal to the field names.
 /// Regions leave "label" and "vadOrigin" out when they are absent; "vadOrigin" is an array of its
 /// two edges. Dates are ISO 8601, UTC, in whole seconds; UUIDs are written in upper case and read
-/// in either. Unknown keys are passed over; numbers must be finite.
+/// in either. No key may stand there twice; unknown ones
+/// are passed over. Numbers must be finite.
 namespace orvane::DialogueJSON {
 
 /// One line, keys in the order of the fields. Throws `EncodingError` for a number that is not

@@ -35,13 +35,14 @@ struct ORVANE_API DialogueRegion {
     bool operator==(const BlockRange&) const = default;
   };
 
-  UUID id;  ///< kept across edits and files
-  double start;
-  double end;  ///< not before `start`, unless a file said otherwise
-  std::optional<std::string> label;
+  UUID id{};  ///< kept across edits and files
+  double start = 0;
+  double end = 0;  ///< not before `start`, unless a file said otherwise
+  std::optional<std::string> label{};
   /// The span the detector gave; absent for a region that was drawn or imported.
-  std::optional<ClosedTimeRange> vadOrigin;
+  std::optional<ClosedTimeRange> vadOrigin{};
 
+  DialogueRegion() = default;
   /// Swapped edges are put right.
   DialogueRegion(const UUID& id, double start, double end,
                  std::optional<std::string> label = std::nullopt,

@@ -24,15 +24,16 @@ struct ORVANE_API DialogueSidecar {
     bool operator==(const AudioFileInfo&) const = default;
   };
 
-  std::int64_t schemaVersion;
-  std::string generator;  ///< name of the program that wrote it
-  std::string generatorVersion;
-  AudioFileInfo audioFile;
-  std::vector<DialogueRegion> regions;
-  Date createdAt;
-  Date modifiedAt;
-  DialogueRegionSource source;
+  std::int64_t schemaVersion = currentSchemaVersion;
+  std::string generator{};  ///< name of the program that wrote it
+  std::string generatorVersion{};
+  AudioFileInfo audioFile{};
+  std::vector<DialogueRegion> regions{};
+  Date createdAt{};
+  Date modifiedAt{};
+  DialogueRegionSource source = DialogueRegionSource::silero;
 
+  DialogueSidecar() = default;
   /// The regions are put in order of their start; those with equal starts keep their order.
   DialogueSidecar(std::int64_t schemaVersion, std::string generator, std::string generatorVersion,
                   AudioFileInfo audioFile, std::vector<DialogueRegion> regions, Date createdAt,

@@ -1,9 +1,11 @@
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <concepts>
 #include <limits>
+#include <numeric>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -11,6 +13,7 @@
 #include <utility>
 #include <vector>
 
+#include "orvane/platform/uuid.h"
 #include "orvane/text/iso8601_date.h"
 #include "orvane/text/json/json_reader.h"
 #include "orvane/text/json/json_text.h"
@@ -24,12 +27,21 @@
 ///                                        Field{"lufs", &LoudnessSample::lufs}};
 ///   };
 ///
-/// and an enumeration which texts stand for its values:
+/// a range of numbers, which is written as an array of both, what its bounds are,
+///
+///   template <>
+///   struct Coding<ClosedTimeRange> {
+///     static constexpr std::pair bounds{&ClosedTimeRange::lowerBound,
+///                                       &ClosedTimeRange::upperBound};
+///   };
+///
+/// and an enumeration which texts stand for its values and, if it likes, what any other text is:
 ///
 ///   template <>
 ///   struct Coding<Stem> {
 ///     static std::string_view text(Stem stem);
 ///     static std::optional<Stem> value(std::string_view text);
+///     static constexpr const char* unknown = "is no stem.";
 ///   };
 namespace orvane::json {
 
@@ -50,6 +62,11 @@ concept CodedRecord = requires {
 };
 
 template <typename Value>
+concept CodedRange = requires {
+  Coding<Value>::bounds;
+};
+
+template <typename Value>
 concept CodedText = requires(Value value) {
   { Coding<Value>::text(value) } -> std::convertible_to<std::string_view>;
 };
@@ -64,24 +81,41 @@ inline constexpr bool kIsArray = false;
 template <typename Value>
 inline constexpr bool kIsArray<std::vector<Value>> = true;
 
+template <typename Record>
+inline constexpr std::size_t kFieldCount =
+    std::tuple_size_v<std::decay_t<decltype(Coding<Record>::fields)>>;
+
+/// The places of a record's fields in the order of their keys.
+template <typename Record>
+inline constexpr auto kByAlphabet = [] {
+  constexpr auto keys = std::apply([](const auto&... field) { return std::array{field.key...}; },
+                                   Coding<Record>::fields);
+  std::array<std::size_t, kFieldCount<Record>> places{};
+  std::iota(places.begin(), places.end(), 0);
+  std::sort(places.begin(), places.end(),
+            [&](std::size_t a, std::size_t b) { return keys[a] < keys[b]; });
+  return places;
+}();
+
 template <typename Value>
 void writeValue(Writer& writer, const Value& value);
 
-/// Absent fields, and optional numbers that are not finite, are not written.
+/// Absent fields are not written, nor are optional numbers that are not finite, where such a number
+/// would be null.
 template <typename Value>
-bool isWritten(const Value& value) {
+bool isWritten(const Writer& writer, const Value& value) {
   if constexpr (kIsOptional<Value>) {
     if (!value) return false;
-    if constexpr (std::floating_point<typename Value::value_type>) return std::isfinite(*value);
+    if constexpr (std::floating_point<typename Value::value_type>)
+      return std::isfinite(*value) || writer.style().mustBeFinite;
   }
   return true;
 }
 
-template <typename Record, typename Value>
-void writeField(Writer& writer, const Record& record, const Field<Record, Value>& field) {
-  const Value& value = record.*field.member;
-  if (!isWritten(value)) return;
-  writer.key(field.key);
+template <typename Value>
+void writeField(Writer& writer, std::string_view key, const Value& value) {
+  if (!isWritten(writer, value)) return;
+  writer.key(key);
   if constexpr (kIsOptional<Value>) {
     writeValue(writer, *value);
   } else {
@@ -89,13 +123,34 @@ void writeField(Writer& writer, const Record& record, const Field<Record, Value>
   }
 }
 
+/// The record without the keys that are not wanted.
+template <typename Record, typename IsWanted>
+void writeRecord(Writer& writer, const Record& record, IsWanted isWanted) {
+  constexpr auto& fields = Coding<Record>::fields;
+  const auto write = [&](const auto& field) {
+    if (isWanted(field.key)) writeField(writer, field.key, record.*field.member);
+  };
+  writer.beginObject();
+  [&]<std::size_t... i>(std::index_sequence<i...>) {
+    if (writer.style().sortsKeys) {
+      (write(std::get<kByAlphabet<Record>[i]>(fields)), ...);
+    } else {
+      (write(std::get<i>(fields)), ...);
+    }
+  }
+  (std::make_index_sequence<kFieldCount<Record>>());
+  writer.endObject();
+}
+
 template <typename Value>
 void writeValue(Writer& writer, const Value& value) {
   if constexpr (CodedRecord<Value>) {
-    writer.beginObject();
-    std::apply([&](const auto&... field) { (writeField(writer, value, field), ...); },
-               Coding<Value>::fields);
-    writer.endObject();
+    writeRecord(writer, value, [](std::string_view) { return true; });
+  } else if constexpr (CodedRange<Value>) {
+    writer.beginArray();
+    writeValue(writer, value.*Coding<Value>::bounds.first);
+    writeValue(writer, value.*Coding<Value>::bounds.second);
+    writer.endArray();
   } else if constexpr (kIsArray<Value>) {
     writer.beginArray();
     for (const auto& element : value) writeValue(writer, element);
@@ -103,9 +158,14 @@ void writeValue(Writer& writer, const Value& value) {
   } else if constexpr (CodedText<Value>) {
     writer.value(std::string_view(Coding<Value>::text(value)));
   } else if constexpr (std::same_as<Value, Date>) {
+    if (!ISO8601Date::hasText(value)) writer.fail("lies outside the years 0 to 9999.");
     writer.value(std::string_view(ISO8601Date::text(value)));
-  } else if constexpr (std::same_as<Value, std::string>) {
+  } else if constexpr (std::same_as<Value, UUID>) {
+    writer.value(std::string_view(value.text()));
+  } else if constexpr (std::convertible_to<Value, std::string_view>) {
     writer.value(std::string_view(value));
+  } else if constexpr (std::integral<Value> && !std::same_as<Value, bool>) {
+    writer.value(static_cast<std::int64_t>(value));
   } else {
     writer.value(value);
   }
@@ -117,12 +177,12 @@ void readValue(Reader& reader, Value& value);
 template <typename Record>
 void readRecord(Reader& reader, Record& record) {
   constexpr auto& fields = Coding<Record>::fields;
-  std::array<bool, std::tuple_size_v<std::decay_t<decltype(fields)>>> isFound{};
+  std::array<bool, kFieldCount<Record>> isFound{};
   const auto readField = [&](std::string_view key, const auto& field, bool& found) {
     if (key != field.key) return false;
     const Reader::Step step(reader, field.key);
+    reader.requireFirst(found);
     readValue(reader, record.*field.member);
-    found = true;
     return true;
   };
   const auto require = [&]<typename Value>(const Field<Record, Value>& field, bool found) {
@@ -149,6 +209,28 @@ void readArray(Reader& reader, std::vector<Element>& elements) {
   }
 }
 
+template <typename Range>
+void readRange(Reader& reader, Range& range) {
+  const auto [lower, upper] = Coding<Range>::bounds;
+  std::size_t count = 0;
+  reader.beginArray();
+  while (count < 3 && reader.nextElement()) {
+    const Reader::Step step(reader, count++);
+    (count == 1 ? range.*lower : range.*upper) = reader.readDouble();
+  }
+  if (count != 2) reader.failCorrupted("does not hold two numbers.");
+  if (range.*lower > range.*upper) reader.failCorrupted("ends before it starts.");
+}
+
+template <typename Value>
+const char* unknownName() {
+  if constexpr (requires { Coding<Value>::unknown; }) {
+    return Coding<Value>::unknown;
+  } else {
+    return "holds an unknown name.";
+  }
+}
+
 template <typename Value>
 void readValue(Reader& reader, Value& value) {
   if constexpr (kIsOptional<Value>) {
@@ -156,19 +238,25 @@ void readValue(Reader& reader, Value& value) {
     if (!reader.skipNull()) readValue(reader, value.emplace());
   } else if constexpr (CodedRecord<Value>) {
     readRecord(reader, value);
+  } else if constexpr (CodedRange<Value>) {
+    readRange(reader, value);
   } else if constexpr (kIsArray<Value>) {
     readArray(reader, value);
   } else if constexpr (CodedText<Value>) {
     const auto known = Coding<Value>::value(reader.readString());
-    if (!known) reader.failCorrupted("holds an unknown name.");
+    if (!known) reader.failCorrupted(unknownName<Value>());
     value = *known;
   } else if constexpr (std::same_as<Value, Date>) {
     const auto date = ISO8601Date::parse(reader.readString());
     if (!date) reader.failCorrupted("is no date of the form 2024-01-31T12:00:00Z.");
     value = *date;
+  } else if constexpr (std::same_as<Value, UUID>) {
+    const auto uuid = UUID::parse(reader.readString());
+    if (!uuid) reader.failCorrupted("is no UUID.");
+    value = *uuid;
   } else if constexpr (std::floating_point<Value>) {
     constexpr Value kMinusInfinity = -std::numeric_limits<Value>::infinity();
-    if (reader.skipNull()) {
+    if (!reader.mustBeFinite() && reader.skipNull()) {
       value = kMinusInfinity;
     } else if constexpr (std::same_as<Value, float>) {
       value = reader.readFloat();
@@ -185,24 +273,34 @@ void readValue(Reader& reader, Value& value) {
   }
 }
 
+template <typename Value>
+std::string encode(const Value& value, const Style& style) {
+  Writer writer(style);
+  writeValue(writer, value);
+  return writer.take();
+}
+
+template <typename Value>
+Value decode(std::string_view text, const Style& style) {
+  Reader reader(text, style);
+  Value value{};
+  readValue(reader, value);
+  reader.finish();
+  return value;
+}
+
 }  // namespace orvane::json
 
 namespace orvane {
 
 template <typename Record>
-std::string JSONForm<Record>::encode(const Record& record) {
-  json::Writer writer;
-  json::writeValue(writer, record);
-  return writer.take();
+std::string JSONForm<Record>::encode(const Record& record, const json::Style& style) {
+  return json::encode(record, style);
 }
 
 template <typename Record>
 Record JSONForm<Record>::decode(std::string_view text) {
-  json::Reader reader(text);
-  Record record{};
-  json::readValue(reader, record);
-  reader.finish();
-  return record;
+  return json::decode<Record>(text, {});
 }
 
 }  // namespace orvane

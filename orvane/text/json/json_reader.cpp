@@ -1,10 +1,13 @@
 #include "orvane/text/json/json_reader.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <limits>
+#include <utility>
 #include <vector>
 
+#include "orvane/text/json/json_path.h"
 #include "orvane/text/utf8.h"
 
 namespace orvane::json {
@@ -64,7 +67,8 @@ void appendUTF8(std::string& text, std::uint32_t character) {
 
 }  // namespace
 
-Reader::Reader(std::string_view text) : text_(text) {
+Reader::Reader(std::string_view text, const Style& style)
+    : text_(text), mustBeFinite_(style.mustBeFinite) {
   if (text_.starts_with(kByteOrderMark)) text_.remove_prefix(kByteOrderMark.size());
 }
 
@@ -306,23 +310,20 @@ void Reader::finish() {
 }
 
 std::string Reader::keyPath() const {
-  std::vector<const Step*> steps;
-  for (const Step* step = step_; step != nullptr; step = step->outer_) steps.push_back(step);
-  std::string path;
-  for (auto step = steps.rbegin(); step != steps.rend(); ++step) {
-    if ((*step)->key_.empty()) {
-      path += "[" + std::to_string((*step)->index_) + "]";
-    } else {
-      if (!path.empty()) path += ".";
-      path += (*step)->key_;
-    }
-  }
-  return path;
+  std::vector<PathStep> steps;
+  for (const Step* step = step_; step != nullptr; step = step->outer_)
+    steps.push_back({step->key_, step->index_});
+  std::reverse(steps.begin(), steps.end());
+  return json::keyPath(steps);
 }
 
 std::string Reader::place() const {
   const std::string path = keyPath();
   return path.empty() ? "The document" : "\"" + path + "\"";
+}
+
+void Reader::requireFirst(bool& isFound) const {
+  if (std::exchange(isFound, true)) failCorrupted("stands there twice.");
 }
 
 void Reader::failMissing(std::string_view key) const {

@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "orvane/text/json/decoding_error.h"
+#include "orvane/text/json/json_style.h"
 
 namespace orvane::json {
 
@@ -15,8 +16,11 @@ namespace orvane::json {
 /// which names the place by the `Step`s that are open.
 class Reader {
  public:
-  /// A byte-order mark at the start is passed over. `text` must outlive the reader.
-  explicit Reader(std::string_view text);
+  /// A byte-order mark at the start is passed over. `text` must outlive the reader. Of the style it
+  /// matters whether numbers must be finite.
+  explicit Reader(std::string_view text, const Style& style = {});
+
+  bool mustBeFinite() const noexcept { return mustBeFinite_; }
 
   void beginObject();
   /// The next key of the open object, valid until the next call; absent at its end.
@@ -42,6 +46,8 @@ class Reader {
   /// Nothing but white space may be left.
   void finish();
 
+  /// For a key that may stand there once; remembers that it was found.
+  void requireFirst(bool& isFound) const;
   [[noreturn]] void failMissing(std::string_view key) const;
   /// For a value that was read and cannot be held; `reason` completes "<place> …".
   [[noreturn]] void failCorrupted(const std::string& reason) const;
@@ -90,6 +96,7 @@ class Reader {
   [[noreturn]] void failSyntax() const;
 
   std::string_view text_;
+  bool mustBeFinite_;
   std::size_t position_ = 0;
   /// Whether a value of the open object or array has been met.
   bool isBehindValue_ = false;

@@ -5,6 +5,8 @@
 
 #include "orvane/platform/export.h"
 #include "orvane/text/json/decoding_error.h"
+#include "orvane/text/json/encoding_error.h"
+#include "orvane/text/json/json_style.h"
 
 namespace orvane {
 
@@ -12,21 +14,23 @@ namespace orvane {
 /// they have a JSON form. A record must be exported for this to be.
 template <typename Record>
 struct ORVANE_API JSONForm {
-  static std::string encode(const Record& record);
+  static std::string encode(const Record& record, const json::Style& style);
   static Record decode(std::string_view text);
 };
 
-/// The record as one JSON object in one line, its keys named and ordered as its fields. Fields
-/// without a value are left out, and so are optional numbers that are not finite; a required number
-/// that is not finite is null. Dates are ISO 8601 texts, UTC, in whole seconds. Numbers have the
-/// shortest digits that read back as the same number.
+/// The record as one JSON object, by default in one line, its keys named and ordered as its fields.
+/// Fields without a value are left out, and so are optional numbers that are not finite; a required
+/// number that is not finite is null. Dates are ISO 8601 texts, UTC, in whole seconds. Numbers have
+/// the shortest digits that read back as the same number. Throws `EncodingError` for a date outside
+/// the years 0 to 9999.
 template <typename Record>
-std::string encodeJSON(const Record& record) {
-  return JSONForm<Record>::encode(record);
+std::string encodeJSON(const Record& record, const json::Style& style = {}) {
+  return JSONForm<Record>::encode(record, style);
 }
 
-/// The record that a JSON text holds, keys in any order. Unknown keys are passed over; a null
-/// stands for an absent field, and for minus infinity in a required number. Throws `DecodingError`.
+/// The record that a JSON text holds, keys in any order but none twice. Unknown keys are passed
+/// over; a null stands for an absent field, and for minus infinity in a required number. Throws
+/// `DecodingError`.
 template <typename Record>
 Record decodeJSON(std::string_view text) {
   return JSONForm<Record>::decode(text);

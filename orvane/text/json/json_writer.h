@@ -1,41 +1,71 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <vector>
+
+#include "orvane/platform/export.h"
+#include "orvane/text/json/encoding_error.h"
+#include "orvane/text/json/json_style.h"
 
 namespace orvane::json {
 
-/// Appends one JSON document to a string, without white space. Numbers have the shortest digits
-/// that read back as the same number of the same width. Text is well-formed UTF-8 whatever was
-/// given: malformed bytes become U+FFFD; controls, direction marks and invisible characters are
-/// written as escapes, so that the document reads as what it is.
-class Writer {
+/// Writes one JSON document (RFC 8259). Numbers have the shortest digits that read back as the same
+/// number of the same width. Text is well-formed UTF-8 whatever was given: malformed bytes become
+/// U+FFFD; controls, direction marks and invisible characters are written as escapes, so that the
+/// document reads as what it is.
+class ORVANE_API Writer {
  public:
-  void beginObject();
-  /// `key` is plain ASCII without quotes, backslashes and controls.
+  explicit Writer(const Style& style = {}) : style_(style) {}
+
+  const Style& style() const noexcept { return style_; }
+
+  void beginObject() { begin('{'); }
+  /// `key` is plain ASCII without quotes, backslashes and controls, and lives as long as its value
+  /// is being written.
   void key(std::string_view key);
-  void endObject();
-  void beginArray();
-  void endArray();
+  void endObject() { end('}'); }
+  void beginArray() { begin('['); }
+  void endArray() { end(']'); }
 
   void value(bool value);
   void value(std::int64_t value);
-  /// null when it is not finite.
+  /// Unless the style forbids it, null when it is not finite.
   void value(float value);
   void value(double value);
   void value(std::string_view value);
+  /// A value in JSON already.
+  void json(std::string_view value);
 
+  /// The document; nothing may be open.
   std::string take();
 
- private:
-  void separate();
-  template <typename Number>
-  void appendFinite(Number value);
+  /// Throws `EncodingError` for the place that is being written; `reason` completes the sentence.
+  [[noreturn]] void fail(const std::string& reason) const;
 
+ private:
+  /// An object or array that is open.
+  struct Level {
+    char opening;
+    std::size_t count = 0;   ///< of the keys or elements so far
+    std::string_view key{};  ///< the last one
+  };
+
+  void beginItem();
+  void beginValue();
+  void breakLine();
+  void begin(char opening);
+  void end(char closing);
+  template <typename Number>
+  void appendNumber(Number value);
+  void appendEscape(char32_t character);
+  bool needsEscape(char32_t character) const noexcept;
+
+  Style style_;
   std::string text_{};
-  /// Whether the next value of the open object or array stands behind another one.
-  bool needsComma_ = false;
+  std::vector<Level> levels_{};
 };
 
 }  // namespace orvane::json

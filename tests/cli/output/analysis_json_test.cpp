@@ -4,16 +4,18 @@
 
 #include <cmath>
 #include <limits>
+#include <nlohmann/json.hpp>
 
+#include "cli/output/json_output.h"
 #include "tests/cli/output/sample_measurement.h"
 
 namespace orvane::cli {
 namespace {
 
-using JsonOutput::Json;
+using Json = nlohmann::ordered_json;
 
 TEST(AnalysisJson, HasEveryFigureUnderTheNameOfItsField) {
-  const std::string line = JsonOutput::line(analysisJson(test::sampleMeasurement(), false));
+  const std::string line = analysisJson(test::sampleMeasurement(), false);
   EXPECT_EQ(line,
             R"({"schemaVersion":1,"url":"folder/song.wav","sampleRate":48000.0,"channelCount":2,)"
             R"("channelLabels":["L","R"],"durationSeconds":61.5,"fileFormat":"WAV",)"
@@ -31,14 +33,14 @@ TEST(AnalysisJson, HasEveryFigureUnderTheNameOfItsField) {
 TEST(AnalysisJson, HasTheCurvesOnRequest) {
   MeasuredFile file = test::sampleMeasurement();
   file.result.speechHistory = std::vector<bool>{true, false};
-  const Json document = analysisJson(file, true);
+  const Json document = Json::parse(analysisJson(file, true));
   EXPECT_EQ(document["loudnessCurve"].dump(),
             R"([{"time":0.1,"momentary":null,"shortTerm":-70.5,"integrated":-70.1},)"
             R"({"time":0.2,"momentary":-20.25,"shortTerm":-21.5,"integrated":-22.1}])");
   EXPECT_EQ(document["stereoWidthCurve"].dump(),
             R"([{"time":0.1,"correlation":0.5},{"time":0.2,"correlation":-0.25}])");
   EXPECT_EQ(document["speechHistory"].dump(), "[true,false]");
-  EXPECT_FALSE(analysisJson(file, false).contains("loudnessCurve"));
+  EXPECT_FALSE(Json::parse(analysisJson(file, false)).contains("loudnessCurve"));
 }
 
 TEST(AnalysisJson, WritesNullForWhatIsNotFinite) {
@@ -46,7 +48,7 @@ TEST(AnalysisJson, WritesNullForWhatIsNotFinite) {
   file.result.integratedLUFS = -std::numeric_limits<float>::infinity();
   file.result.truePeakDB = std::numeric_limits<float>::quiet_NaN();
   file.result.channelPeakDB[1] = std::numeric_limits<float>::infinity();
-  const Json document = analysisJson(file, false);
+  const Json document = Json::parse(analysisJson(file, false));
   EXPECT_TRUE(document["integratedLUFS"].is_null());
   EXPECT_TRUE(document["truePeakDB"].is_null());
   EXPECT_TRUE(document["channelPeakDB"][1].is_null());
@@ -58,7 +60,7 @@ TEST(AnalysisJson, ListsClippingRunsAndWarnings) {
   file.detail.clippingRunCount = 1;
   file.detail.nonFiniteSampleCount = 3;
   file.detail.warnings = {{AudioFileWarning::Code::openDataSize, "The size is open."}};
-  const Json document = analysisJson(file, false);
+  const Json document = Json::parse(analysisJson(file, false));
   EXPECT_EQ(document["clippingRuns"].dump(),
             R"([{"channel":1,"startFrame":24000,"frameCount":5,"startSeconds":0.5}])");
   EXPECT_EQ(document["clippingRunCount"], 1);
@@ -76,7 +78,7 @@ TEST(AnalysisJson, TellsTheDeclaredFormatOfHeaderlessAudio) {
                                        .isPlanar = true,
                                        .headerSkipBytes = 7,
                                        .trailingBytesTolerance = 1};
-  const Json document = analysisJson(file, false);
+  const Json document = Json::parse(analysisJson(file, false));
   EXPECT_EQ(document["rawFormat"].dump(),
             R"({"sampleRate":44100.0,"channelCount":2,"encoding":"int24In32","endianness":"big",)"
             R"("isPlanar":true,"headerSkipBytes":7,"trailingBytesTolerance":1})");
@@ -84,20 +86,20 @@ TEST(AnalysisJson, TellsTheDeclaredFormatOfHeaderlessAudio) {
 }
 
 TEST(JsonOutput, IsAsciiInOneLineWhateverTheNames) {
-  const std::string line =
-      JsonOutput::line(JsonOutput::failure("a\nb\x1B\"\u202Ec\xFF.wav", "Ünreadable"));
-  EXPECT_EQ(line,
+  EXPECT_EQ(JsonOutput::failure("a\nb\x1B\"\u202Ec\xFF.wav", "Ünreadable"),
             R"({"schemaVersion":1,"url":"a\nb\u001b\"\u202ec\ufffd.wav","error":"\u00dcnreadable"})"
             "\n");
 }
 
-TEST(JsonOutput, WritesFloatsWithTheirShortestDigits) {
-  EXPECT_EQ(JsonOutput::number(0.1F).dump(), "0.1");
-  EXPECT_EQ(JsonOutput::number(-23.000002F).dump(), "-23.000002");
-  EXPECT_EQ(JsonOutput::number(0.1).dump(), "0.1");
-  EXPECT_EQ(JsonOutput::number(1.0 / 3).dump(), "0.3333333333333333");
-  EXPECT_TRUE(JsonOutput::number(std::nanf("")).is_null());
-  EXPECT_TRUE(JsonOutput::number(-std::numeric_limits<double>::infinity()).is_null());
+TEST(JsonOutput, WritesNumbersWithTheirShortestDigits) {
+  JsonOutput::Document document;
+  document.add("floats", std::vector<float>{0.1F, -23.000002F, std::nanf(""), 2});
+  document.add("doubles",
+               std::vector<double>{0.1, 1.0 / 3, -std::numeric_limits<double>::infinity(), 48000});
+  document.add("integer", 7);
+  EXPECT_EQ(document.takeLine(), R"({"schemaVersion":1,"floats":[0.1,-23.000002,null,2.0],)"
+                                 R"("doubles":[0.1,0.3333333333333333,null,48000.0],"integer":7})"
+                                 "\n");
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <nlohmann/json.hpp>
 #include "tests/speech/dialogue/dialogue_samples.h"
 
 namespace orvane::cli {
@@ -107,7 +108,8 @@ TEST(DialogueTimeline, HostileTextIsEscaped) {
 
 TEST(DialogueTimeline, JSONHoldsTheSidecarAndTheFigures) {
   const auto sidecar = tenSeconds({region(1, 3.5)});
-  const auto json = DialogueTimeline::json({.path = "take1.wav", .display = "take1.wav"}, sidecar);
+  const auto json = nlohmann::json::parse(
+      DialogueTimeline::json({.path = "take1.wav", .display = "take1.wav"}, sidecar));
   EXPECT_EQ(json.at("schemaVersion"), 1);
   EXPECT_EQ(json.at("url"), "take1.wav");
   EXPECT_EQ(json.at("dialogueSeconds"), 2.5);

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "tests/speech/dialogue/dialogue_samples.h"
+#include "tests/support/doubled_keys.h"
 
 namespace orvane {
 namespace {
@@ -195,10 +196,12 @@ TEST(DialogueJSON, DeepNestingIsRefusedWithoutHarm) {
   EXPECT_NE(refusal(deep), "accepted");
 }
 
-TEST(DialogueJSON, ALaterKeyOfTheSameNameCounts) {
-  EXPECT_EQ(
-      DialogueJSON::sidecar(changed("\"source\":", "\"source\": \"silero\", \"source\":")).source,
-      DialogueRegionSource::userEdited);
+TEST(DialogueJSON, RefusesAKeyThatStandsThereTwiceInAnyRecord) {
+  test::expectEachKeyOnce(kSample, DialogueJSON::sidecar);
+  EXPECT_EQ(refusal(changed("\"source\":", "\"source\": \"silero\", \"source\":")),
+            "\"source\" stands there twice.");
+  EXPECT_EQ(refusal(changed("\"end\": 4,", "\"end\": 4, \"end\": 4,")),
+            "\"regions[2].end\" stands there twice.");
 }
 
 TEST(DialogueJSON, RefusesToWriteWhatCouldNotBeRead) {

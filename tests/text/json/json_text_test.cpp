@@ -189,8 +189,14 @@ TEST(JSONRecords, ReadKeysInAnyOrderAndPassOverUnknownOnes) {
   EXPECT_EQ(sample, (LoudnessSample{5, -1}));
 }
 
-TEST(JSONRecords, TakeTheLastOfTwoEqualKeys) {
-  EXPECT_EQ(decodeJSON<LoudnessSample>(R"({"time":1,"lufs":2,"time":3})").time, 3);
+// The last of two equal keys counted, so that two readers could see two different records.
+TEST(JSONRecords, WithAKeyThatStandsThereTwiceAreRefused) {
+  EXPECT_EQ(errorOf(R"({"time":1,"lufs":2,"time":1})"), "\"time\" stands there twice.");
+  EXPECT_EQ(errorOf(R"({"time":1,"lufs":2,"ti\u006de":1})"), "\"time\" stands there twice.");
+}
+
+TEST(JSONRecords, MayHaveUnknownKeysTwice) {
+  EXPECT_EQ(errorOf(R"({"x":0,"time":1,"x":0,"lufs":2})"), "none");
 }
 
 TEST(JSONRecords, WithoutARequiredKeyAreRefused) {
