@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "orvane/report/pdf/browser/browser_error.h"
 #include "tests/support/fake_browser.h"
 
 namespace orvane::cli {
@@ -16,8 +17,8 @@ namespace {
 TEST(ReportRenderer, GivesAHangingBrowserItsTimeOnce) {
   using Clock = std::chrono::steady_clock;
   constexpr std::chrono::seconds kPatience{3};
-  const orvane::test::OwnTemporaryFolder temporary;
   const orvane::test::FakeBrowser browser("hang");
+  const orvane::test::OwnTemporaryFolder temporary;
   const std::string before = getenv("PATH");
   setenv("PATH", browser.searchPath().c_str(), 1);
   {
