@@ -79,6 +79,8 @@ ExitCode runChosen(const CLI::App& program, const ChosenCommand& chosen, Console
     return Interruption::exitCode();
   } catch (const OutputFailure&) {
     throw;
+  } catch (const Error& error) {
+    console.error(error.errorDescription());
   } catch (const std::bad_alloc&) {
     console.error("not enough memory");
   } catch (const std::exception& error) {

@@ -24,6 +24,14 @@ list(REMOVE_DUPLICATES ORVANE_RUN_PATH)
 set_target_properties(orvane PROPERTIES INSTALL_RPATH "${ORVANE_RUN_PATH}")
 install(TARGETS orvane RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
 
+# Licences of what others have written and the binaries hold: header-only libraries, and the model.
+foreach(package IN ITEMS libcli11-dev libhwy-dev libkissfft-dev nlohmann-json3-dev)
+  install(FILES "/usr/share/doc/${package}/copyright" RENAME "${package}.txt"
+    DESTINATION "${CMAKE_INSTALL_DOCDIR}/third-party" OPTIONAL)
+endforeach()
+install(FILES "${PROJECT_SOURCE_DIR}/resources/licences/silero_vad.txt"
+  DESTINATION "${CMAKE_INSTALL_DOCDIR}/third-party")
+
 set(ORVANE_CMAKE_DIR "${CMAKE_INSTALL_LIBDIR}/cmake/Orvane")
 install(EXPORT OrvaneTargets NAMESPACE Orvane:: DESTINATION "${ORVANE_CMAKE_DIR}")
 configure_package_config_file(cmake/OrvaneConfig.cmake.in

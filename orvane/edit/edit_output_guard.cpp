@@ -11,6 +11,13 @@ std::string description(const std::string& inputPath, const std::string& outputP
          "\" resolves to the same path as output \"" + outputPath + "\".";
 }
 
+/// What the system refuses to make absolute, such as an empty path, stays as it is.
+std::filesystem::path madeAbsolute(const std::filesystem::path& path) {
+  std::error_code failure;
+  auto result = std::filesystem::absolute(path, failure);
+  return failure ? path : result;
+}
+
 std::filesystem::path withoutLinks(const std::filesystem::path& path) {
   std::error_code failure;
   auto resolved = std::filesystem::weakly_canonical(path, failure);
@@ -40,8 +47,8 @@ bool EditOutputGuardError::operator==(const EditOutputGuardError& other) const {
 
 void EditOutputGuard::assertNotInPlace(const std::filesystem::path& input,
                                        const std::filesystem::path& output) {
-  const auto absoluteInput = std::filesystem::absolute(input);
-  const auto absoluteOutput = std::filesystem::absolute(output);
+  const auto absoluteInput = madeAbsolute(input);
+  const auto absoluteOutput = madeAbsolute(output);
   assertDifferent(absoluteInput.lexically_normal(), absoluteOutput.lexically_normal());
   // Behind a link to a folder, ".." is for the system the parent of where the link leads; that is
   // the file it would open.

@@ -63,6 +63,10 @@ TEST_F(ProgramErrors, RefusesDirectoriesPipesSocketsAndDevices) {
   (folder() / "socket").string().copy(address.sun_path, sizeof address.sun_path - 1);
   ASSERT_EQ(bind(descriptor, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
   expectFailure(folder().path().string(), "Is a directory");
+  // A slash behind the name once took the name away.
+  std::filesystem::create_directories(folder() / "music/album");
+  expectFailure("music/album/", "orvane: album: Is a directory\n");
+  expectFailure("/", "orvane: \"/\": Is a directory\n");
   expectFailure("pipe", "pipe: ");
   expectFailure("socket", "socket: ");
   expectFailure("/dev/zero", "zero: ");

@@ -41,6 +41,15 @@ class ProgramHostileText : public ProgramTest {
   }
 };
 
+// Sentences once ended at a NUL.
+TEST_F(ProgramHostileText, DoesNotCutSentencesShort) {
+  folder().write("list.csv", std::string("start,end,label\n1") + '\0' + "2,3,x\n");
+  const auto end = run({"dialogue", "import", "list.csv", kFileName});
+  EXPECT_EQ(end.exitCode, 1);
+  EXPECT_EQ(end.errors,
+            "orvane: list.csv: Line 2: the start \"1\\x002\" is no number of seconds.\n");
+}
+
 TEST_F(ProgramHostileText, IsEscapedOnTheTerminal) {
   const auto end = analyze({"--targets", "spotify"});
   expectHarmless(end.output);

@@ -52,6 +52,13 @@ TEST_F(EditOutputGuardTest, ThePathItselfIsRefusedInItsFixedWords) {
   EXPECT_EQ(error->what(), error->errorDescription());
 }
 
+// The standard library refuses to make nothing absolute.
+TEST_F(EditOutputGuardTest, EmptyPathsAreEqualToEachOtherAlone) {
+  EXPECT_EQ(refusal("", ""), sameAs(""));
+  EXPECT_EQ(refusal("", source), std::nullopt);
+  EXPECT_EQ(refusal(source, ""), std::nullopt);
+}
+
 TEST_F(EditOutputGuardTest, DotsDoNotHideTheSource) {
   EXPECT_EQ(refusal(root / "dir/../dir/a.wav", source), sameAs(source));
   EXPECT_EQ(refusal(source, root / "dir/./../dir//a.wav"), sameAs(source));
