@@ -47,6 +47,13 @@ TEST(AudioLoadLimits, AcceptOneFrameLessWhenMemoryAllows) {
   EXPECT_FALSE(AudioLoadLimits::isWithinLimits(kGiB - 1, 2));
 }
 
+TEST(AudioLoadLimits, AcceptExactlyHalfTheMemory) {
+  const ScopedHostMemory memory(machine(16 * kGiB));
+  const std::int64_t frames = kGiB / 4;  // 8 GiB on eight channels
+  EXPECT_TRUE(AudioLoadLimits::isWithinLimits(frames, 8));
+  EXPECT_FALSE(AudioLoadLimits::isWithinLimits(frames + 1, 8));
+}
+
 TEST(AudioLoadLimits, RefuseNoFramesAndNoChannels) {
   const ScopedHostMemory memory(machine(64 * kGiB));
   EXPECT_TRUE(AudioLoadLimits::isWithinLimits(1, 1));

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <vector>
 
 namespace orvane {
@@ -110,6 +111,18 @@ TEST(VadSegmentation, PrefersTheLongestQuietPauseForASplit) {
 
 TEST(VadSegmentation, HoldsSpeechBetweenTheThresholds) {
   expectSegments(frames({{2, kSpeech}, {6, 0.40F}, {4, kSilence}}), {{0, 2.148}});
+}
+
+TEST(VadSegmentation, SpeechStartsAtTheEntryThreshold) {
+  expectSegments(frames({{2, kSilence}, {2, kEntry}, {6, kSilence}}), {{0.412, 1.124}});
+  expectSegments(frames({{2, kSilence}, {2, std::nextafter(kEntry, 0.0F)}, {6, kSilence}}), {});
+}
+
+TEST(VadSegmentation, KeepsSpeechExactlyAsLongAsTheMinimum) {
+  // One frame of 256 ms.
+  const auto input = frames({{2, kSilence}, {1, kSpeech}, {6, kSilence}});
+  expectSegments(input, {{0.412, 0.868}}, withMinSpeech(0.256));
+  expectSegments(input, {}, withMinSpeech(0.2561));
 }
 
 TEST(VadSegmentation, DropsSpeechShorterThanTheMinimum) {

@@ -55,6 +55,7 @@ TEST(DialogueRegion, IsPristineUntilAnEdgeMovesByAMillisecond) {
   EXPECT_TRUE(detected(2.0005, 3.0, 2.0, 3.0).isPristineVAD());
   EXPECT_TRUE(detected(2.0, 2.9995, 2.0, 3.0).isPristineVAD());
   EXPECT_TRUE(detected(0.001, 1.0, 0.0, 1.0).isModifiedVAD());
+  EXPECT_TRUE(detected(-1.0, 0.001, -1.0, 0.0).isModifiedVAD());
   EXPECT_TRUE(detected(1.0, 2.0, 1.0, 2.0 + 1.0 / 512).isModifiedVAD());
   EXPECT_TRUE(detected(2.1, 3.1, 2.0, 3.0).isModifiedVAD());
 }
