@@ -24,7 +24,6 @@ struct ReportParts {
     bool operator==(const Selection&) const = default;
   };
 
-  core::LoudnessTargetSelection targets{};
   std::vector<std::string> channelLabels{};  ///< one per channel; empty for their own names
   std::optional<Selection> selection{};      ///< a stretch to be measured and judged by
   std::optional<float> maxMomentaryLUFS{};   ///< louder moments are violations
@@ -35,6 +34,7 @@ struct ReportParts {
   std::vector<ChapterMark> chapterMarks{};
   std::string chapterOrigin{};   ///< where the marks come from, as reports tell it
   float chapterToleranceLU = 2;  ///< chapters further from their median are flagged
+  core::LoudnessTargetSelection targets{};
 
   bool operator==(const ReportParts&) const = default;
 
