@@ -15,15 +15,11 @@
 #include "orvane/platform/error.h"
 #include "orvane/platform/input_file.h"
 
-namespace orvane {
+namespace orvane::json {
+ORVANE_JSON_FIELDS(PCMEncoding, bitDepth, isFloat);
+}
 
-template <>
-struct json::Coding<PCMEncoding> {
-  static constexpr std::tuple fields{Field{"bitDepth", &PCMEncoding::bitDepth},
-                                     Field{"isFloat", &PCMEncoding::isFloat}};
-};
-
-namespace cli {
+namespace orvane::cli {
 namespace {
 
 struct IdentifyOptions {
@@ -130,5 +126,4 @@ void addIdentifyCommand(CLI::App& program, ChosenCommand& chosen) {
   });
 }
 
-}  // namespace cli
-}  // namespace orvane
+}  // namespace orvane::cli

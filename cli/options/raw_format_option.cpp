@@ -1,6 +1,5 @@
 #include "cli/options/raw_format_option.h"
 
-#include <charconv>
 #include <cstdint>
 #include <limits>
 #include <optional>
@@ -9,6 +8,7 @@
 
 #include "cli/options/sample_rate_limits.h"
 #include "cli/usage_error.h"
+#include "orvane/text/number_text.h"
 
 namespace orvane::cli::RawFormatOption {
 namespace {
@@ -40,17 +40,8 @@ std::string encodings() {
   return list;
 }
 
-// The whole text as a number; absent for anything else.
-template <typename Number>
-std::optional<Number> numberIn(std::string_view text) {
-  Number value{};
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-  if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
-  return value;
-}
-
 std::int64_t byteCountIn(std::string_view name, std::string_view text) {
-  const auto bytes = numberIn<std::int64_t>(text);
+  const auto bytes = NumberText::parsed<std::int64_t>(text);
   if (!bytes || *bytes < 0)
     fail(std::string(name) + " takes a number of bytes, not " + quoted(text));
   return *bytes;
@@ -86,12 +77,12 @@ RawPCMFormat parse(std::string_view text) {
   format.encoding = encoding->first;
   format.endianness = encoding->second;
 
-  const auto rate = numberIn<double>(parts[1]);
+  const auto rate = NumberText::parsed<double>(parts[1]);
   if (!rate || !SampleRateLimits::contains(*rate))
     fail("the rate must be " + SampleRateLimits::description() + ", not " + quoted(parts[1]));
   format.sampleRate = *rate;
 
-  const auto channels = numberIn<std::int64_t>(parts[2]);
+  const auto channels = NumberText::parsed<std::int64_t>(parts[2]);
   if (!channels || *channels < 1 || *channels > kMaximumChannels)
     fail("the channels must be 1 to 64, not " + quoted(parts[2]));
   format.channelCount = *channels;
