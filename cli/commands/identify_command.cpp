@@ -13,15 +13,11 @@
 #include "orvane/container/audio_container.h"
 #include "orvane/container/audio_file.h"
 
-namespace orvane {
+namespace orvane::json {
+ORVANE_JSON_FIELDS(PCMEncoding, bitDepth, isFloat);
+}
 
-template <>
-struct json::Coding<PCMEncoding> {
-  static constexpr std::tuple fields{Field{"bitDepth", &PCMEncoding::bitDepth},
-                                     Field{"isFloat", &PCMEncoding::isFloat}};
-};
-
-namespace cli {
+namespace orvane::cli {
 namespace {
 
 struct IdentifyOptions {
@@ -126,5 +122,4 @@ void addIdentifyCommand(CLI::App& program, ChosenCommand& chosen) {
   });
 }
 
-}  // namespace cli
-}  // namespace orvane
+}  // namespace orvane::cli

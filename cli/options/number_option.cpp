@@ -1,9 +1,7 @@
 #include "cli/options/number_option.h"
 
-#include <charconv>
-
-#include "cli/output/number_text.h"
 #include "cli/usage_error.h"
+#include "orvane/text/number_text.h"
 
 namespace orvane::cli {
 
@@ -13,16 +11,13 @@ void addNumberOption(CLI::App& command, const NumberOption& option,
       .add_option_function<std::string>(
           option.name,
           [option, set](const std::string& text) {
-            double value = 0;
-            const char* const end = text.data() + text.size();
-            const auto result = std::from_chars(text.data(), end, value);
-            const bool isNumber = result.ec == std::errc() && result.ptr == end;
+            const auto value = NumberText::parsed<double>(text);
             // Not for what is no number at all either.
-            if (!isNumber || !(value >= option.lowest && value <= option.highest))
+            if (!value || !(*value >= option.lowest && *value <= option.highest))
               throw UsageError(option.name + " takes a number from " +
                                NumberText::shortest(option.lowest) + " to " +
                                NumberText::shortest(option.highest));
-            set(value);
+            set(*value);
           },
           option.description)
       ->option_text(option.argument)

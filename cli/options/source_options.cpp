@@ -1,6 +1,5 @@
 #include "cli/options/source_options.h"
 
-#include <charconv>
 #include <cstdint>
 #include <memory>
 #include <span>
@@ -8,6 +7,7 @@
 
 #include "cli/options/sample_rate_limits.h"
 #include "cli/usage_error.h"
+#include "orvane/text/number_text.h"
 
 namespace orvane::cli {
 namespace {
@@ -41,15 +41,6 @@ std::string encodings() {
   return list;
 }
 
-// The whole text as a number; absent for anything else.
-template <typename Number>
-std::optional<Number> numberIn(std::string_view text) {
-  Number value{};
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-  if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
-  return value;
-}
-
 void state(Parts& parts, const std::string& name, std::string_view value) {
   if (!parts.emplace(name, value).second) fail(name + " is stated twice");
 }
@@ -75,7 +66,7 @@ void stateAll(std::span<const std::string_view> texts, Parts& parts) {
 
 double rateIn(const Parts& parts) {
   const auto& text = parts.at("rate");
-  const auto rate = numberIn<double>(text);
+  const auto rate = orvane::NumberText::parsed<double>(text);
   if (!rate || !SampleRateLimits::contains(*rate))
     fail("the rate must be " + SampleRateLimits::description() + ", not " + inQuotes(text));
   return *rate;
@@ -83,7 +74,7 @@ double rateIn(const Parts& parts) {
 
 std::int64_t channelsIn(const Parts& parts) {
   const auto& text = parts.at("channels");
-  const auto channels = numberIn<std::int64_t>(text);
+  const auto channels = orvane::NumberText::parsed<std::int64_t>(text);
   if (!channels || *channels < 1 || *channels > kMaximumChannels)
     fail("the channels must be 1 to 64, not " + inQuotes(text));
   return *channels;
@@ -92,7 +83,7 @@ std::int64_t channelsIn(const Parts& parts) {
 std::int64_t bytesIn(const Parts& parts, const std::string& name) {
   const auto part = parts.find(name);
   if (part == parts.end()) return 0;
-  const auto bytes = numberIn<std::int64_t>(part->second);
+  const auto bytes = orvane::NumberText::parsed<std::int64_t>(part->second);
   if (!bytes || *bytes < 0) fail(name + " takes a number of bytes, not " + inQuotes(part->second));
   return *bytes;
 }

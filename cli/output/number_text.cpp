@@ -1,34 +1,12 @@
 #include "cli/output/number_text.h"
 
 #include <array>
-#include <charconv>
-#include <cmath>
 
 namespace orvane::cli::NumberText {
-namespace {
-
-// Enough for every double in fixed notation: 309 digits before the point.
-using Digits = std::array<char, 400>;
-
-template <typename... Form>
-std::string digits(double value, Form... form) {
-  Digits buffer;
-  const auto end = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value, form...).ptr;
-  return {buffer.data(), end};
-}
-
-std::string padded(std::int64_t value, std::size_t width) {
-  std::string text = std::to_string(value);
-  return text.size() < width ? std::string(width - text.size(), '0') + text : text;
-}
-
-}  // namespace
 
 std::string fixed(double value, int decimals) {
-  if (std::isnan(value)) return "nan";
-  if (std::isinf(value)) return value < 0 ? "-inf" : "inf";
-  std::string text = digits(value, std::chars_format::fixed, decimals);
-  const bool isZero = text.find_first_of("123456789") == std::string::npos;
+  std::string text = orvane::NumberText::fixed(value, decimals);
+  const bool isZero = text.find_first_of("123456789in") == std::string::npos;
   if (isZero && text[0] == '-') text.erase(0, 1);
   return text;
 }
@@ -37,19 +15,6 @@ std::string signedFixed(double value, int decimals) {
   const std::string text = fixed(value, decimals);
   const bool isPositive = text[0] != '-' && text.find_first_of("123456789i") != std::string::npos;
   return isPositive ? "+" + text : text;
-}
-
-std::string shortest(double value) {
-  return digits(value);
-}
-
-double withFloatDigits(float value) {
-  if (!std::isfinite(value)) return static_cast<double>(value);
-  Digits buffer;
-  const auto end = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value).ptr;
-  double result = 0;
-  std::from_chars(buffer.data(), end, result);
-  return result;
 }
 
 std::string duration(double seconds) {

@@ -3,20 +3,19 @@
 #include <cstdint>
 #include <string>
 
+#include "orvane/text/number_text.h"
+
 /// Numbers as people read them; the same in every locale.
 namespace orvane::cli::NumberText {
+
+using orvane::NumberText::padded;
+using orvane::NumberText::shortest;
 
 /// With that many decimals; "-inf", "inf" or "nan" when the number is not finite. Never "-0.0".
 std::string fixed(double value, int decimals);
 
 /// The same with "+" before positive numbers.
 std::string signedFixed(double value, int decimals);
-
-/// The shortest digits that read back as the same number: "44100", "0.1", "-inf".
-std::string shortest(double value);
-
-/// The double whose shortest digits are those of the float: 0.1F becomes 0.1.
-double withFloatDigits(float value);
 
 /// "0:03.500", "1:02:03.004"; rounded down to milliseconds.
 std::string duration(double seconds);

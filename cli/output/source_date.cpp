@@ -1,12 +1,11 @@
 #include "cli/output/source_date.h"
 
-#include <charconv>
 #include <chrono>
 #include <cstdint>
 #include <cstdlib>
-#include <string_view>
 
 #include "cli/usage_error.h"
+#include "orvane/text/number_text.h"
 
 namespace orvane::cli {
 namespace {
@@ -19,12 +18,10 @@ constexpr std::int64_t kLatest = 253'402'300'799;
 std::optional<Date> sourceDate() {
   const char* const value = std::getenv("SOURCE_DATE_EPOCH");
   if (value == nullptr || *value == '\0') return std::nullopt;
-  const std::string_view text(value);
-  std::int64_t seconds = -1;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), seconds);
-  if (error != std::errc() || end != text.data() + text.size() || seconds < 0 || seconds > kLatest)
+  const auto seconds = NumberText::parsed<std::int64_t>(value);
+  if (!seconds || *seconds < 0 || *seconds > kLatest)
     throw UsageError("SOURCE_DATE_EPOCH is no number of seconds since 1970");
-  return Date(std::chrono::seconds(seconds));
+  return Date(std::chrono::seconds(*seconds));
 }
 
 }  // namespace orvane::cli

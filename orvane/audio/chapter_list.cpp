@@ -9,6 +9,7 @@
 #include "orvane/text/json/json_reader.h"
 #include "orvane/text/text_list.h"
 #include "orvane/text/time_text.h"
+#include "orvane/text/timed_list.h"
 #include "orvane/text/utf8.h"
 
 namespace orvane {
@@ -18,14 +19,7 @@ ChapterListError::~ChapterListError() = default;
 namespace ChapterList {
 namespace {
 
-using TextList::Record;
 using TextList::trimmed;
-
-/// The same text when it is UTF-8.
-std::string nameOf(std::string_view text, std::size_t line) {
-  if (!isValidUTF8(text)) throw TextListError(line, "the name is not UTF-8.");
-  return std::string(text);
-}
 
 double timeOf(std::string_view cell, const char* what, std::size_t line) {
   const auto text = trimmed(cell);
@@ -37,71 +31,17 @@ double timeOf(std::string_view cell, const char* what, std::size_t line) {
 
 /// A start with what may follow it. An end at the start is none: labels of some programs are
 /// points.
-ChapterMark markOf(std::string_view start, std::string_view end, std::string_view name,
-                   std::size_t line) {
-  ChapterMark mark{.startSeconds = timeOf(start, "start", line), .name = nameOf(name, line)};
+ChapterMark markOf(TimedList::Entry entry) {
+  const std::string end = entry.end.value_or("");
+  ChapterMark mark{.startSeconds = timeOf(entry.start, "start", entry.line),
+                   .name = std::move(entry.name).value_or("")};
+  if (!isValidUTF8(mark.name)) throw TextListError(entry.line, "the name is not UTF-8.");
   if (trimmed(end).empty()) return mark;
-  const double endSeconds = timeOf(end, "end", line);
-  if (endSeconds < mark.startSeconds) throw TextListError(line, "the end lies before the start.");
+  const double endSeconds = timeOf(end, "end", entry.line);
+  if (endSeconds < mark.startSeconds)
+    throw TextListError(entry.line, "the end lies before the start.");
   if (endSeconds > mark.startSeconds) mark.endSeconds = endSeconds;
   return mark;
-}
-
-/// Which cell of a record holds what.
-struct Columns {
-  std::size_t start = 0;
-  std::size_t end = 1;
-  std::size_t name = 2;
-};
-
-/// From a header; absent when the record is none.
-std::optional<Columns> columnsNamed(const Record& record) {
-  const auto start = TextList::columnNamed(record, {"start", "start (s)", "time"});
-  const auto end = TextList::columnNamed(record, {"end", "end (s)"});
-  const auto name = TextList::columnNamed(record, {"name", "label", "title"});
-  if (!start && !end && !name) return std::nullopt;
-  if (!start) throw TextListError(record.line, "the header names no column \"start\".");
-  const std::size_t none = record.cells.size();
-  return Columns{*start, end.value_or(none), name.value_or(none)};
-}
-
-std::vector<ChapterMark> readCSV(std::string_view text) {
-  TextList::CSVReader reader(TextList::withoutByteOrderMark(text));
-  std::vector<ChapterMark> marks;
-  Columns columns;
-  for (bool isFirst = true; const auto record = reader.next();) {
-    if (record->isEmpty()) continue;
-    const auto named = isFirst ? columnsNamed(*record) : std::nullopt;
-    isFirst = false;
-    if (named) {
-      columns = *named;
-      continue;
-    }
-    const auto cell = [&](std::size_t column) {
-      return column < record->cells.size() ? record->cells[column].text : std::string();
-    };
-    marks.push_back(markOf(cell(columns.start), cell(columns.end),
-                           TextList::unguarded(cell(columns.name)), record->line));
-  }
-  return marks;
-}
-
-std::vector<ChapterMark> readAudacityLabels(std::string_view text) {
-  text = TextList::withoutByteOrderMark(text);
-  std::vector<ChapterMark> marks;
-  for (std::size_t number = 1; !text.empty(); ++number) {
-    std::string_view line = TextList::takeLine(text);
-    if (line.empty() || line.starts_with("\\\t")) continue;  // frequencies of the line before
-    const auto takeCell = [&line] {
-      const auto cell = line.substr(0, line.find('\t'));
-      line.remove_prefix(std::min(cell.size() + 1, line.size()));
-      return cell;
-    };
-    const auto start = takeCell();
-    const auto end = takeCell();
-    marks.push_back(markOf(start, end, line, number));
-  }
-  return marks;
 }
 
 double readTime(json::Reader& reader) {
@@ -189,13 +129,21 @@ std::vector<ChapterMark> readJSON(std::string_view text) {
 }
 
 std::vector<ChapterMark> readAs(std::string_view text, Format format) {
+  std::vector<ChapterMark> marks;
+  const auto take = [&marks](TimedList::Entry entry) { marks.push_back(markOf(std::move(entry))); };
   switch (format) {
     case Format::json:
       return readJSON(text);
     case Format::csv:
-      return readCSV(text);
+      TimedList::readCSV(text,
+                         {.start = {"start", "start (s)", "time"},
+                          .end = {"end", "end (s)"},
+                          .name = {"name", "label", "title"}},
+                         take);
+      return marks;
     case Format::audacityLabels:
-      return readAudacityLabels(text);
+      TimedList::readAudacityLabels(text, take);
+      return marks;
     case Format::cueSheet:
       return readCueSheet(text);
   }

@@ -2,11 +2,12 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <cstdint>
 #include <optional>
 #include <string>
 
+#include "orvane/text/extension_text.h"
+#include "orvane/text/number_text.h"
 #include "orvane/text/text_list.h"
 #include "orvane/text/utf8.h"
 
@@ -25,17 +26,7 @@ std::string takeWord(std::string_view& line) {
   const auto word = line.substr(0, line.find_first_of(" \t"));
   line.remove_prefix(word.size());
   line = trimmed(line);
-  std::string upper(word);
-  for (char& c : upper)
-    if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
-  return upper;
-}
-
-std::optional<std::uint32_t> number(std::string_view text) {
-  std::uint32_t value = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-  if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
-  return value;
+  return uppercased(word);
 }
 
 /// "mm:ss:ff" in seconds; absent for anything else.
@@ -43,9 +34,10 @@ std::optional<double> indexTime(std::string_view text) {
   const auto first = text.find(':');
   const auto second = text.find(':', std::min(first + 1, text.size()));
   if (first == std::string_view::npos || second == std::string_view::npos) return std::nullopt;
-  const auto minutes = number(text.substr(0, first));
-  const auto seconds = number(text.substr(first + 1, second - first - 1));
-  const auto frames = number(text.substr(second + 1));
+  const auto minutes = NumberText::parsed<std::uint32_t>(text.substr(0, first));
+  const auto seconds =
+      NumberText::parsed<std::uint32_t>(text.substr(first + 1, second - first - 1));
+  const auto frames = NumberText::parsed<std::uint32_t>(text.substr(second + 1));
   if (!minutes || !seconds || !frames || *seconds >= 60 || *frames >= 75) return std::nullopt;
   return static_cast<double>(*minutes) * 60 + static_cast<double>(*seconds) +
          static_cast<double>(*frames) / kFramesPerSecond;
@@ -95,7 +87,7 @@ class Parser {
 
   void readIndex(std::string_view line) {
     if (!track_) throw TextListError(line_, "an INDEX stands before the first TRACK.");
-    const auto index = number(takeWord(line));
+    const auto index = NumberText::parsed<std::uint32_t>(takeWord(line));
     const auto time = indexTime(line);
     if (!index || !time)
       throw TextListError(line_,
@@ -124,9 +116,7 @@ bool isCueSheetLine(std::string_view line) noexcept {
       "CDTEXTFILE", "SONGWRITER", "TRACK", "ISRC",      "FLAGS"};
   const auto word = line.substr(0, line.find_first_of(" \t"));
   return std::any_of(kCommands.begin(), kCommands.end(), [word](std::string_view command) {
-    return std::equal(word.begin(), word.end(), command.begin(), command.end(), [](char a, char b) {
-      return (a >= 'a' && a <= 'z' ? a - 'a' + 'A' : a) == b;
-    });
+    return isSameIgnoringCase(word, command);
   });
 }
 

@@ -10,90 +10,29 @@ namespace orvane::json {
 
 template <>
 struct Coding<MusicAnalysisResult::Stem> {
-  static std::string_view text(MusicAnalysisResult::Stem stem) { return rawValue(stem); }
-  static std::optional<MusicAnalysisResult::Stem> value(std::string_view text) {
-    return stemFromRawValue(text);
-  }
+  static constexpr auto value = stemFromRawValue;
 };
 
-template <>
-struct Coding<MusicAnalysisResult::TimeSpan> {
-  using Record = MusicAnalysisResult::TimeSpan;
-  static constexpr std::tuple fields{Field{"start", &Record::start}, Field{"end", &Record::end}};
-};
+ORVANE_JSON_FIELDS(MusicAnalysisResult::TimeSpan, start, end);
 
-template <>
-struct Coding<MusicAnalysisResult::ActivityPoint> {
-  using Record = MusicAnalysisResult::ActivityPoint;
-  static constexpr std::tuple fields{Field{"time", &Record::time}, Field{"value", &Record::value}};
-};
+ORVANE_JSON_FIELDS(MusicAnalysisResult::ActivityPoint, time, value);
 
-template <>
-struct Coding<MusicAnalysisResult::StemLane> {
-  using Record = MusicAnalysisResult::StemLane;
-  static constexpr std::tuple fields{Field{"stem", &Record::stem}, Field{"ranges", &Record::ranges},
-                                     Field{"activity", &Record::activity}};
-};
+ORVANE_JSON_FIELDS(MusicAnalysisResult::StemLane, stem, ranges, activity);
 
-template <>
-struct Coding<MusicAnalysisResult::KeyRange> {
-  using Record = MusicAnalysisResult::KeyRange;
-  static constexpr std::tuple fields{Field{"span", &Record::span}, Field{"tonic", &Record::tonic},
-                                     Field{"mode", &Record::mode}};
-};
+ORVANE_JSON_FIELDS(MusicAnalysisResult::KeyRange, span, tonic, mode);
 
-template <>
-struct Coding<MusicAnalysisResult::PaceRange> {
-  using Record = MusicAnalysisResult::PaceRange;
-  static constexpr std::tuple fields{Field{"span", &Record::span}, Field{"value", &Record::value}};
-};
+ORVANE_JSON_FIELDS(MusicAnalysisResult::PaceRange, span, value);
 
-template <>
-struct Coding<MusicAnalysisResult> {
-  using Record = MusicAnalysisResult;
-  static constexpr std::tuple fields{Field{"source", &Record::source},
-                                     Field{"analysedAt", &Record::analysedAt},
-                                     Field{"duration", &Record::duration},
-                                     Field{"stems", &Record::stems},
-                                     Field{"beats", &Record::beats},
-                                     Field{"bars", &Record::bars},
-                                     Field{"beatsPerMinute", &Record::beatsPerMinute},
-                                     Field{"sections", &Record::sections},
-                                     Field{"segments", &Record::segments},
-                                     Field{"phrases", &Record::phrases},
-                                     Field{"keys", &Record::keys},
-                                     Field{"paces", &Record::paces}};
-};
+ORVANE_JSON_FIELDS(MusicAnalysisResult, source, analysedAt, duration, stems, beats, bars,
+                   beatsPerMinute, sections, segments, phrases, keys, paces);
 
-template <>
-struct Coding<StemGatedLoudness::Pair> {
-  using Record = StemGatedLoudness::Pair;
-  static constexpr std::tuple fields{
-      Field{"presentLUFS", &Record::presentLUFS}, Field{"absentLUFS", &Record::absentLUFS},
-      Field{"balanceLU", &Record::balanceLU}, Field{"presentSeconds", &Record::presentSeconds},
-      Field{"absentSeconds", &Record::absentSeconds}};
-};
+ORVANE_JSON_FIELDS(StemGatedLoudness::Pair, presentLUFS, absentLUFS, balanceLU, presentSeconds,
+                   absentSeconds);
 
-template <>
-struct Coding<StemGatedLoudness> {
-  using Record = StemGatedLoudness;
-  static constexpr std::tuple fields{Field{"vocal", &Record::vocal}, Field{"drums", &Record::drums},
-                                     Field{"source", &Record::source}};
-};
+ORVANE_JSON_FIELDS(StemGatedLoudness, vocal, drums, source);
 
-template <>
-struct Coding<MusicSectionLoudness::Entry> {
-  using Record = MusicSectionLoudness::Entry;
-  static constexpr std::tuple fields{Field{"index", &Record::index}, Field{"span", &Record::span},
-                                     Field{"integratedLUFS", &Record::integratedLUFS},
-                                     Field{"deviationLU", &Record::deviationLU}};
-};
+ORVANE_JSON_FIELDS(MusicSectionLoudness::Entry, index, span, integratedLUFS, deviationLU);
 
-template <>
-struct Coding<MusicSectionLoudness> {
-  using Record = MusicSectionLoudness;
-  static constexpr std::tuple fields{Field{"entries", &Record::entries},
-                                     Field{"medianLUFS", &Record::medianLUFS}};
-};
+ORVANE_JSON_FIELDS(MusicSectionLoudness, entries, medianLUFS);
 
 }  // namespace orvane::json

@@ -8,31 +8,15 @@ namespace orvane::json {
 
 template <>
 struct Coding<RawPCMFormat::Encoding> {
-  static std::string_view text(RawPCMFormat::Encoding encoding) { return rawValue(encoding); }
-  static std::optional<RawPCMFormat::Encoding> value(std::string_view text) {
-    return rawPCMEncodingFromRawValue(text);
-  }
+  static constexpr auto value = rawPCMEncodingFromRawValue;
 };
 
 template <>
 struct Coding<RawPCMFormat::Endianness> {
-  static std::string_view text(RawPCMFormat::Endianness endianness) { return rawValue(endianness); }
-  static std::optional<RawPCMFormat::Endianness> value(std::string_view text) {
-    return rawPCMEndiannessFromRawValue(text);
-  }
+  static constexpr auto value = rawPCMEndiannessFromRawValue;
 };
 
-template <>
-struct Coding<RawPCMFormat> {
-  using Record = RawPCMFormat;
-  static constexpr std::tuple fields{
-      Field{"sampleRate", &Record::sampleRate},
-      Field{"channelCount", &Record::channelCount},
-      Field{"encoding", &Record::encoding},
-      Field{"endianness", &Record::endianness},
-      Field{"isPlanar", &Record::isPlanar},
-      Field{"headerSkipBytes", &Record::headerSkipBytes},
-      Field{"trailingBytesTolerance", &Record::trailingBytesTolerance}};
-};
+ORVANE_JSON_FIELDS(RawPCMFormat, sampleRate, channelCount, encoding, endianness, isPlanar,
+                   headerSkipBytes, trailingBytesTolerance);
 
 }  // namespace orvane::json

@@ -1,11 +1,11 @@
 #include "orvane/rawpcm/raw_pcm_format.h"
 
-#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <functional>
 
 #include "orvane/platform/precondition.h"
+#include "orvane/text/extension_text.h"
 
 namespace orvane {
 namespace {
@@ -105,9 +105,7 @@ const std::array<std::string_view, 13>& RawPCMFormat::allFormatTokens() noexcept
 
 std::optional<std::pair<Encoding, Endianness>> RawPCMFormat::encodingAndEndianness(
     std::string_view token) {
-  std::string lower(token);
-  std::transform(lower.begin(), lower.end(), lower.begin(),
-                 [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; });
+  const std::string lower = lowercased(token);
   std::string_view rest = lower;
   if (rest == factsOf(Encoding::uint8).stem) return std::pair{Encoding::uint8, Endianness::little};
   const bool isLittle = rest.ends_with("le");

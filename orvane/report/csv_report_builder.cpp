@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "orvane/report/report_text.h"
+#include "orvane/text/text_list.h"
 
 namespace orvane::CSVReportBuilder {
 namespace {
@@ -26,18 +27,10 @@ bool isDecimalNumber(std::string_view text) {
 
 /// A field as it is written. Spreadsheets run what begins like a formula.
 std::string escape(std::string_view value) {
-  constexpr std::string_view kFormulaStarts = "=+-@\t\r";
-  std::string text = ReportText::visible(value);
-  const bool isGuarded = !text.empty() && !isDecimalNumber(text) &&
-                         kFormulaStarts.find(text.front()) != std::string_view::npos;
-  if (isGuarded) text.insert(0, 1, '\'');
-  if (!isGuarded && text.find_first_of(",\"\n\r") == std::string::npos) return text;
-  std::string quoted = "\"";
-  for (const char c : text) {
-    if (c == '"') quoted += '"';
-    quoted += c;
-  }
-  return quoted + '"';
+  const std::string text = ReportText::visible(value);
+  if (TextList::startsLikeFormula(text) && !isDecimalNumber(text))
+    return TextList::csvQuoted("'" + text);
+  return TextList::csvCell(text);
 }
 
 std::string row(std::initializer_list<std::string_view> fields) {

@@ -4,6 +4,7 @@
 #include <charconv>
 #include <cmath>
 
+#include "orvane/text/number_text.h"
 #include "orvane/text/utf8.h"
 
 namespace orvane::ReportText {
@@ -26,11 +27,7 @@ void appendCodePoint(std::string& text, char32_t character) {
 }  // namespace
 
 std::string fixed(double value, int decimals) {
-  if (!std::isfinite(value)) return "-";
-  std::array<char, 352> text;  // the largest 64-bit number has 309 digits
-  const auto end = std::to_chars(text.data(), text.data() + text.size(), value,
-                                 std::chars_format::fixed, decimals);
-  return {text.data(), end.ptr};
+  return std::isfinite(value) ? NumberText::fixed(value, decimals) : "-";
 }
 
 std::string fixed(float value, int decimals) {

@@ -1,13 +1,15 @@
 #include "orvane/text/extension_text.h"
 
+#include <algorithm>
+
 namespace orvane {
 namespace {
 
-std::string shifted(std::string_view text, char first, char last, int distance) {
-  std::string result(text);
-  for (char& c : result)
-    if (c >= first && c <= last) c = static_cast<char>(c + distance);
-  return result;
+constexpr char lower(char c) noexcept {
+  return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
+constexpr char upper(char c) noexcept {
+  return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
 }
 
 }  // namespace
@@ -18,11 +20,20 @@ std::string pathExtension(const std::filesystem::path& url) {
 }
 
 std::string lowercased(std::string_view text) {
-  return shifted(text, 'A', 'Z', 'a' - 'A');
+  std::string result(text);
+  std::transform(result.begin(), result.end(), result.begin(), lower);
+  return result;
 }
 
 std::string uppercased(std::string_view text) {
-  return shifted(text, 'a', 'z', 'A' - 'a');
+  std::string result(text);
+  std::transform(result.begin(), result.end(), result.begin(), upper);
+  return result;
+}
+
+bool isSameIgnoringCase(std::string_view a, std::string_view b) noexcept {
+  return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                    [](char x, char y) { return lower(x) == lower(y); });
 }
 
 }  // namespace orvane

@@ -15,4 +15,7 @@ std::string lowercased(std::string_view text);
 /// ASCII letters in upper case.
 std::string uppercased(std::string_view text);
 
+/// Whether two texts differ at most in the case of ASCII letters.
+bool isSameIgnoringCase(std::string_view a, std::string_view b) noexcept;
+
 }  // namespace orvane

@@ -1,9 +1,7 @@
 #include "orvane/text/iso8601_date.h"
 
-#include <array>
-#include <cstdio>
-
 #include "orvane/platform/precondition.h"
+#include "orvane/text/number_text.h"
 
 namespace orvane {
 
@@ -44,12 +42,10 @@ std::string text(Date date) {
   const auto day = std::chrono::floor<std::chrono::days>(date);
   const std::chrono::year_month_day calendar(day);
   const std::chrono::hh_mm_ss time(date - day);
-  std::array<char, 48> buffer{};
-  std::snprintf(buffer.data(), buffer.size(), "%04d-%02u-%02uT%02d:%02d:%02dZ",
-                int{calendar.year()}, unsigned{calendar.month()}, unsigned{calendar.day()},
-                static_cast<int>(time.hours().count()), static_cast<int>(time.minutes().count()),
-                static_cast<int>(time.seconds().count()));
-  return buffer.data();
+  const auto two = [](std::int64_t value) { return NumberText::padded(value, 2); };
+  return NumberText::padded(int{calendar.year()}, 4) + "-" + two(unsigned{calendar.month()}) + "-" +
+         two(unsigned{calendar.day()}) + "T" + two(time.hours().count()) + ":" +
+         two(time.minutes().count()) + ":" + two(time.seconds().count()) + "Z";
 }
 
 std::optional<Date> parse(std::string_view text) noexcept {

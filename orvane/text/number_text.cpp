@@ -1,5 +1,6 @@
 #include "orvane/text/number_text.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
@@ -11,7 +12,8 @@ namespace {
 template <typename Number, typename... Form>
 std::string digits(Number value, Form... form) {
   if (std::isnan(value)) return "nan";
-  std::array<char, 512> buffer;  // no double takes more than 309 digits before its point
+  std::array<char, 512>
+      buffer;  // no double takes more than 343 characters, or 309 before its point
   const auto end = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value, form...).ptr;
   return {buffer.data(), end};
 }
@@ -42,6 +44,11 @@ std::string withoutExponent(double value) {
 
 std::string fixed(double value, int decimals) {
   return digits(value, std::chars_format::fixed, decimals);
+}
+
+std::string padded(std::int64_t value, std::size_t digits) {
+  const std::string text = std::to_string(value);
+  return std::string(digits - std::min(text.size(), digits), '0') + text;
 }
 
 }  // namespace orvane::NumberText

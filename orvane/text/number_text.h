@@ -1,6 +1,12 @@
 #pragma once
 
+#include <charconv>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
 #include <string>
+#include <string_view>
+#include <system_error>
 
 #include "orvane/platform/export.h"
 
@@ -20,5 +26,18 @@ ORVANE_API std::string withoutExponent(double value);
 
 /// With that many decimals, as "%.<decimals>f" prints it in the C locale.
 ORVANE_API std::string fixed(double value, int decimals);
+
+/// With zeros in front, to at least that many digits; not below 0.
+ORVANE_API std::string padded(std::int64_t value, std::size_t digits);
+
+/// The number that the whole text is, in the grammar of `std::from_chars`; absent for anything
+/// else.
+template <typename Number>
+std::optional<Number> parsed(std::string_view text) noexcept {
+  Number value{};
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+  if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
+  return value;
+}
 
 }  // namespace orvane::NumberText

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "orvane/text/extension_text.h"
+
 namespace orvane {
 
 TextListError::TextListError(std::size_t line, const std::string& problem)
@@ -15,11 +17,6 @@ namespace {
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 /// What makes a spreadsheet take a cell for a formula.
 constexpr std::string_view kFormulaStarts = "=+-@\t\r";
-
-bool isSameWord(std::string_view text, std::string_view lowerCase) {
-  return std::equal(text.begin(), text.end(), lowerCase.begin(), lowerCase.end(),
-                    [](char a, char b) { return (a >= 'A' && a <= 'Z' ? a - 'A' + 'a' : a) == b; });
-}
 
 }  // namespace
 
@@ -48,10 +45,26 @@ std::string_view takeLine(std::string_view& text) noexcept {
   return line;
 }
 
+bool startsLikeFormula(std::string_view cell) noexcept {
+  return !cell.empty() && kFormulaStarts.find(cell.front()) != std::string_view::npos;
+}
+
 bool looksLikeFormula(std::string_view cell) noexcept {
-  const auto first = cell.find_first_not_of('\'');
-  return first != std::string_view::npos &&
-         kFormulaStarts.find(cell[first]) != std::string_view::npos;
+  return startsLikeFormula(cell.substr(std::min(cell.find_first_not_of('\''), cell.size())));
+}
+
+std::string csvQuoted(std::string_view cell) {
+  std::string result = "\"";
+  for (const char c : cell) {
+    if (c == '"') result += '"';
+    result += c;
+  }
+  return result + '"';
+}
+
+std::string csvCell(std::string_view cell) {
+  const bool needsQuotes = cell.find_first_of(",\"\r\n") != std::string_view::npos;
+  return needsQuotes ? csvQuoted(cell) : std::string(cell);
 }
 
 std::string unguarded(std::string cell) {
@@ -114,7 +127,7 @@ std::optional<std::size_t> columnNamed(const Record& header,
                                        const std::vector<std::string_view>& names) {
   for (std::size_t i = 0; i < header.cells.size(); ++i)
     for (const std::string_view name : names)
-      if (isSameWord(trimmed(header.cells[i].text), name)) return i;
+      if (isSameIgnoringCase(trimmed(header.cells[i].text), name)) return i;
   return std::nullopt;
 }
 

@@ -26,12 +26,18 @@ ORVANE_TESTING_API std::string quoted(std::string_view text);
 /// Takes the next line off the front of `text`, without its end of either kind.
 ORVANE_TESTING_API std::string_view takeLine(std::string_view& text) noexcept;
 
-/// Whether a spreadsheet would take a cell for a formula, were it not for the apostrophes before
-/// it.
+/// Whether a spreadsheet takes a cell for a formula.
+ORVANE_TESTING_API bool startsLikeFormula(std::string_view cell) noexcept;
+
+/// The same, were it not for the apostrophes before it.
 ORVANE_TESTING_API bool looksLikeFormula(std::string_view cell) noexcept;
 
 /// A cell without the apostrophe that kept it from being taken for a formula.
 ORVANE_TESTING_API std::string unguarded(std::string cell);
+
+/// A cell as comma-separated values hold it (RFC 4180): in quotes where it needs them, or always.
+ORVANE_TESTING_API std::string csvCell(std::string_view cell);
+ORVANE_TESTING_API std::string csvQuoted(std::string_view cell);
 
 struct Cell {
   std::string text{};

@@ -82,6 +82,11 @@ TEST(ChapterListTest, RefusesAKeyThatStandsThereTwiceInJSON) {
             2U);
 }
 
+// A first chapter of that name made its record pass for a header without a start.
+TEST(ChapterListTest, ReadsAChapterNamedTitleInCSVWithoutAHeader) {
+  EXPECT_EQ(read("0,1,title\n"), (Marks{{0, 1, "title"}}));
+}
+
 TEST(ChapterListTest, ReadsCSVByItsHeader) {
   EXPECT_EQ(read("Title,End,Start,Other\r\nOne,10,0,x\r\nTwo,,0:10.5,y\r\n"), kTwo);
   EXPECT_EQ(read("start,name\n0,\n"), (Marks{{0, {}, ""}}));

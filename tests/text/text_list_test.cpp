@@ -38,6 +38,27 @@ TEST(TextLists, QuoteNoMoreThanTheStartOfLongTexts) {
   EXPECT_EQ(TextList::quoted(std::string(100, 'x')), "\"" + std::string(40, 'x') + "...\"");
 }
 
+TEST(TextLists, TellWhatStartsLikeAFormula) {
+  for (const char* cell : {"=1", "+1", "-1", "@x", "\t", "\r"}) {
+    EXPECT_TRUE(TextList::startsLikeFormula(cell)) << cell;
+    EXPECT_FALSE(TextList::startsLikeFormula(std::string("'") + cell)) << cell;
+    EXPECT_TRUE(TextList::looksLikeFormula(std::string("''") + cell)) << cell;
+  }
+  for (const char* cell : {"", "'", "1", "a=b"}) {
+    EXPECT_FALSE(TextList::startsLikeFormula(cell)) << cell;
+    EXPECT_FALSE(TextList::looksLikeFormula(cell)) << cell;
+  }
+}
+
+TEST(TextLists, PutCellsInQuotesWhereTheyNeedThem) {
+  EXPECT_EQ(TextList::csvCell("plain 'text'"), "plain 'text'");
+  EXPECT_EQ(TextList::csvCell("a,b"), "\"a,b\"");
+  EXPECT_EQ(TextList::csvCell("\""), "\"\"\"\"");
+  EXPECT_EQ(TextList::csvCell("a\nb"), "\"a\nb\"");
+  EXPECT_EQ(TextList::csvCell(""), "");
+  EXPECT_EQ(TextList::csvQuoted(""), "\"\"");
+}
+
 TEST(TextLists, TakeTheApostropheOffWhatIsNoFormula) {
   EXPECT_EQ(TextList::unguarded("'=cmd"), "=cmd");
   EXPECT_EQ(TextList::unguarded("'tis"), "'tis");

@@ -4,6 +4,9 @@
 #include <string>
 #include <string_view>
 
+#include "orvane/text/extension_text.h"
+#include "orvane/text/text_list.h"
+
 namespace orvane {
 namespace {
 
@@ -39,12 +42,9 @@ bool isText(std::span<const std::byte> head) {
 }
 
 bool isPlaylistText(std::span<const std::byte> head) {
-  std::string text;
-  for (const std::byte byte : head.first(std::min(head.size(), kLookedAt))) {
-    const char c = static_cast<char>(byte);
-    text += c >= 'A' && c <= 'Z' ? static_cast<char>(c + 'a' - 'A') : c;
-  }
-  if (text.starts_with("\xEF\xBB\xBF")) text.erase(0, 3);
+  const std::string_view looked(reinterpret_cast<const char*>(head.data()),
+                                std::min(head.size(), kLookedAt));
+  std::string text = lowercased(TextList::withoutByteOrderMark(looked));
   text.erase(0, text.find_first_not_of(" \t\r\n\f"));
   for (const std::string_view start : {"#extm3u", "#extinf", "[playlist]", "ffconcat version",
                                        "v=0\n", "v=0\r", "<asx", "<smil", "[reference]"})

@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "orvane/report/report_text.h"
+#include "orvane/text/number_text.h"
 
 namespace orvane::HTMLReportBuilder {
 namespace {
@@ -12,10 +13,6 @@ namespace {
 std::int64_t wholeSeconds(double seconds) {
   constexpr double kMost = 1e15;
   return seconds > 0 ? static_cast<std::int64_t>(std::min(seconds, kMost)) : 0;
-}
-
-std::string twoDigits(std::int64_t value) {
-  return (value < 10 ? "0" : "") + std::to_string(value);
 }
 
 }  // namespace
@@ -75,8 +72,8 @@ std::string formatTimecode(double seconds) {
   const std::int64_t whole = wholeSeconds(seconds);
   const std::int64_t hours = whole / 3600;
   const std::int64_t minutes = whole / 60 % 60;
-  const std::string end = ":" + twoDigits(whole % 60);
-  return hours > 0 ? std::to_string(hours) + ":" + twoDigits(minutes) + end
+  const std::string end = ":" + NumberText::padded(whole % 60, 2);
+  return hours > 0 ? std::to_string(hours) + ":" + NumberText::padded(minutes, 2) + end
                    : std::to_string(minutes) + end;
 }
 

@@ -1,15 +1,14 @@
 #include "orvane/report/pdf/pdf_document.h"
 
 #include <array>
-#include <charconv>
 #include <cmath>
-#include <cstdio>
 #include <ctime>
 #include <optional>
 #include <span>
 #include <utility>
 
 #include "orvane/report/pdf/browser/browser_error.h"
+#include "orvane/text/number_text.h"
 
 namespace orvane {
 namespace {
@@ -69,16 +68,8 @@ std::string_view takeToken(std::string_view& rest) {
 }
 
 template <typename Number>
-std::optional<Number> numberIn(std::string_view token) {
-  Number number{};
-  const auto [end, failure] = std::from_chars(token.data(), token.data() + token.size(), number);
-  if (failure != std::errc{} || end != token.data() + token.size()) return std::nullopt;
-  return number;
-}
-
-template <typename Number>
 Number takeNumber(std::string_view& rest) {
-  const auto number = numberIn<Number>(takeToken(rest));
+  const auto number = NumberText::parsed<Number>(takeToken(rest));
   if (!number) fail();
   return *number;
 }
@@ -94,10 +85,10 @@ std::string_view takeValue(std::string_view& rest) {
     if (token == ">>" || token == "]") --depth;
   } while (depth > 0);
   if (depth < 0) fail();
-  if (numberIn<std::size_t>(all.substr(0, all.size() - rest.size()))) {
+  if (NumberText::parsed<std::size_t>(all.substr(0, all.size() - rest.size()))) {
     auto ahead = rest;  // "7 0 R"
     const auto generation = takeToken(ahead);
-    if (numberIn<int>(generation) && takeToken(ahead) == "R") rest = ahead;
+    if (NumberText::parsed<int>(generation) && takeToken(ahead) == "R") rest = ahead;
   }
   return all.substr(0, all.size() - rest.size());
 }
@@ -121,13 +112,6 @@ std::string replaced(std::string_view text, std::string_view part, std::string_v
                         replacement);
 }
 
-std::string decimal(double value) {
-  std::array<char, 32> digits{};
-  const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), value,
-                                 std::chars_format::fixed, 5);
-  return {digits.data(), end.ptr};
-}
-
 std::string streamOf(std::string_view content) {
   return ("<</Length " + std::to_string(content.size()) + ">>\nstream\n").append(content) +
          "\nendstream";
@@ -140,9 +124,8 @@ class Update {
   explicit Update(std::size_t offset) : offset_(offset) {}
 
   void add(std::size_t number, std::string_view object) {
-    std::array<char, 40> row{};
-    std::snprintf(row.data(), row.size(), "%010zu 00000 n ", offset_ + text_.size());
-    table_ += std::to_string(number) + " 1\n" + row.data() + "\n";
+    const auto place = static_cast<std::int64_t>(offset_ + text_.size());
+    table_ += std::to_string(number) + " 1\n" + NumberText::padded(place, 10) + " 00000 n \n";
     text_.append(std::to_string(number)).append(" 0 obj\n").append(object).append("\nendobj\n");
   }
 
@@ -267,7 +250,7 @@ std::string PDFDocument::updateWithRaisedPage(double distance) const {
              replaced(page, contents,
                       "[" + referenceTo(first) + " " + std::string(inner) + " " +
                           referenceTo(first + 1) + "]"));
-  update.add(first, streamOf("q 1 0 0 1 0 " + decimal(distance) + " cm"));
+  update.add(first, streamOf("q 1 0 0 1 0 " + NumberText::fixed(distance, 5) + " cm"));
   update.add(first + 1, streamOf("Q"));
   const auto size = valueOf(trailer_, "/Size");
   if (size.empty()) fail();

@@ -19,13 +19,10 @@
 #include "orvane/text/json/json_text.h"
 #include "orvane/text/json/json_writer.h"
 
-/// How records become JSON and come back. A record says once which fields it has,
+/// How records become JSON and come back. A record says once which fields it has, under whose names
+/// they are written,
 ///
-///   template <>
-///   struct Coding<LoudnessSample> {
-///     static constexpr std::tuple fields{Field{"time", &LoudnessSample::time},
-///                                        Field{"lufs", &LoudnessSample::lufs}};
-///   };
+///   ORVANE_JSON_FIELDS(LoudnessSample, time, lufs);
 ///
 /// a range of numbers, which is written as an array of both, what its bounds are,
 ///
@@ -35,12 +32,12 @@
 ///                                       &ClosedTimeRange::upperBound};
 ///   };
 ///
-/// and an enumeration which texts stand for its values and, if it likes, what any other text is:
+/// and an enumeration, of which `rawValue` gives the texts, how they are read and, if it likes,
+/// what any other text is:
 ///
 ///   template <>
 ///   struct Coding<Stem> {
-///     static std::string_view text(Stem stem);
-///     static std::optional<Stem> value(std::string_view text);
+///     static constexpr auto value = stemFromRawValue;
 ///     static constexpr const char* unknown = "is no stem.";
 ///   };
 namespace orvane::json {
@@ -67,8 +64,8 @@ concept CodedRange = requires {
 };
 
 template <typename Value>
-concept CodedText = requires(Value value) {
-  { Coding<Value>::text(value) } -> std::convertible_to<std::string_view>;
+concept CodedText = requires(std::string_view text) {
+  Coding<Value>::value(text);
 };
 
 template <typename Value>
@@ -156,7 +153,7 @@ void writeValue(Writer& writer, const Value& value) {
     for (const auto& element : value) writeValue(writer, element);
     writer.endArray();
   } else if constexpr (CodedText<Value>) {
-    writer.value(std::string_view(Coding<Value>::text(value)));
+    writer.value(std::string_view(rawValue(value)));
   } else if constexpr (std::same_as<Value, Date>) {
     if (!ISO8601Date::hasText(value)) writer.fail("lies outside the years 0 to 9999.");
     writer.value(std::string_view(ISO8601Date::text(value)));
@@ -304,6 +301,23 @@ Record JSONForm<Record>::decode(std::string_view text) {
 }
 
 }  // namespace orvane
+
+#define ORVANE_JSON_FIELDS(Type, ...)                                              \
+  template <>                                                                      \
+  struct Coding<Type> {                                                            \
+    using Record = Type;                                                           \
+    static constexpr std::tuple fields{ORVANE_SCAN_27(ORVANE_FIELD(__VA_ARGS__))}; \
+  }
+// A macro cannot call itself; what it leaves to be called is found by scanning it again, once per
+// field.
+#define ORVANE_FIELD(name, ...) \
+  Field{#name, &Record::name} __VA_OPT__(, ORVANE_NEXT_FIELD ORVANE_NO_ARGUMENTS(__VA_ARGS__))
+#define ORVANE_NEXT_FIELD() ORVANE_FIELD
+#define ORVANE_NO_ARGUMENTS ()
+#define ORVANE_SCAN_27(...) ORVANE_SCAN_9(ORVANE_SCAN_9(ORVANE_SCAN_9(__VA_ARGS__)))
+#define ORVANE_SCAN_9(...) ORVANE_SCAN_3(ORVANE_SCAN_3(ORVANE_SCAN_3(__VA_ARGS__)))
+#define ORVANE_SCAN_3(...) ORVANE_SCAN(ORVANE_SCAN(ORVANE_SCAN(__VA_ARGS__)))
+#define ORVANE_SCAN(...) __VA_ARGS__
 
 /// In one source file, for each record that others encode and decode.
 #define ORVANE_JSON_FORM(Record) template struct JSONForm<Record>

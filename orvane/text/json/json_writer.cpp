@@ -78,10 +78,11 @@ void Writer::appendNumber(Number value) {
     const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), value);
     text_.append(digits.data(), end.ptr);
   } else {
-    const std::string digits = NumberText::plain(value);
+    const bool isReal = style_.numbers == Style::Numbers::real;
+    // An integer has no negative zero.
+    const std::string digits = NumberText::plain(value == 0 && !isReal ? Number{} : value);
     text_ += digits;
-    const bool isWhole = digits.find_first_of(".e") == std::string::npos;
-    if (isWhole && style_.numbers == Style::Numbers::real) text_ += ".0";
+    if (isReal && digits.find_first_of(".e") == std::string::npos) text_ += ".0";
   }
 }
 void Writer::value(float value) {

@@ -38,14 +38,6 @@ TEST(NumberText, SignsPositiveNumbersOnRequest) {
   EXPECT_EQ(NumberText::signedFixed(std::nan(""), 2), "nan");
 }
 
-TEST(NumberText, GivesFloatsTheirOwnShortestDigits) {
-  EXPECT_EQ(NumberText::withFloatDigits(0.1F), 0.1);
-  EXPECT_EQ(NumberText::withFloatDigits(-23.1F), -23.1);
-  EXPECT_TRUE(std::isinf(NumberText::withFloatDigits(-std::numeric_limits<float>::infinity())));
-  for (const float value : {3.4028235e38F, 1.1754944e-38F, 1e-45F, 0.333333343F})
-    EXPECT_EQ(static_cast<float>(NumberText::withFloatDigits(value)), value);
-}
-
 TEST(NumberText, WritesDurations) {
   EXPECT_EQ(NumberText::duration(0), "0:00.000");
   EXPECT_EQ(NumberText::duration(3.5), "0:03.500");
