@@ -7,6 +7,7 @@
 #include "cli/commands/measured_file.h"
 #include "cli/output/json_output.h"
 #include "cli/output/number_text.h"
+#include "cli/terminal/progress_bar.h"
 #include "cli/terminal/terminal_text.h"
 #include "cli/terminal/text_table.h"
 #include "orvane/audio/audio_file_identity.h"
@@ -30,8 +31,8 @@ struct Identified {
   AudioFileIdentity identity{};
 };
 
-Identified identify(const InputName& file) {
-  auto description = AudioFile::describe(file.path);
+Identified identify(const InputName& file, ProgressObserver& observer) {
+  auto description = AudioFile::describe(file.path, &observer);
   auto identity = AudioFileIdentity::fromDescription(description, file.path);
   return {std::move(description), std::move(identity)};
 }
@@ -88,9 +89,11 @@ ExitCode runIdentify(const IdentifyOptions& options, Console& console) {
   TextTable table(
       {{"File"}, {"Format"}, {"Encoding"}, {"Rate", TextTable::Alignment::right}, {"Channels"}});
   bool hasRows = false;
+  ProgressBar progress(console, files.size(), false);  // only passes interruptions on
   const auto code = FileWork::run(files, {.json = options.json}, console,
                                   [&](const InputName& file) -> FileWork::Report {
-                                    auto found = identify(file);
+                                    const auto observer = progress.forFile(file.shown());
+                                    auto found = identify(file, *observer);
                                     std::string document;
                                     if (options.json) document = identityJson(file, found);
                                     return [&, found = std::move(found), document] {

@@ -61,15 +61,18 @@ void refuseImpossibleFormat(const std::filesystem::path& path, const StreamDescr
 }
 
 AudioFileDescription describeContainer(const std::shared_ptr<const InputFile>& file,
+                                       const AudioFileOpenOptions& options,
                                        const SniffedContainer& container) {
   const auto parse = parserOf(container.fileTypeID);
-  if (parse == nullptr) return describeCompressedAudioFile(file, container.fileTypeID);
+  if (parse == nullptr) return describeCompressedAudioFile(file, options, container.fileTypeID);
   PCMStream stream = parse(*file, container.start);
   const bool isKnown = stream.description.dataFormat.formatID == kFormatLinearPCM;
   if (isKnown || !stream.refusal.empty()) return stream.description;
   // The decoder knows more (the source's depth); the header must do where it does not know.
   try {
-    return describeCompressedAudioFile(file, container.fileTypeID);
+    return describeCompressedAudioFile(file, options, container.fileTypeID);
+  } catch (const Cancelled&) {
+    throw;
   } catch (const std::exception&) {
     return stream.description;
   }
@@ -134,9 +137,11 @@ std::unique_ptr<AudioFile> AudioFile::open(std::shared_ptr<const InputFile> file
   return opened;
 }
 
-AudioFileDescription AudioFile::describe(const std::filesystem::path& path) {
+AudioFileDescription AudioFile::describe(const std::filesystem::path& path,
+                                         ProgressObserver* observer) {
   const auto file = std::make_shared<const InputFile>(path);
-  AudioFileDescription description = describeContainer(file, identify(*file));
+  AudioFileDescription description =
+      describeContainer(file, {.observer = observer}, identify(*file));
   refuseTooManyChannels(path, description.dataFormat);
   return description;
 }

@@ -70,8 +70,9 @@ class ORVANE_API AudioFile {
   const InputFile& file() const noexcept { return *file_; }
 
   /// What `open` would find, without preparing to decode. Throws as `open` does, but tells also of
-  /// audio that cannot be decoded.
-  static AudioFileDescription describe(const std::filesystem::path& path);
+  /// audio that cannot be decoded. `observer`, which may be null, is only asked whether to go on.
+  static AudioFileDescription describe(const std::filesystem::path& path,
+                                       ProgressObserver* observer = nullptr);
 
   /// Reading a compressed file may add warnings.
   virtual const AudioFileDescription& description() const noexcept = 0;

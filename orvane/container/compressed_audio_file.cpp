@@ -62,9 +62,10 @@ std::unique_ptr<AudioFile> openCompressedAudioFile(std::shared_ptr<const InputFi
 }
 
 AudioFileDescription describeCompressedAudioFile(std::shared_ptr<const InputFile> file,
+                                                 const AudioFileOpenOptions& options,
                                                  FourCC containerHint) {
   const FFmpegModule& module = ffmpegModule(file->path());
-  return module.describe(std::move(file), containerHint);
+  return module.describe(std::move(file), options, containerHint);
 }
 
 std::optional<std::string> ffmpegVersion() {

@@ -15,8 +15,9 @@ std::unique_ptr<AudioFile> openCompressedAudioFile(std::shared_ptr<const InputFi
                                                    const AudioFileOpenOptions& options,
                                                    FourCC containerHint);
 
-/// The description alone, without preparing to decode. Throws `PlatformError`.
+/// The description alone, without preparing to decode. Throws `PlatformError`, and `Cancelled`.
 AudioFileDescription describeCompressedAudioFile(std::shared_ptr<const InputFile> file,
+                                                 const AudioFileOpenOptions& options,
                                                  FourCC containerHint);
 
 }  // namespace orvane

@@ -10,12 +10,14 @@
 #include "orvane/analysis/offline_analysis_pipeline.h"
 #include "orvane/platform/error.h"
 #include "tests/analysis/raw_programme.h"
+#include "tests/analysis/same_figures.h"
 
 namespace orvane {
 namespace {
 
 using OfflineAnalysisPipeline::analyzeFile;
 using test::Channel;
+using test::expectSameFigures;
 using test::RawProgramme;
 
 Channel noise(unsigned seed, std::size_t frames) {
@@ -87,27 +89,6 @@ TEST(AnalysisExecution, ReportsNoSizeForAFileThatVanishes) {
   const auto result = analyzeFile(programme.path(), programme.options(), {.observer = &recorder});
   EXPECT_EQ(result.fileSize, 0);
   EXPECT_GT(result.integratedLUFS, -30);
-}
-
-/// Everything but the audio itself.
-void expectSameFigures(const OfflineAnalysisPipeline::Result& a,
-                       const OfflineAnalysisPipeline::Result& b) {
-  EXPECT_EQ(a.durationSeconds, b.durationSeconds);
-  EXPECT_EQ(a.fileFormat, b.fileFormat);
-  EXPECT_EQ(a.bitDepth, b.bitDepth);
-  EXPECT_EQ(a.integratedLUFS, b.integratedLUFS);
-  EXPECT_EQ(a.loudnessRange, b.loudnessRange);
-  EXPECT_EQ(a.truePeakDB, b.truePeakDB);
-  EXPECT_EQ(a.samplePeakDB, b.samplePeakDB);
-  EXPECT_EQ(a.dynamicRange, b.dynamicRange);
-  EXPECT_EQ(a.speechGatedLUFS, b.speechGatedLUFS);
-  EXPECT_EQ(a.speechPercentage, b.speechPercentage);
-  EXPECT_EQ(a.speechHistory, b.speechHistory);
-  EXPECT_EQ(a.loudnessCurve, b.loudnessCurve);
-  EXPECT_EQ(a.stereoWidthCurve, b.stereoWidthCurve);
-  EXPECT_EQ(a.channelPeakDB, b.channelPeakDB);
-  EXPECT_EQ(a.channelRMSDB, b.channelRMSDB);
-  EXPECT_EQ(a.channelDCOffset, b.channelDCOffset);
 }
 
 // Slices are short where there are many channels, and 2^22 frames where there are few.

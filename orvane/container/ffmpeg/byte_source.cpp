@@ -1,5 +1,6 @@
 #include "orvane/container/ffmpeg/byte_source.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <new>
 #include <span>
@@ -10,6 +11,9 @@ extern "C" {
 #include <libavutil/mem.h>
 }
 
+#include "orvane/container/sniff/id3v2_tag.h"
+#include "orvane/platform/error.h"
+
 namespace orvane {
 namespace {
 
@@ -19,6 +23,11 @@ constexpr int kBufferBytes = 64 << 10;
 /// forged offsets send a demuxer back for ever is stopped here.
 constexpr std::uint64_t kMostPasses = 256;
 constexpr std::uint64_t kAlwaysAllowedBytes = std::uint64_t{1} << 20;
+constexpr std::uint64_t kMostGapBytes = std::uint64_t{16} << 20;
+
+bool isZero(std::span<const std::byte> bytes) {
+  return std::ranges::all_of(bytes, [](std::byte byte) { return byte == std::byte{0}; });
+}
 
 }  // namespace
 
@@ -28,7 +37,8 @@ void ByteSource::FreeContext::operator()(AVIOContext* context) const noexcept {
   avio_context_free(&context);
 }
 
-ByteSource::ByteSource(std::shared_ptr<const InputFile> file) : file_(std::move(file)) {
+ByteSource::ByteSource(std::shared_ptr<const InputFile> file, ProgressObserver* observer)
+    : file_(std::move(file)), observer_(observer), tagsEnd_(endOfID3v2Tags(*file_)) {
   auto* buffer = static_cast<unsigned char*>(av_malloc(kBufferBytes));
   if (buffer == nullptr) throw std::bad_alloc();
   context_.reset(avio_alloc_context(buffer, kBufferBytes, 0, this, &read, nullptr, &seek));
@@ -39,25 +49,38 @@ ByteSource::ByteSource(std::shared_ptr<const InputFile> file) : file_(std::move(
 }
 
 void ByteSource::rethrowFailure() const {
+  throwIfCancelled();
   if (failure_) std::rethrow_exception(failure_);
+}
+
+void ByteSource::throwIfCancelled() const {
+  if (observer_ != nullptr && observer_->isCancelled()) throw Cancelled();
 }
 
 int ByteSource::read(void* opaque, std::uint8_t* destination, int size) noexcept {
   auto& source = *static_cast<ByteSource*>(opaque);
   if (size <= 0) return AVERROR(EINVAL);
-  if (source.bytesRead_ / kMostPasses > source.file_->size() + kAlwaysAllowedBytes)
-    return AVERROR_EXTERNAL;
   try {
-    const std::span target(reinterpret_cast<std::byte*>(destination),
-                           static_cast<std::size_t>(size));
-    const std::size_t count = source.file_->readAt(source.position_, target);
-    source.position_ += count;
-    source.bytesRead_ += count;
-    return count == 0 ? AVERROR_EOF : static_cast<int>(count);
+    return source.readNext(
+        {reinterpret_cast<std::byte*>(destination), static_cast<std::size_t>(size)});
   } catch (...) {
     source.failure_ = std::current_exception();
     return AVERROR(EIO);
   }
+}
+
+int ByteSource::readNext(std::span<std::byte> destination) {
+  throwIfCancelled();
+  if (hasEndedInGap_) return AVERROR_EOF;
+  if (bytesRead_ / kMostPasses > file_->size() + kAlwaysAllowedBytes) return AVERROR_EXTERNAL;
+  const std::size_t count = file_->readAt(position_, destination);
+  if (count == 0) return AVERROR_EOF;
+  const bool mayBeGap = isEveryGapBounded_ || isZero(destination.first(count));
+  gapBytes_ = mayBeGap && position_ >= tagsEnd_ ? gapBytes_ + count : 0;
+  position_ += count;
+  bytesRead_ += count;
+  hasEndedInGap_ = gapBytes_ > kMostGapBytes;
+  return static_cast<int>(count);
 }
 
 std::int64_t ByteSource::seek(void* opaque, std::int64_t offset, int whence) noexcept {

@@ -32,6 +32,16 @@ bool hasPreSkip(const AVPacket& packet) {
   return side != nullptr && size >= 4 && AV_RL32(side) > 0;
 }
 
+/// Refuses frames larger than any codec's longest of sixteen channels: forged numbers of samples
+/// and channels would take gigabytes on each of a decoder's threads.
+int allocateFrame(AVCodecContext* codec, AVFrame* frame, int flags) {
+  constexpr std::int64_t kMostBytes = std::int64_t{32} << 20;
+  const auto bytesPerFrame = std::int64_t{frame->ch_layout.nb_channels} *
+                             av_get_bytes_per_sample(static_cast<AVSampleFormat>(frame->format));
+  if (bytesPerFrame * frame->nb_samples > kMostBytes) return AVERROR_INVALIDDATA;
+  return avcodec_default_get_buffer2(codec, frame, flags);
+}
+
 void replaceExtradata(AVCodecParameters& parameters, const AVPacket& packet) {
   const auto size = static_cast<std::size_t>(packet.size);
   auto* copy =
@@ -64,6 +74,7 @@ CodecContextPointer openCodec(const Demuxer& demuxer, std::size_t threadCount, i
   context->pkt_timebase = stream.time_base;
   context->thread_count = static_cast<int>(std::clamp<std::size_t>(threadCount, 1, kMostThreads));
   context->flags2 |= flags2;
+  context->get_buffer2 = allocateFrame;
   if (result >= 0) result = avcodec_open2(context.get(), demuxer.codec(), nullptr);
   if (result == AVERROR_PATCHWELCOME || result == AVERROR(ENOSYS))
     throw PlatformError(demuxer.path(),

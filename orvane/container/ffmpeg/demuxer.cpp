@@ -41,6 +41,30 @@ bool isNMSADPCM(const AVCodecParameters& parameters) {
           parameters.block_align == 82);
 }
 
+/// Whether reading the file brings nothing but one stream's packets.
+bool holdsOneStream(const AVFormatContext& format) {
+  const auto isPicture = [](const AVStream* stream) {
+    return (stream->disposition & AV_DISPOSITION_ATTACHED_PIC) != 0 ||
+           stream->codecpar->codec_type == AVMEDIA_TYPE_ATTACHMENT;
+  };
+  const auto pictures =
+      std::count_if(format.streams, format.streams + format.nb_streams, isPicture);
+  const bool mayGainStreams = (format.ctx_flags & AVFMTCTX_NOHEADER) != 0;
+  return !mayGainStreams && format.nb_streams - pictures == 1;
+}
+
+/// Takes the zeros of a gap off the packet behind which FFmpeg's parser has put them; false when
+/// the packet is nothing else. Packets of plain samples may rightly be zero.
+bool cutOffGap(AVPacket& packet, AVCodecID codec) {
+  constexpr int kLongestFrame = 1 << 20;
+  constexpr int kOwnZeros = 16;  // a frame may end in some
+  if (packet.size <= kLongestFrame || av_get_exact_bits_per_sample(codec) > 0) return true;
+  int size = packet.size;
+  while (size > 0 && packet.data[size - 1] == 0) --size;
+  av_shrink_packet(&packet, std::min(size + kOwnZeros, packet.size));
+  return size > 0;
+}
+
 /// Refuses every further file that a container asks for: external tracks, keys, segments.
 int refuseToOpen(AVFormatContext* /*context*/, AVIOContext** /*io*/, const char* /*url*/,
                  int /*flags*/, AVDictionary** /*options*/) {
@@ -92,12 +116,12 @@ PacketPointer makePacket() {
   return packet;
 }
 
-Demuxer::Demuxer(std::shared_ptr<const InputFile> file, std::optional<int> streamIndex,
+Demuxer::Demuxer(std::shared_ptr<const InputFile> file, const AudioFileOpenOptions& options,
                  FourCC containerHint)
-    : source_(std::move(file)) {
+    : source_(std::move(file), options.observer) {
   allowAllocationsFor(source_.file().size());
   open(containerHint);
-  chooseStream(streamIndex);
+  chooseStream(options.streamIndex);
 }
 
 void Demuxer::open(FourCC containerHint) {
@@ -126,6 +150,7 @@ void Demuxer::open(FourCC containerHint) {
                                 : opened == AVERROR_PATCHWELCOME ? kNotSupported
                                                                  : kDamaged);
   format_.reset(context);
+  if (holdsOneStream(*format_)) source_.boundEveryGap();
 
   // Transport streams may carry audio whose kind is only found by probing its packets.
   for (unsigned i = 0; i < format_->nb_streams; ++i)
@@ -177,7 +202,9 @@ bool Demuxer::read(AVPacket& packet) {
       isTruncated_ = isTruncated_ || result != AVERROR_EOF;
       return false;
     }
+    source_.notePacket();
     if (packet.stream_index != stream_->index) continue;
+    if (!cutOffGap(packet, stream_->codecpar->codec_id)) continue;
     // A packet that the file's end cuts short.
     if ((packet.flags & AV_PKT_FLAG_CORRUPT) != 0) isTruncated_ = true;
     return true;

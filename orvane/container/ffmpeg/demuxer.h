@@ -11,6 +11,7 @@ extern "C" {
 #include <libavformat/avformat.h>
 }
 
+#include "orvane/container/audio_file.h"
 #include "orvane/container/ffmpeg/byte_source.h"
 #include "orvane/platform/four_cc.h"
 
@@ -28,9 +29,9 @@ PacketPointer makePacket();
 /// A file opened for its audio: container parsed, one audio stream chosen, packets in file order.
 class Demuxer {
  public:
-  /// `streamIndex` counts audio streams from 0; absent chooses the default one, else the best.
-  /// Throws `PlatformError`.
-  Demuxer(std::shared_ptr<const InputFile> file, std::optional<int> streamIndex,
+  /// Of the options the stream counts (absent chooses the default one, else the best) and the
+  /// observer. Throws `PlatformError`, and `Cancelled` when the observer asks for it.
+  Demuxer(std::shared_ptr<const InputFile> file, const AudioFileOpenOptions& options,
           FourCC containerHint);
 
   const std::filesystem::path& path() const noexcept { return source_.file().path(); }
@@ -41,14 +42,15 @@ class Demuxer {
   const AVCodec* codec() const noexcept { return codec_; }
 
   /// Replaces `packet` by the chosen stream's next one; false at the end. Throws `PlatformError`
-  /// when the file cannot be read; a container that breaks off is an end.
+  /// when the file cannot be read, and `Cancelled`; a container that breaks off is an end, and so
+  /// is one that goes on without any packet.
   bool read(AVPacket& packet);
 
   /// How far into the file the reading has come, 0 … 1.
   double shareRead() const noexcept;
 
   /// Whether the container broke off instead of ending.
-  bool isTruncated() const noexcept { return isTruncated_; }
+  bool isTruncated() const noexcept { return isTruncated_ || source_.hasEndedInGap(); }
 
  private:
   struct CloseInput {

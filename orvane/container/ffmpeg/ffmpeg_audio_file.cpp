@@ -57,7 +57,7 @@ FFmpegAudioFile::FFmpegAudioFile(std::shared_ptr<const InputFile> file,
     : AudioFile(std::move(file)),
       options_(options),
       containerHint_(containerHint),
-      demuxer_(sharedFile(), options.streamIndex, containerHint),
+      demuxer_(sharedFile(), options, containerHint),
       decoder_(demuxer_, options.threadCount),
       frame_(decoder_.next()),
       description_(describeStream(demuxer_, containerHint, &decoder_.codec(), frame_)) {
@@ -144,8 +144,9 @@ std::unique_ptr<AudioFile> openFFmpegAudioFile(std::shared_ptr<const InputFile> 
 }
 
 AudioFileDescription describeFFmpegAudioFile(std::shared_ptr<const InputFile> file,
+                                             const AudioFileOpenOptions& options,
                                              FourCC containerHint) {
-  Demuxer demuxer(std::move(file), std::nullopt, containerHint);
+  Demuxer demuxer(std::move(file), options, containerHint);
   try {
     Decoder decoder(demuxer, 1);
     const AVFrame* frame = decoder.next();

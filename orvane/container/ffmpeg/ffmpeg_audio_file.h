@@ -12,6 +12,7 @@ std::unique_ptr<AudioFile> openFFmpegAudioFile(std::shared_ptr<const InputFile> 
                                                const AudioFileOpenOptions& options,
                                                FourCC containerHint);
 AudioFileDescription describeFFmpegAudioFile(std::shared_ptr<const InputFile> file,
+                                             const AudioFileOpenOptions& options,
                                              FourCC containerHint);
 
 }  // namespace orvane

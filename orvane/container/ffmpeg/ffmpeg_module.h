@@ -18,7 +18,8 @@ struct FFmpegModule {
   std::unique_ptr<AudioFile> (*open)(std::shared_ptr<const InputFile> file,
                                      const AudioFileOpenOptions& options, FourCC containerHint);
   /// Throws `PlatformError` for what cannot be read or is no audio file.
-  AudioFileDescription (*describe)(std::shared_ptr<const InputFile> file, FourCC containerHint);
+  AudioFileDescription (*describe)(std::shared_ptr<const InputFile> file,
+                                   const AudioFileOpenOptions& options, FourCC containerHint);
   /// FFmpeg's version.
   const char* (*version)();
 };

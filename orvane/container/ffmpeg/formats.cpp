@@ -11,6 +11,7 @@ extern "C" {
 }
 
 #include "orvane/container/container_table.h"
+#include "orvane/container/sniff/id3v2_tag.h"
 
 namespace orvane {
 namespace {
@@ -19,24 +20,10 @@ constexpr std::uint64_t kMostProbeBytes = std::uint64_t{1} << 20;
 /// Above the score at which FFmpeg itself would rather see more bytes.
 constexpr int kSureScore = AVPROBE_SCORE_RETRY + 1;
 
-/// Where the audio starts behind any ID3v2 tags, whose pictures would drown the probing.
-std::uint64_t skipID3v2(const InputFile& file) {
-  std::uint64_t offset = 0;
-  std::array<std::byte, 10> header{};
-  while (file.readAt(offset, header) == header.size() && header[0] == std::byte{'I'} &&
-         header[1] == std::byte{'D'} && header[2] == std::byte{'3'}) {
-    std::uint64_t size = 0;
-    for (std::size_t i = 6; i < 10; ++i)
-      size = (size << 7) | (std::to_integer<std::uint64_t>(header[i]) & 0x7F);
-    const bool hasFooter = (header[5] & std::byte{0x10}) != std::byte{0};
-    offset += header.size() + size + (hasFooter ? header.size() : 0);
-  }
-  return offset;
-}
-
-/// FFmpeg's verdict on the first bytes, without any file name.
+/// FFmpeg's verdict on the first bytes, without any file name and behind any ID3v2 tags, whose
+/// pictures would drown the probing.
 const AVInputFormat* probe(const InputFile& file, int& score) {
-  const std::uint64_t start = skipID3v2(file);
+  const std::uint64_t start = endOfID3v2Tags(file);
   if (start >= file.size()) return nullptr;
   const std::uint64_t most = std::min(kMostProbeBytes, file.size() - start);
   std::vector<unsigned char> bytes(most + AVPROBE_PADDING_SIZE, 0);

@@ -16,10 +16,6 @@ extern "C" {
 namespace orvane {
 namespace {
 
-void throwIfCancelled(const AudioFileOpenOptions& options) {
-  if (options.observer != nullptr && options.observer->isCancelled()) throw Cancelled();
-}
-
 std::int64_t readLittleEndian32(const std::uint8_t* bytes) {
   std::int64_t value = 0;
   for (std::size_t i = 4; i-- > 0;) value = value << 8 | bytes[i];
@@ -75,16 +71,13 @@ FirstPacket decodeFirstPacket(Demuxer& demuxer) {
 }
 
 /// Counts without decoding; absent when a packet does not tell its length.
-std::optional<StreamLength> countByPackets(Demuxer& demuxer, const FirstPacket& first,
-                                           const AudioFileOpenOptions& options) {
-  constexpr int kPacketsBetweenChecks = 1024;
+std::optional<StreamLength> countByPackets(Demuxer& demuxer, const FirstPacket& first) {
   if (!first.isOneFrame) return std::nullopt;
   PacketFrames packetFrames(*demuxer.stream().codecpar, first.frames);
   Trimming trimming(first.delay);
   StreamLength length;
   const PacketPointer packet = makePacket();
-  for (int index = 0; demuxer.read(*packet); ++index) {
-    if (index % kPacketsBetweenChecks == 0) throwIfCancelled(options);
+  while (demuxer.read(*packet)) {
     // New headers in mid-stream may change all that is known of its packets.
     if (av_packet_get_side_data(packet.get(), AV_PKT_DATA_NEW_EXTRADATA, nullptr) != nullptr)
       return std::nullopt;
@@ -96,13 +89,10 @@ std::optional<StreamLength> countByPackets(Demuxer& demuxer, const FirstPacket& 
   return length;
 }
 
-StreamLength countByDecoding(Demuxer& demuxer, const AudioFileOpenOptions& options) {
-  Decoder decoder(demuxer, options.threadCount);
+StreamLength countByDecoding(Demuxer& demuxer, std::size_t threadCount) {
+  Decoder decoder(demuxer, threadCount);
   StreamLength length;
-  while (const AVFrame* frame = decoder.next()) {
-    throwIfCancelled(options);
-    length.frames += frame->nb_samples;
-  }
+  while (const AVFrame* frame = decoder.next()) length.frames += frame->nb_samples;
   return length;
 }
 
@@ -138,13 +128,13 @@ bool breaksOff(const Demuxer& demuxer, std::int64_t frames) {
 
 StreamLength countFrames(const std::shared_ptr<const InputFile>& file,
                          const AudioFileOpenOptions& options, FourCC containerHint) {
-  Demuxer first(file, options.streamIndex, containerHint);
+  Demuxer first(file, options, containerHint);
   const FirstPacket firstPacket = decodeFirstPacket(first);
-  std::optional<Demuxer> demuxer(std::in_place, file, options.streamIndex, containerHint);
-  auto length = countByPackets(*demuxer, firstPacket, options);
+  std::optional<Demuxer> demuxer(std::in_place, file, options, containerHint);
+  auto length = countByPackets(*demuxer, firstPacket);
   if (!length) {
-    demuxer.emplace(file, options.streamIndex, containerHint);
-    length = countByDecoding(*demuxer, options);
+    demuxer.emplace(file, options, containerHint);
+    length = countByDecoding(*demuxer, options.threadCount);
   }
   length->isTruncated = breaksOff(*demuxer, length->frames);
   return *length;

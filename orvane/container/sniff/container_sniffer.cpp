@@ -8,6 +8,7 @@
 
 #include "orvane/container/container_table.h"
 #include "orvane/container/sniff/frame_sync.h"
+#include "orvane/container/sniff/id3v2_tag.h"
 #include "orvane/container/sniff/iso_media.h"
 #include "orvane/container/sniff/text_sniffer.h"
 
@@ -18,8 +19,6 @@ using Bytes = std::span<const std::byte>;
 
 /// Enough for four of the longest frames of any stream without a container.
 constexpr std::size_t kHeadBytes = 65'536;
-/// Tags before the audio that are skipped; one is usual.
-constexpr int kMaximumTags = 8;
 
 bool hasAt(Bytes head, std::size_t offset, std::string_view bytes) {
   return head.size() >= offset && head.size() - offset >= bytes.size() &&
@@ -78,32 +77,12 @@ std::vector<std::byte> headAt(const InputFile& file, std::uint64_t offset) {
   return head;
 }
 
-/// Bytes of an ID3v2 tag at the start (id3.org, ID3v2.4, 3.1), 0 when there is none. Its size has
-/// seven bits to the byte; version 4 may repeat the header at the end.
-std::uint64_t tagBytes(Bytes head) {
-  if (!hasAt(head, 0, "ID3") || head.size() < 10) return 0;
-  std::uint64_t size = 0;
-  for (std::size_t i = 6; i < 10; ++i) {
-    const auto byte = std::to_integer<std::uint64_t>(head[i]);
-    if (byte > 127) return 0;
-    size = size << 7 | byte;
-  }
-  const bool hasFooter = (head[5] & std::byte{0x10}) != std::byte{0};
-  return 10 + size + (hasFooter ? 10 : 0);
-}
-
 }  // namespace
 
 SniffedContainer sniffContainer(const InputFile& file) {
   using enum SniffedContainer::Kind;
-  std::uint64_t start = 0;
-  std::vector<std::byte> head = headAt(file, 0);
-  for (int tags = 0; tags < kMaximumTags; ++tags) {
-    const std::uint64_t skip = tagBytes(head);
-    if (skip == 0) break;
-    start += skip;
-    head = headAt(file, start);
-  }
+  const std::uint64_t start = endOfID3v2Tags(file);
+  const std::vector<std::byte> head = headAt(file, start);
   const bool isWhole = start + head.size() >= file.size();
   std::optional<FourCC> code = sniffSignature(head);
   if (!code) code = sniffEBML(head);

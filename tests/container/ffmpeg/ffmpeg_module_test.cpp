@@ -107,7 +107,7 @@ TEST_F(FFmpegModuleTest, RefusesPlaylistsByItself) {
     for (const char* hint : {"", "WAVE", "MPG3", "m4af"}) {
       const FourCC code = *hint != '\0' ? fourCCFrom(hint) : 0;
       EXPECT_THROW(module->open(file, {}, code), PlatformError) << hint << text;
-      EXPECT_THROW(module->describe(file, code), PlatformError) << hint << text;
+      EXPECT_THROW(module->describe(file, {}, code), PlatformError) << hint << text;
     }
   }
 }
