@@ -24,8 +24,8 @@ list(REMOVE_DUPLICATES ORVANE_RUN_PATH)
 set_target_properties(orvane PROPERTIES INSTALL_RPATH "${ORVANE_RUN_PATH}")
 install(TARGETS orvane RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
 
-# Licences of what others have written and the binaries hold: header-only libraries, and the model.
-foreach(package IN ITEMS libcli11-dev libhwy-dev libkissfft-dev nlohmann-json3-dev)
+# Licences of what others have written and the product uses.
+foreach(package IN ITEMS libavformat-dev libcli11-dev libhwy-dev libicu-dev libkissfft-dev)
   install(FILES "/usr/share/doc/${package}/copyright" RENAME "${package}.txt"
     DESTINATION "${CMAKE_INSTALL_DOCDIR}/third-party" OPTIONAL)
 endforeach()

@@ -13,12 +13,13 @@ namespace {
 class SlowFile final : public AudioFile {
  public:
   SlowFile(std::uint32_t frames, std::uint32_t framesPerRead)
-      : left_(frames), step_(framesPerRead) {
+      : AudioFile(nullptr), left_(frames), step_(framesPerRead) {
     description_.dataFormat = {.sampleRate = 48000, .channelsPerFrame = 2};
   }
 
   const AudioFileDescription& description() const noexcept override { return description_; }
-  std::int64_t frameLength() const noexcept override { return left_; }
+  std::int64_t frameLength() override { return left_; }
+  std::optional<std::int64_t> expectedFrameLength() const override { return left_; }
 
   void read(PCMBuffer& buffer) override {
     ++reads;
@@ -39,6 +40,8 @@ class SlowFile final : public AudioFile {
   std::uint32_t largestRequest = 0;
 
  private:
+  std::vector<ChapterMark> unsortedChapters() const override { return {}; }
+
   AudioFileDescription description_;
   std::uint32_t left_;
   std::uint32_t step_;

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "orvane/audio/audio_source_reader.h"
 #include "orvane/platform/host_memory.h"
 #include "orvane/rawpcm/raw_pcm_import_error.h"
 #include "tests/support/container_writer.h"
@@ -56,6 +57,8 @@ class AudioStreaming : public testing::Test {
     EXPECT_EQ(stream->fileFormatLabel(), loaded.fileFormatLabel);
     EXPECT_EQ(stream->rawFormat(), loaded.rawFormat);
     EXPECT_EQ(inPieces(*stream, {1, 64, 700}), samplesOf(*loaded.buffer));
+    // Nobody has asked this one how long it is.
+    EXPECT_EQ(inPieces(*AudioSource::open(path, rawFormat), {700, 64}), samplesOf(*loaded.buffer));
   }
 
   test::TemporaryDirectory folder_;
@@ -126,6 +129,21 @@ TEST_F(AudioStreaming, RefusesWhatLoadingRefuses) {
   } catch (const RawPCMImportError& error) {
     EXPECT_EQ(error.failureCase(), RawPCMImportError::Case(RawPCMImportError::TooLarge{}));
   }
+}
+
+TEST_F(AudioStreaming, OpensTheFileOnceForAllThatIsAskedOfIt) {
+  const auto path = folder_ / "a.mka";
+  test::runTool("ffmpeg", {"-v", "error", "-f", "lavfi", "-i", "sine=d=1:r=48000", "-c:a", "flac",
+                           path.string()});
+  const auto source = AudioSource::open(path);
+  std::filesystem::remove(path);
+  EXPECT_EQ(source->frameLength(), 48'000);
+  EXPECT_TRUE(source->chapters().empty());
+  ASSERT_TRUE(source->identity());
+  EXPECT_EQ(source->identity()->encodingName(), "FLAC");
+  EXPECT_EQ(source->sourceBitDepth(), 16);
+  EXPECT_GT(source->file().size(), 0U);
+  EXPECT_EQ(inPieces(*source, {48'000})[0].size(), 48'000U);
 }
 
 TEST_F(AudioStreaming, WarnsOfDamageOnceItIsRead) {

@@ -38,7 +38,7 @@ LD_LIBRARY_PATH="$work/prefix/$libdir" "$work/by-pkg-config"
 sox -n "$work/tone.flac" synth 0.1 sine 440
 "$prefix/bin/orvane" identify "$work/tone.flac" | grep -q FLAC
 
-for licence in silero_vad nlohmann-json3-dev libcli11-dev; do
+for licence in silero_vad libicu-dev libcli11-dev; do
   [[ -s $prefix/share/doc/Orvane/third-party/$licence.txt ]]
 done
 for library in OrvaneCore OrvaneHeadless; do
