@@ -162,7 +162,7 @@ TEST_F(FFmpegGap, IsLeftWhenTheObserverAsksForIt) {
     EXPECT_THROW(AudioFile::open(file, {.observer = &opening}), Cancelled);
   }
   Impatience describing(1);
-  EXPECT_THROW(describeAudioFile(file, &describing), Cancelled);
+  EXPECT_THROW(AudioFile::describe(file, &describing), Cancelled);
   EXPECT_TRUE(describeAudioFile(file));
 }
 

@@ -103,7 +103,7 @@ TEST_F(FFmpegModuleTest, RefusesPlaylistsByItself) {
       "\x89PNG\r\n\x1A\n",
   };
   for (const std::string& text : texts) {
-    const auto file = test::writeFile(folder_ / "a.wav", text);
+    const auto file = std::make_shared<const InputFile>(test::writeFile(folder_ / "a.wav", text));
     for (const char* hint : {"", "WAVE", "MPG3", "m4af"}) {
       const FourCC code = *hint != '\0' ? fourCCFrom(hint) : 0;
       EXPECT_THROW(module->open(file, {}, code), PlatformError) << hint << text;
