@@ -27,13 +27,13 @@ std::size_t sliceFrames(std::size_t channelCount) {
   return std::clamp(frames / kUnit * kUnit, kUnit, kLongestSlice);
 }
 
-/// The same, less where the source is expected to be shorter than one; whole pieces in any case.
-std::uint32_t sliceFramesOf(const AudioSource& source) {
-  constexpr std::int64_t kUnit = ProgrammeStatisticsMeter::kPieceFrames;
-  const auto most = static_cast<std::int64_t>(sliceFrames(source.format().channelCount));
-  const std::int64_t expected =
-      std::clamp<std::int64_t>(source.expectedFrameLength().value_or(most), 1, most);
-  return static_cast<std::uint32_t>((expected + kUnit - 1) / kUnit * kUnit);
+/// The same, less where the source is known to be shorter than one. What a header merely promises
+/// does not count: another cut would be seen in the last bits of the figures.
+std::uint32_t sliceFramesOf(AudioSource& source) {
+  const auto most = sliceFrames(source.format().channelCount);
+  if (!source.knowsFrameLength()) return static_cast<std::uint32_t>(most);
+  return static_cast<std::uint32_t>(
+      std::min(most, static_cast<std::size_t>(source.frameLength()) + 1));
 }
 
 /// The meters, each of which may run on a thread of its own.

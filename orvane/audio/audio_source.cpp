@@ -59,7 +59,7 @@ class AudioFileSource final : public AudioSource {
                                            const AudioFileOpenOptions& options) {
     auto file = AudioFile::open(url, options);
     AudioFormat format = file->processingFormat();
-    if (format.channelCount == 0 || file->expectedFrameLength() == 0)
+    if (format.channelCount == 0 || (file->knowsFrameLength() && file->frameLength() < 1))
       throw Failure(Failure::Case::empty, url);
     auto reordering = Reordering::of(format);
     format.layout = reordering.canonicalLayout;
@@ -77,6 +77,7 @@ class AudioFileSource final : public AudioSource {
 
   const InputFile& file() const override { return file_->file(); }
   std::vector<ChapterMark> chapters() const override { return file_->chapters(); }
+  bool knowsFrameLength() const noexcept override { return file_->knowsFrameLength(); }
   std::optional<std::int64_t> expectedFrameLength() const override {
     return file_->expectedFrameLength();
   }
@@ -122,6 +123,7 @@ class RawPCMSource final : public AudioSource {
 
   const InputFile& file() const override { return file_->file(); }
   std::vector<ChapterMark> chapters() const override { return {}; }
+  bool knowsFrameLength() const noexcept override { return true; }
   std::optional<std::int64_t> expectedFrameLength() const override { return file_->frameLength(); }
   std::vector<AudioFileWarning> warnings() const override { return {}; }
 
@@ -142,7 +144,7 @@ std::unique_ptr<AudioSource> AudioSource::open(const std::filesystem::path& url,
                                                const AudioFileOpenOptions& options) {
   auto source = rawFormat ? RawPCMSource::open(url, *rawFormat, options)
                           : AudioFileSource::open(url, options);
-  if (rawFormat || source->bitDepth() > 0) source->frameLength();  // costs nothing, refuses early
+  if (source->knowsFrameLength()) source->frameLength();  // refuses what is too large
   return source;
 }
 

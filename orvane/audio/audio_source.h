@@ -52,7 +52,10 @@ class ORVANE_API AudioSource {
   /// Reading a damaged file may end before. Throws like `open` for what is too large to be loaded.
   std::int64_t frameLength();
 
-  /// What the header makes expect, to size buffers by; absent when it says nothing.
+  /// Whether `frameLength` has its answer at hand.
+  virtual bool knowsFrameLength() const noexcept = 0;
+
+  /// What the header makes expect, right or wrong; absent when it says nothing.
   virtual std::optional<std::int64_t> expectedFrameLength() const = 0;
 
   /// A buffer of the source's format for that many frames. Throws the source's allocation error.

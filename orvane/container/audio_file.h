@@ -81,7 +81,10 @@ class ORVANE_API AudioFile {
   /// file, so that what only reads to the end should not ask. Throws `PlatformError`.
   virtual std::int64_t frameLength() = 0;
 
-  /// What the header makes expect: to size buffers by, no more. Absent when it says nothing.
+  /// Whether `frameLength` has its answer at hand.
+  virtual bool knowsFrameLength() const noexcept = 0;
+
+  /// What the header makes expect, right or wrong. Absent when it says nothing.
   virtual std::optional<std::int64_t> expectedFrameLength() const = 0;
 
   /// The chapters that the file itself holds, in the order of their starts, at most

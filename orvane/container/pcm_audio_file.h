@@ -20,6 +20,7 @@ class PCMAudioFile final : public AudioFile {
 
   const AudioFileDescription& description() const noexcept override { return stream_.description; }
   std::int64_t frameLength() override { return static_cast<std::int64_t>(stream_.frameCount); }
+  bool knowsFrameLength() const noexcept override { return true; }
   std::optional<std::int64_t> expectedFrameLength() const override {
     return static_cast<std::int64_t>(stream_.frameCount);
   }

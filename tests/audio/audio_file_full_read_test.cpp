@@ -19,6 +19,7 @@ class SlowFile final : public AudioFile {
 
   const AudioFileDescription& description() const noexcept override { return description_; }
   std::int64_t frameLength() override { return left_; }
+  bool knowsFrameLength() const noexcept override { return true; }
   std::optional<std::int64_t> expectedFrameLength() const override { return left_; }
 
   void read(PCMBuffer& buffer) override {

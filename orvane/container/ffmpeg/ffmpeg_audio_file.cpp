@@ -27,6 +27,7 @@ class FFmpegAudioFile final : public AudioFile {
 
   const AudioFileDescription& description() const noexcept override { return description_; }
   std::int64_t frameLength() override;
+  bool knowsFrameLength() const noexcept override { return countedFrames_.has_value(); }
   std::optional<std::int64_t> expectedFrameLength() const override;
   void read(PCMBuffer& buffer) override;
 
