@@ -15,14 +15,23 @@ namespace orvane {
 /// More channels than any real file has; a header that states more is nonsense and is refused.
 inline constexpr std::uint32_t kMaximumChannels = 1024;
 
+/// Where the audio lies within what its packets decode to.
+struct AudioExtent {
+  std::int64_t priming = 0;  ///< frames before it
+  std::int64_t frames = 0;   ///< its own
+
+  bool operator==(const AudioExtent&) const = default;
+};
+
 /// What a container's header says about its audio. When `description.dataFormat.formatID` is not
 /// `kFormatLinearPCM` the samples are compressed, and only the description and the chunks count.
 struct PCMStream {
   AudioFileDescription description{};
   SampleEncoding sample{};
-  std::uint64_t dataOffset = 0;  ///< of the first sample, from the file's start, bytes
-  std::uint64_t frameCount = 0;  ///< whole frames that the file really holds
-  std::vector<Chunk> chunks{};   ///< every chunk, for those who rewrite the file
+  std::uint64_t dataOffset = 0;         ///< of the first sample, from the file's start, bytes
+  std::uint64_t frameCount = 0;         ///< whole frames that the file really holds
+  std::optional<AudioExtent> extent{};  ///< of compressed audio, where the container tells it
+  std::vector<Chunk> chunks{};          ///< every chunk, for those who rewrite the file
   std::endian byteOrder = std::endian::little;  ///< of the numbers in the chunks
   /// Why samples that are well described cannot be read, for the user; empty when they can.
   std::string refusal{};

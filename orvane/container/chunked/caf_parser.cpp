@@ -45,6 +45,25 @@ void applyDescription(PCMStream& stream, const HeaderFields& body) {
   setLinearPCM(stream, stated);
 }
 
+/// What the packet table says; absent when it promises more than its packets hold.
+std::optional<AudioExtent> readExtent(const InputFile& file, const Chunk& table,
+                                      std::uint32_t framesPerPacket) {
+  constexpr std::uint64_t kHeadBytes = 24;
+  const HeaderFields body(file, table.bodyOffset, std::min(table.size, kHeadBytes),
+                          std::endian::big);
+  if (body.size() < kHeadBytes) return {};
+  const std::uint64_t packets = body.u64(0);
+  const std::uint64_t frames = body.u64(8);
+  const std::uint64_t priming = body.u32(16);
+  if (frames == 0 || frames >> 62 != 0 || priming > INT32_MAX) return {};
+  // Packets may also differ in length.
+  const bool isTooMuch =
+      framesPerPacket != 0 && (packets >> 30 != 0 || frames + priming > packets * framesPerPacket);
+  if (isTooMuch) return {};
+  return AudioExtent{.priming = static_cast<std::int64_t>(priming),
+                     .frames = static_cast<std::int64_t>(frames)};
+}
+
 }  // namespace
 
 PCMStream parseCAF(const InputFile& file, std::uint64_t start) {
@@ -64,6 +83,10 @@ PCMStream parseCAF(const InputFile& file, std::uint64_t start) {
   const Chunk* const layout = list.find(fourCCFrom("chan"));
   stream.description.layout =
       layout != nullptr ? readLayoutChunk(file, *layout, channels) : monoOrStereoLayout(channels);
+  const StreamDescription& format = stream.description.dataFormat;
+  const Chunk* const table = list.find(fourCCFrom("pakt"));
+  if (table != nullptr && format.formatID != kFormatLinearPCM)
+    stream.extent = readExtent(file, *table, format.framesPerPacket);
   if (const Chunk* const data = list.find(kData)) {
     const std::uint64_t skip = std::min(kEditCountBytes, data->size);
     // "To the end" is a proper size in this format, so it needs no warning.

@@ -93,9 +93,11 @@ Decoder::Decoder(Demuxer& demuxer, std::size_t threadCount)
                    std::string_view(demuxer.format().iformat->name) == "ogg") {}
 
 const AVFrame* Decoder::next() {
-  while (receive()) {
+  while (framesLeft_ > 0 && receive()) {
     if (frame_->nb_samples <= 0) continue;
     checkFormat();
+    frame_->nb_samples = static_cast<int>(std::min<std::int64_t>(frame_->nb_samples, framesLeft_));
+    framesLeft_ -= frame_->nb_samples;
     return frame_.get();
   }
   return nullptr;
@@ -155,6 +157,7 @@ void Decoder::checkFormat() {
     channelCount_ = channels;
     if (sampleRate_ <= 0 || channelCount_ <= 0)
       throw PlatformError(demuxer_.path(), "The audio has no sample rate or no channels");
+    framesLeft_ = demuxer_.stated().framesAt(sampleRate_).value_or(INT64_MAX);
   } else if (frame_->sample_rate != sampleRate_ || channels != channelCount_) {
     throw PlatformError(demuxer_.path(), "The audio format changes in mid-stream");
   }

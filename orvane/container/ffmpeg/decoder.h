@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 
 extern "C" {
@@ -60,6 +61,7 @@ class Decoder {
   bool isChainable_;  ///< Opus in Ogg, whose decoder must be told of another link
   int sampleRate_ = 0;
   int channelCount_ = 0;
+  std::int64_t framesLeft_ = INT64_MAX;  ///< of those that the container gives the audio
   bool isDraining_ = false;
   bool isBetweenLinks_ = false;   ///< drained before the next link of a chained Opus file
   bool isPacketWaiting_ = false;  ///< the next link's first one

@@ -12,6 +12,7 @@
 extern "C" {
 #include <libavutil/dict.h>
 #include <libavutil/error.h>
+#include <libavutil/intreadwrite.h>
 #include <libavutil/mem.h>
 }
 
@@ -63,6 +64,15 @@ bool cutOffGap(AVPacket& packet, AVCodecID codec) {
   while (size > 0 && packet.data[size - 1] == 0) --size;
   av_shrink_packet(&packet, std::min(size + kOwnZeros, packet.size));
   return size > 0;
+}
+
+/// Tells the decoder to leave out the first `frames` frames.
+void skipFrames(AVPacket& packet, std::int64_t frames) {
+  constexpr std::size_t kBytes = 10;  // frames at the start and the end, and a reason for each
+  std::uint8_t* side = av_packet_new_side_data(&packet, AV_PKT_DATA_SKIP_SAMPLES, kBytes);
+  if (side == nullptr) throw std::bad_alloc();
+  std::fill_n(side, kBytes, std::uint8_t{0});
+  AV_WL32(side, static_cast<std::uint32_t>(frames));
 }
 
 /// Refuses every further file that a container asks for: external tracks, keys, segments.
@@ -122,6 +132,7 @@ Demuxer::Demuxer(std::shared_ptr<const InputFile> file, const AudioFileOpenOptio
   allowAllocationsFor(source_.file().size());
   open(containerHint);
   chooseStream(options.streamIndex);
+  stated_ = statedAudio(this->file(), *format_, *stream_, containerHint);
 }
 
 void Demuxer::open(FourCC containerHint) {
@@ -205,6 +216,7 @@ bool Demuxer::read(AVPacket& packet) {
     source_.notePacket();
     if (packet.stream_index != stream_->index) continue;
     if (!cutOffGap(packet, stream_->codecpar->codec_id)) continue;
+    if (!std::exchange(isPrimed_, true) && stated_.priming > 0) skipFrames(packet, stated_.priming);
     // A packet that the file's end cuts short.
     if ((packet.flags & AV_PKT_FLAG_CORRUPT) != 0) isTruncated_ = true;
     return true;

@@ -13,6 +13,7 @@ extern "C" {
 
 #include "orvane/container/audio_file.h"
 #include "orvane/container/ffmpeg/byte_source.h"
+#include "orvane/container/ffmpeg/stated_audio.h"
 #include "orvane/platform/four_cc.h"
 
 namespace orvane {
@@ -40,6 +41,9 @@ class Demuxer {
   AVStream& stream() const noexcept { return *stream_; }
   /// The stream's decoder; null when FFmpeg has none.
   const AVCodec* codec() const noexcept { return codec_; }
+  /// What the container says beside. The priming is taken off by the decoder, as the first packet
+  /// tells it.
+  const StatedAudio& stated() const noexcept { return stated_; }
 
   /// Replaces `packet` by the chosen stream's next one; false at the end. Throws `PlatformError`
   /// when the file cannot be read, and `Cancelled`; a container that breaks off is an end, and so
@@ -64,6 +68,8 @@ class Demuxer {
   std::unique_ptr<AVFormatContext, CloseInput> format_{};
   AVStream* stream_ = nullptr;
   const AVCodec* codec_ = nullptr;
+  StatedAudio stated_{};
+  bool isPrimed_ = false;  ///< the first packet has been read
   bool isTruncated_ = false;
 };
 

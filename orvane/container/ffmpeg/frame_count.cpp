@@ -52,7 +52,8 @@ class Trimming {
 struct FirstPacket {
   std::int64_t frames = 0;  ///< decoded from it, nothing trimmed; 0 when no packet decodes
   bool isOneFrame = true;   ///< false when the decoder finds several coded frames in the packet
-  int delay = 0;            ///< frames that the decoder itself takes off the start
+  int sampleRate = 0;
+  int delay = 0;  ///< frames that the decoder itself takes off the start
 };
 
 FirstPacket decodeFirstPacket(Demuxer& demuxer) {
@@ -64,6 +65,7 @@ FirstPacket decodeFirstPacket(Demuxer& demuxer) {
     if (avcodec_send_packet(codec.get(), packet.get()) < 0) continue;
     if (avcodec_receive_frame(codec.get(), frame.get()) < 0) continue;
     first.frames = frame->nb_samples;
+    first.sampleRate = frame->sample_rate;
     first.isOneFrame = avcodec_receive_frame(codec.get(), frame.get()) == AVERROR(EAGAIN);
   }
   first.delay = codec->delay;
@@ -86,6 +88,8 @@ std::optional<StreamLength> countByPackets(Demuxer& demuxer, const FirstPacket& 
     if (!frames) return std::nullopt;
     length.frames += trimming.apply(*packet, *frames);
   }
+  if (const auto most = demuxer.stated().framesAt(first.sampleRate))
+    length.frames = std::min(length.frames, *most);
   return length;
 }
 

@@ -174,7 +174,8 @@ AudioFileDescription describeStream(const Demuxer& demuxer, FourCC containerHint
                                ? containerHint
                                : containerCode(*demuxer.format().iformat, parameters.codec_id);
   const AVChannelLayout& layout = decoded != nullptr ? decoded->ch_layout : parameters.ch_layout;
-  description.layout = channelLayoutFrom(layout);
+  const StatedAudio& stated = demuxer.stated();
+  description.layout = stated.decidesLayout ? stated.layout : channelLayoutFrom(layout);
 
   StreamDescription& format = description.dataFormat;
   format.sampleRate = decoded != nullptr ? decoded->sample_rate : parameters.sample_rate;

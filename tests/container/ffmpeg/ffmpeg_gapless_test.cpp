@@ -1,11 +1,13 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstdio>
 #include <fstream>
 #include <iterator>
 
 #include "orvane/platform/error.h"
 #include "tests/container/ffmpeg/compressed_files.h"
+#include "tests/container/ffmpeg/damaged_files.h"
 #include "tests/support/tool_runner.h"
 #include "tests/support/whole_file.h"
 
@@ -62,12 +64,76 @@ TEST_F(FFmpegGapless, KeepsTheLengthOfLosslessFiles) {
   EXPECT_EQ(lengthOf("e.tta"), kFrames);
 }
 
-TEST_F(FFmpegGapless, TakesTheEditListOffAAC) {
-  // The edit list hides the priming of 1024 frames; ADTS has none and shows it.
-  const std::int64_t inM4A = lengthOf("a.m4a");
-  const std::int64_t inADTS = lengthOf("b.aac", {"-c:a", "aac"});
-  EXPECT_EQ(inADTS - inM4A, 1024);
+/// The edit list's end was left to whole packets of 1024 frames.
+TEST_F(FFmpegGapless, EndsAACWhereItsEditListDoes) {
+  for (const char* name : {"a.m4a", "b.mp4", "c.mov", "d.3gp"})
+    EXPECT_EQ(lengthOf(name, {"-c:a", "aac"}), kFrames);
+  // Another frame more than the movie's milliseconds can tell.
+  const auto odd = test::encodeNoise(folder_, "e.m4a", {"-c:a", "aac"}, 60001.0 / 48000);
+  EXPECT_EQ(test::readWholeFile(odd).frames(), 60001);
+  // ADTS has no edit list and shows all.
+  const std::int64_t inADTS = lengthOf("f.aac", {"-c:a", "aac"});
   EXPECT_EQ(inADTS % 1024, 0);
+  EXPECT_GE(inADTS, kFrames + 1024);
+}
+
+/// What FFmpeg's program decodes of the file, between these frames.
+std::vector<float> stretch(const std::filesystem::path& file, std::int64_t from, std::int64_t to) {
+  const auto all = test::decodeWithFFmpeg(file);
+  EXPECT_GE(static_cast<std::int64_t>(all.size()), to);
+  return {all.begin() + from, all.begin() + to};
+}
+
+TEST_F(FFmpegGapless, EndsAACWhereITunesNotesIt) {
+  constexpr std::int64_t kPriming = 1024;
+  const auto file =
+      test::encodeNoise(folder_, "a.m4a", {"-c:a", "aac", "-use_editlist", "0"}, kSeconds);
+  std::string bytes = test::readFile(file);
+  char note[64];
+  std::snprintf(note, sizeof note, " 00000000 %08X %08X %016llX", static_cast<unsigned>(kPriming),
+                416U, static_cast<unsigned long long>(kFrames));
+  const auto atom = [](const std::string& id, const std::string& body) {
+    std::string head(4, '\0');
+    test::putBigEndian32(head, 0, static_cast<std::uint32_t>(8 + body.size()));
+    return head + id + body;
+  };
+  const std::string zeros(4, '\0');
+  const std::string entry =
+      atom("----", atom("mean", zeros + "com.apple.iTunes") + atom("name", zeros + "iTunSMPB") +
+                       atom("data", std::string("\0\0\0\1", 4) + zeros + note));
+  // The list of tags ends with the file, and so do all the boxes around it.
+  for (const char* id : {"moov", "udta", "meta", "ilst"}) {
+    const std::size_t at = bytes.rfind(id) - 4;
+    const auto size = static_cast<std::uint32_t>(bytes.size() - at + entry.size());
+    test::putBigEndian32(bytes, at, size);
+  }
+  const auto noted = test::writeFile(folder_ / "noted.m4a", bytes + entry);
+  EXPECT_EQ(test::readWholeFile(noted).frames(), kFrames);
+}
+
+/// The packet table of CAF was not heeded: priming and padding counted as audio.
+TEST_F(FFmpegGapless, GivesTheValidFramesOfCAF) {
+  for (const Arguments& arguments :
+       {Arguments{"-c:a", "libmp3lame"}, Arguments{"-c:a", "aac"}, Arguments{"-c:a", "alac"}}) {
+    SCOPED_TRACE(arguments.back());
+    const auto file = test::encodeNoise(folder_, "a.caf", arguments, kSeconds);
+    const auto whole = static_cast<std::int64_t>(test::decodeWithFFmpeg(file).size());
+    constexpr std::int64_t kPriming = 1105;
+    const std::int64_t valid = whole - kPriming - 700;
+    std::string bytes = test::readFile(file);
+    const std::size_t table = test::placeOf(bytes, "pakt") + 12;
+    test::putBigEndian32(bytes, table + 8, 0);
+    test::putBigEndian32(bytes, table + 12, static_cast<std::uint32_t>(valid));
+    test::putBigEndian32(bytes, table + 16, kPriming);
+    test::putBigEndian32(bytes, table + 20, 700);
+    const auto found = test::readWholeFile(test::writeFile(folder_ / "b.caf", bytes));
+    EXPECT_EQ(found.promisedFrames, valid);
+    EXPECT_EQ(found.frames(), valid);
+    EXPECT_EQ(test::largestDifference(found.samples, stretch(file, kPriming, kPriming + valid)), 0);
+    // A table that promises more than the packets hold is not believed.
+    test::putBigEndian32(bytes, table + 16, 0x70000000);
+    EXPECT_EQ(test::readWholeFile(test::writeFile(folder_ / "c.caf", bytes)).frames(), whole);
+  }
 }
 
 TEST_F(FFmpegGapless, ReadsTheSameInBuffersOfAnySize) {
