@@ -53,7 +53,12 @@ TEST_F(FFmpegCodes, BandReplicationDoublesRateAndPacket) {
   EXPECT_EQ(found.description.dataFormat.sampleRate, 48000);
   EXPECT_EQ(found.description.dataFormat.framesPerPacket, 2048U);
   EXPECT_EQ(found.promisedFrames, found.frames());
-  EXPECT_LE(test::largestDifference(found.samples, test::decodeWithFFmpeg(file)), 1e-6);
+  // FFmpeg's program plays the padding of the last packet too.
+  auto decoded = test::decodeWithFFmpeg(file);
+  ASSERT_LE(found.samples.size(), decoded.size());
+  EXPECT_LT(decoded.size() - found.samples.size(), 2048U);
+  decoded.resize(found.samples.size());
+  EXPECT_LE(test::largestDifference(found.samples, decoded), 1e-6);
 }
 
 TEST_F(FFmpegCodes, CodecsWithoutADecoderAreStillNamed) {

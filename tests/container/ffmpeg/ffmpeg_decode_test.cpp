@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <ostream>
+#include <set>
 #include <string>
 #include <string_view>
 
@@ -43,6 +44,11 @@ Arguments with(Arguments words, const Arguments& more) {
   return words;
 }
 
+/// MP4, 3GP and QuickTime say how much of a track is to be heard.
+bool hasEditList(const Format& format) {
+  return std::set<std::string>{"m4af", "mp4f", "3gpp", "3gp2", "MOV "}.contains(format.container);
+}
+
 class FFmpegDecode : public testing::TestWithParam<Format> {
  protected:
   test::TemporaryDirectory folder_;
@@ -50,13 +56,20 @@ class FFmpegDecode : public testing::TestWithParam<Format> {
 
 TEST_P(FFmpegDecode, GivesWhatTheProgramGivesAndIsIdentifiedUnderAWrongName) {
   const auto file = test::encodeNoise(folder_, GetParam().file, GetParam().arguments);
-  const auto expected = test::decodeWithFFmpeg(file);
+  auto expected = test::decodeWithFFmpeg(file);
   ASSERT_FALSE(expected.empty());
 
   const auto misnamed = folder_ / "misnamed.wav";
   std::filesystem::rename(file, misnamed);
   const auto found = test::readWholeFile(misnamed);
   EXPECT_EQ(found.promisedFrames, found.frames());
+  if (hasEditList(GetParam())) {
+    // The program plays the padding of the last packet too.
+    ASSERT_LE(found.samples.size(), expected.size());
+    EXPECT_LT(expected.size() - found.samples.size(),
+              2048U * found.description.dataFormat.channelsPerFrame);
+    expected.resize(found.samples.size());
+  }
   ASSERT_EQ(found.samples.size(), expected.size());
   EXPECT_LE(test::largestDifference(found.samples, expected), kTolerance);
   EXPECT_THAT(found.description.warnings, testing::IsEmpty());

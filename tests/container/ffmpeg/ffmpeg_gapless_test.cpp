@@ -113,8 +113,7 @@ TEST_F(FFmpegGapless, EndsAACWhereITunesNotesIt) {
 
 /// The packet table of CAF was not heeded: priming and padding counted as audio.
 TEST_F(FFmpegGapless, GivesTheValidFramesOfCAF) {
-  for (const Arguments& arguments :
-       {Arguments{"-c:a", "libmp3lame"}, Arguments{"-c:a", "aac"}, Arguments{"-c:a", "alac"}}) {
+  for (const Arguments& arguments : {Arguments{"-c:a", "libmp3lame"}, Arguments{"-c:a", "alac"}}) {
     SCOPED_TRACE(arguments.back());
     const auto file = test::encodeNoise(folder_, "a.caf", arguments, kSeconds);
     const auto whole = static_cast<std::int64_t>(test::decodeWithFFmpeg(file).size());

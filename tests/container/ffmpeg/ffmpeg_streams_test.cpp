@@ -55,7 +55,12 @@ TEST_F(FFmpegStreams, AreCountedAmongTheAudioStreams) {
     EXPECT_EQ(channels(film, stream(1)), 2U) << name;
     EXPECT_EQ(channels(film, stream(2)), 6U) << name;
     const auto found = test::readWholeFile(film, stream(2));
-    EXPECT_LE(test::largestDifference(found.samples, test::decodeWithFFmpeg(film, 2)), 1e-6);
+    // FFmpeg's program plays the padding of the last packet too.
+    auto decoded = test::decodeWithFFmpeg(film, 2);
+    ASSERT_LE(found.samples.size(), decoded.size());
+    EXPECT_LT(decoded.size() - found.samples.size(), 6 * 1024U);
+    decoded.resize(found.samples.size());
+    EXPECT_LE(test::largestDifference(found.samples, decoded), 1e-6);
   }
 }
 

@@ -136,7 +136,7 @@ TEST_F(StatedLayout, OfATagCountsForEveryCodec) {
       {128,
        {left, right, center, lfe, leftSurround, rightSurround, rearSurroundLeft,
         rearSurroundRight}},
-      {188,
+      {189,
        {left, right, center, lfe, rearSurroundLeft, rearSurroundRight, leftSurround,
         rightSurround}}};
   for (const auto& [identifier, labels] : tags) {
