@@ -4,15 +4,9 @@
 
 #include "cli/output/number_text.h"
 #include "orvane/analysis/programme_summary.h"
+#include "orvane/core/loudness/loudness_grid.h"
 
 namespace orvane::cli {
-namespace {
-
-/// The loudness meter's limits, hertz.
-constexpr double kLowestMeteredRate = 8000;
-constexpr double kHighestMeteredRate = 768'000;
-
-}  // namespace
 
 std::string encodingText(const AudioFileIdentity& identity, int sourceBitDepth) {
   std::string text = identity.encodingName();
@@ -41,8 +35,8 @@ std::vector<std::string> MeasuredFile::channelNames() const {
 std::vector<std::string> MeasuredFile::warnings() const {
   std::vector<std::string> texts;
   for (const auto& warning : detail.warnings) texts.push_back(warning.text);
-  const bool isTooSlow = result.sampleRate < kLowestMeteredRate;
-  if (isTooSlow || result.sampleRate > kHighestMeteredRate)
+  const bool isTooSlow = result.sampleRate < core::LoudnessGrid::kLowestRate;
+  if (isTooSlow || result.sampleRate > core::LoudnessGrid::kHighestRate)
     texts.push_back(std::string("Loudness is not defined ") +
                     (isTooSlow ? "below 8 kHz" : "above 768 kHz") +
                     " sample rate; only levels and peaks are measured.");

@@ -8,6 +8,7 @@
 #include "orvane/analysis/programme_measurement.h"
 #include "orvane/audio/audio_source.h"
 #include "orvane/audio/audio_source_reader.h"
+#include "orvane/core/loudness/loudness_grid.h"
 #include "orvane/speech/detector/silero_vad_analyser.h"
 #include "orvane/speech/detector/speech_input_maker.h"
 
@@ -80,8 +81,8 @@ std::vector<LoudnessCurvePoint> curveOf(const std::vector<core::LoudnessHistoryE
   std::vector<LoudnessCurvePoint> curve;
   curve.reserve(history.size());
   for (const auto& entry : history)
-    curve.push_back({static_cast<double>(curve.size() + 1) * 0.1, entry.momentary, entry.shortTerm,
-                     entry.integrated});
+    curve.push_back({core::LoudnessGrid::stepEnd(static_cast<std::int64_t>(curve.size())),
+                     entry.momentary, entry.shortTerm, entry.integrated});
   return curve;
 }
 

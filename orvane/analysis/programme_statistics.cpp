@@ -1,4 +1,5 @@
 #include "orvane/analysis/programme_statistics.h"
+#include "orvane/core/loudness/loudness_grid.h"
 
 #include <algorithm>
 #include <cmath>
@@ -43,7 +44,7 @@ ProgrammeStatisticsMeter::ProgrammeStatisticsMeter(double sampleRate, std::size_
   result_.channels.resize(channelCount);
   result_.drBlocks.resize(channelCount);
   // Bounded before it is made whole: a raw file may be declared at any rate.
-  const double window = std::min(sampleRate * 0.1, kLongestWindow);
+  const double window = std::min(sampleRate * core::LoudnessGrid::kStepSeconds, kLongestWindow);
   if (computeStereoWidth && channelCount >= 2 && window >= 1)
     windowFrames_ = static_cast<std::size_t>(window);
 }
@@ -113,8 +114,8 @@ void ProgrammeStatisticsMeter::closeBlock(std::size_t frames) {
 }
 
 void ProgrammeStatisticsMeter::closeWindow() {
-  const auto index = static_cast<double>(result_.stereoWidthCurve.size());
-  result_.stereoWidthCurve.push_back({(index + 1) * 0.1, correlationOf(window_)});
+  const auto index = static_cast<std::int64_t>(result_.stereoWidthCurve.size());
+  result_.stereoWidthCurve.push_back({core::LoudnessGrid::stepEnd(index), correlationOf(window_)});
   window_ = {};
 }
 

@@ -10,6 +10,7 @@
 #include "orvane/analysis/programme_measurement.h"
 #include "orvane/analysis/programme_view.h"
 #include "orvane/core/decibels.h"
+#include "orvane/core/loudness/loudness_grid.h"
 #include "orvane/core/loudness/loudness_measurement.h"
 #include "orvane/core/peak/true_peak_meter.h"
 #include "orvane/platform/signal_kernels.h"
@@ -21,7 +22,7 @@ namespace {
 using TimedLevel = SelectionAnalysisResult::TimedLevel;
 using Flags = std::optional<std::vector<bool>>;
 
-constexpr double kStepSeconds = DialogueRegion::blockDuration;
+using core::LoudnessGrid::kStepSeconds;
 /// Blocks without speech that make a noise floor: half a second of them.
 constexpr std::size_t kMinimumNoiseBlocks = 5;
 constexpr float kSilence = -std::numeric_limits<float>::infinity();

@@ -8,6 +8,7 @@
 #include "orvane/analysis/chapter_measurement.h"
 #include "orvane/analysis/loudness_violations.h"
 #include "orvane/analysis/programme_summary.h"
+#include "orvane/core/loudness/loudness_grid.h"
 #include "orvane/music/stem_gated_loudness.h"
 #include "orvane/platform/precondition.h"
 #include "orvane/report/analysis_report_inputs.h"
@@ -20,7 +21,6 @@ using OfflineAnalysisPipeline::Result;
 using Finding = GatheredReport::Finding;
 
 /// The gating blocks start every tenth of a second.
-constexpr double kBlockSeconds = 0.1;
 /// A music analysis may be of a copy with a little more silence, hardly of one that differs by
 /// more.
 constexpr double kDurationTolerance = 1;
@@ -81,9 +81,9 @@ class Gathering {
     auto& clipped = gathered_.inputs.musicAnalysis;
     clipped = music.clipped(result_.durationSeconds);
     gathered_.inputs.stemGatedLoudness =
-        StemGatedLoudness::compute(detail_.blockPowers, kBlockSeconds, *clipped);
-    gathered_.sectionLoudness =
-        MusicSectionLoudness::compute(detail_.blockPowers, kBlockSeconds, clipped->sections);
+        StemGatedLoudness::compute(detail_.blockPowers, core::LoudnessGrid::kStepSeconds, *clipped);
+    gathered_.sectionLoudness = MusicSectionLoudness::compute(
+        detail_.blockPowers, core::LoudnessGrid::kStepSeconds, clipped->sections);
   }
 
   void addChapters() {

@@ -4,6 +4,7 @@
 #include <array>
 #include <cmath>
 
+#include "orvane/core/loudness/loudness_grid.h"
 #include "orvane/platform/denormals.h"
 
 namespace orvane::core {
@@ -22,7 +23,7 @@ constexpr double kSilentPower = 1e-36;
 
 KWeightedEnergyMeter::KWeightedEnergyMeter(double sampleRate, std::vector<float> weights)
     : coefficients_(designKWeighting(sampleRate)),
-      stepFrames_(static_cast<std::size_t>(std::llround(sampleRate * 0.1))),
+      stepFrames_(static_cast<std::size_t>(std::llround(sampleRate * LoudnessGrid::kStepSeconds))),
       warmUpFrames_(static_cast<std::size_t>(sampleRate * kWarmUpSeconds)),
       timeline_(stepFrames_) {
   for (std::size_t channel = 0; channel < weights.size(); ++channel)

@@ -4,6 +4,7 @@
 #include <limits>
 #include <numbers>
 
+#include "orvane/core/loudness/loudness_grid.h"
 #include "orvane/platform/precondition.h"
 
 namespace orvane::core {
@@ -23,7 +24,8 @@ constexpr double kOffsetDB = -0.691;
 }  // namespace
 
 KWeighting designKWeighting(double sampleRate) {
-  precondition(sampleRate >= 8000, "K-weighting needs a sample rate of at least 8 kHz");
+  precondition(sampleRate >= LoudnessGrid::kLowestRate,
+               "K-weighting needs a sample rate of at least 8 kHz");
   KWeighting k;
   {
     const double warped = std::tan(std::numbers::pi * kShelfHz / sampleRate);

@@ -9,14 +9,13 @@
 #include "orvane/core/loudness/k_weighted_energy_meter.h"
 #include "orvane/core/loudness/k_weighting.h"
 #include "orvane/core/loudness/loudness_gating.h"
+#include "orvane/core/loudness/loudness_grid.h"
 #include "orvane/core/peak/true_peak_meter.h"
 #include "orvane/platform/precondition.h"
 
 namespace orvane::core {
 namespace {
 
-constexpr double kLowestRate = 8000;
-constexpr double kHighestRate = 768000;
 constexpr float kSilence = -std::numeric_limits<float>::infinity();
 
 }  // namespace
@@ -38,7 +37,7 @@ LoudnessProcessor::LoudnessProcessor(double sampleRate, std::uint32_t channelCou
                        .speech = std::move(precomputedSpeechHistory)}) {
   if (!weights) weights = ChannelOrder::defaultWeights(channelCount);
   precondition(weights->size() == channelCount, "a loudness meter needs one weight per channel");
-  if (sampleRate >= kLowestRate && sampleRate <= kHighestRate)
+  if (LoudnessGrid::hasLoudness(sampleRate))
     state_->energies.emplace(sampleRate, *std::move(weights));
 }
 

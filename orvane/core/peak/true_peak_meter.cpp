@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "orvane/core/loudness/loudness_grid.h"
 #include "orvane/platform/denormals.h"
 
 namespace orvane::core {
@@ -13,7 +14,7 @@ using PolyphaseUpsampler4x::kPeakHistory;
 /// Interpolate until the rate reaches 192 kHz, as BS.1770-5, Annex 2 asks for dBTP. Outside the
 /// rates that are metered at all, the true peak is the sample peak.
 Factor factorFor(double sampleRate) {
-  if (!(sampleRate >= 8000) || sampleRate >= 192000) return Factor::none;
+  if (!(sampleRate >= LoudnessGrid::kLowestRate) || sampleRate >= 192000) return Factor::none;
   return sampleRate < 96000 ? Factor::four : Factor::two;
 }
 

@@ -5,6 +5,7 @@
 #include <exception>
 #include <utility>
 
+#include "orvane/core/loudness/loudness_grid.h"
 #include "orvane/platform/orvane_resources.h"
 #include "orvane/platform/parallel.h"
 #include "orvane/platform/precondition.h"
@@ -15,7 +16,7 @@ namespace {
 
 constexpr double kModelRate = 16000;
 /// 100 ms, the hop of the gating blocks of ITU-R BS.1770.
-constexpr double kBlockDuration = 0.1;
+constexpr double kBlockDuration = core::LoudnessGrid::kStepSeconds;
 /// Output samples of one piece of work.
 constexpr std::int64_t kChunkSamples = 65536;
 
