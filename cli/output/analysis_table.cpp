@@ -42,9 +42,9 @@ std::string joined(const std::vector<std::string>& texts, std::string_view separ
 
 std::string channelText(const MeasuredFile& file) {
   const auto names = file.channelNames();
-  if (names.size() == 1) return "mono";
+  if (isMono(file.detail.layout, names.size())) return "mono";
   constexpr std::size_t kNamed = 16;
-  std::string text = std::to_string(names.size()) + " channels";
+  std::string text = NumberText::counted(names.size(), "channel");
   if (names.size() <= kNamed) text += " (" + joined(names, " ") + ")";
   return text;
 }
@@ -107,8 +107,9 @@ std::string figures(const MeasuredFile& file, const Console& console) {
 std::string monoNote(const MeasuredFile& file, const Console& console) {
   if (file.result.channelCount != 1) return "";
   const std::string_view text =
-      file.detail.isDualMono ? "Mono, measured as two equal loudspeakers."
-                             : "Mono, measured as one channel; --dual-mono takes it for two.";
+      !isMono(file.detail.layout, 1) ? "An LFE channel alone, which loudness leaves out."
+      : file.detail.isDualMono       ? "Mono, measured as two equal loudspeakers."
+                               : "Mono, measured as one channel; --dual-mono takes it for two.";
   return "  " + console.styled(Style::dim, text) + "\n";
 }
 

@@ -6,6 +6,7 @@
 
 #include "orvane/analysis/programme_figures.h"
 #include "orvane/analysis/programme_measurement.h"
+#include "orvane/analysis/programme_summary.h"
 #include "orvane/audio/audio_source.h"
 #include "orvane/audio/audio_source_reader.h"
 #include "orvane/core/loudness/loudness_grid.h"
@@ -158,7 +159,8 @@ Result analyze(AudioSource& source, const Options& options, const Execution& exe
     detail->blockPowers = measurement.loudness.blockPowers();
     detail->warnings = source.warnings();
     detail->layout = source.format().layout;
-    detail->isDualMono = execution.dualMono && result.channelCount == 1;
+    detail->isDualMono =
+        execution.dualMono && isMono(detail->layout, static_cast<std::size_t>(result.channelCount));
     detail->isSpeechDetectionMissing = options.enableSileroVAD && !result.speechHistory;
     detail->nonFiniteSampleCount = measurement.statistics.nonFiniteSampleCount;
     detail->clippingRuns = std::move(measurement.statistics.clippingRuns);

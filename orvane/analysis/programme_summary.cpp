@@ -6,9 +6,17 @@
 
 namespace orvane {
 
+bool isMono(const std::optional<ChannelLayout>& layout, std::size_t channelCount) {
+  if (channelCount != 1) return false;
+  const auto labels =
+      layout ? core::ChannelOrder::channelLabels(*layout) : std::vector<ChannelLabel>{};
+  return labels.size() != 1 ||
+         (labels.front() != ChannelLabel::lfe && labels.front() != ChannelLabel::lfe2);
+}
+
 std::optional<std::vector<std::string>> channelNames(const std::optional<ChannelLayout>& layout,
                                                      std::size_t channelCount) {
-  if (channelCount == 1) return std::vector<std::string>{"Mono"};
+  if (isMono(layout, channelCount)) return std::vector<std::string>{"Mono"};
   if (layout) {
     auto names = core::ChannelOrder::displayShortNames(*layout);
     if (names.size() == channelCount) return names;

@@ -11,8 +11,11 @@
 
 namespace orvane {
 
-/// What the channels of a file are called: those of the layout by their short names where it lists
-/// them all, else "Mono", or "L" and "R"; absent for more channels of which nothing is known.
+/// Whether a programme has one channel, of whatever position; an LFE channel alone is no programme.
+ORVANE_API bool isMono(const std::optional<ChannelLayout>& layout, std::size_t channelCount);
+
+/// What the channels of a file are called: "Mono", those of the layout by their short names where
+/// it lists them all, else "L" and "R"; absent for more channels of which nothing is known.
 ORVANE_API std::optional<std::vector<std::string>> channelNames(
     const std::optional<ChannelLayout>& layout, std::size_t channelCount);
 

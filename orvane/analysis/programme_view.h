@@ -23,7 +23,8 @@ struct ProgrammeView {
   }
 
   /// The frames [start, start + count) of a buffer, which must be there. With `dualMono` a single
-  /// channel stands for two equal loudspeakers: its power counts twice before any gate sees it.
+  /// channel stands for two equal loudspeakers: its power counts twice before any gate sees it,
+  /// unless it is an LFE channel.
   static ProgrammeView of(const PCMBuffer& buffer, std::size_t start, std::size_t count,
                           bool dualMono) {
     ProgrammeView view{.channels = buffer.constChannels(),
@@ -31,7 +32,8 @@ struct ProgrammeView {
                        .sampleRate = buffer.sampleRate(),
                        .weights = core::ChannelOrder::bs1770Weights(buffer)};
     for (const float*& channel : view.channels) channel += start;
-    if (dualMono && view.channels.size() == 1) view.weights = {2.0F};
+    const bool counts = !view.weights || view.weights->front() > 0;
+    if (dualMono && view.channels.size() == 1 && counts) view.weights = {2.0F};
     return view;
   }
 

@@ -20,6 +20,17 @@ TEST(ChannelNames, AreThoseOfTheLayoutElseOfTheCount) {
   EXPECT_EQ(channelNames(layout, 4), std::nullopt);
 }
 
+TEST(ChannelNames, CallALoneChannelMonoUnlessItIsLFE) {
+  const auto lone = [](ChannelLabel label) { return ChannelLayout::fromLabels({label}); };
+  EXPECT_THAT(channelNames(lone(ChannelLabel::center), 1), Optional(ElementsAre("Mono")));
+  EXPECT_THAT(channelNames(lone(ChannelLabel::left), 1), Optional(ElementsAre("Mono")));
+  EXPECT_THAT(channelNames(lone(ChannelLabel::lfe), 1), Optional(ElementsAre("LFE")));
+  EXPECT_TRUE(isMono(std::nullopt, 1));
+  EXPECT_TRUE(isMono(lone(ChannelLabel::center), 1));
+  EXPECT_FALSE(isMono(lone(ChannelLabel::lfe), 1));
+  EXPECT_FALSE(isMono(std::nullopt, 2));
+}
+
 TEST(AudibleCorrelation, LeavesOutWhatCannotBeHeard) {
   OfflineAnalysisPipeline::Result result;
   EXPECT_EQ(audibleCorrelation(result), std::nullopt);

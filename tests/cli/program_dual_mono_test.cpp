@@ -90,6 +90,25 @@ TEST_F(ProgramDualMono, CountsTwiceBeforeTheGates) {
   EXPECT_NEAR(analyzed({"quiet.wav", "--dual-mono"})["integratedLUFS"], -68.4, 0.2);
 }
 
+/// It was called mono and counted with --dual-mono, though no meter takes an LFE channel.
+TEST_F(ProgramDualMono, DoesNotMakeMonoOfALoneLFEChannel) {
+  std::string bytes = waveFile(sineSamples(96'000, 0.1, 1), 1);
+  constexpr std::uint32_t kMaskOfLFE = 8;
+  const std::string format = littleEndian(0xFFFE, 2) + bytes.substr(22, 14) + littleEndian(22, 2) +
+                             littleEndian(16, 2) + littleEndian(kMaskOfLFE, 4) +
+                             littleEndian(1, 2) +
+                             std::string("\0\0\0\0\x10\0\x80\0\0\xAA\0\x38\x9B\x71", 14);
+  bytes.replace(16, 20, littleEndian(format.size(), 4) + format);
+  folder().write("lfe.wav", bytes);
+  const auto table = run({"analyze", "lfe.wav"}).output;
+  EXPECT_THAT(table, HasSubstr("1 channel (LFE)"));
+  EXPECT_THAT(table, HasSubstr("An LFE channel alone, which loudness leaves out."));
+  const Json figures = analyzed({"lfe.wav", "--dual-mono"});
+  EXPECT_EQ(figures["channelLabels"], Json::array({"LFE"}));
+  EXPECT_EQ(figures["dualMono"], false);
+  EXPECT_TRUE(figures["integratedLUFS"].is_null());
+}
+
 TEST_F(ProgramDualMono, IsSaidByTableAndReports) {
   EXPECT_THAT(run({"analyze", "mono.wav"}).output, HasSubstr("measured as one channel"));
   EXPECT_THAT(run({"analyze", "mono.wav", "--dual-mono"}).output,

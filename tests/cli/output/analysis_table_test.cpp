@@ -50,6 +50,15 @@ TEST(AnalysisTable, SaysHowAMonoFileWasMeasured) {
   EXPECT_THAT(blockOf(test::sampleMeasurement()), Not(HasSubstr("Mono")));
 }
 
+/// A lone LFE channel was called mono, "measured as one channel", though no meter takes it.
+TEST(AnalysisTable, DoesNotTakeALoneLFEChannelForMono) {
+  MeasuredFile file = test::sampleMeasurement(1);
+  file.detail.layout = ChannelLayout::fromLabels({ChannelLabel::lfe});
+  EXPECT_THAT(blockOf(file), HasSubstr(" · 1 channel (LFE) · "));
+  EXPECT_THAT(blockOf(file), HasSubstr("An LFE channel alone, which loudness leaves out."));
+  EXPECT_THAT(blockOf(file), Not(HasSubstr("--dual-mono")));
+}
+
 TEST(AnalysisTable, ListsClippingRunsWithTheirTimes) {
   MeasuredFile file = test::sampleMeasurement();
   file.result.channelHasClipping = {true, true};

@@ -47,6 +47,22 @@ TEST_F(CafParser, TakesLittleEndianFromItsFlag) {
   }
 }
 
+TEST_F(CafParser, KnowsWhereTheAudioLiesFromThePacketTable) {
+  const auto extentOf = [&](std::uint64_t packets, std::uint64_t frames, std::uint32_t priming) {
+    const auto big = [] { return test::ByteWriter(std::endian::big); };
+    const Bytes description =
+        big().float64(44100).text(".mp3").u32(0).u32(0).u32(1152).u32(2).u32(0).bytes();
+    const Bytes table = big().u64(packets).u64(frames).u32(priming).u32(0).bytes();
+    return parse(cafFile({{.id = "desc", .body = description}, {.id = "pakt", .body = table}}))
+        .extent;
+  };
+  EXPECT_EQ(extentOf(155, 176400, 1105), (AudioExtent{.priming = 1105, .frames = 176400}));
+  // What its packets cannot hold is a lie.
+  EXPECT_EQ(extentOf(155, 178560, 1), std::nullopt);
+  EXPECT_EQ(extentOf(155, 0, 1105), std::nullopt);
+  EXPECT_EQ(extentOf(UINT64_MAX, UINT64_MAX, 0), std::nullopt);
+}
+
 TEST_F(CafParser, DoesNotPadOddChunks) {
   const PCMStream stream =
       parse(cafFile({{.id = "desc", .body = cafDescriptionBody(48000, 1, {.bits = 8, .bytes = 1})},
