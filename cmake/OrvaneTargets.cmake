@@ -8,7 +8,7 @@ target_compile_options(orvane_compile_options INTERFACE
   -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Wnon-virtual-dtor -Wimplicit-fallthrough
   # Results are pinned in tests: a multiply and an add are fused only where the code says so.
   -ffp-contract=off)
-if(CMAKE_CXX_COMPILER_LAUNCHER STREQUAL "ccache")
+if(CMAKE_CXX_COMPILER_LAUNCHER MATCHES "(^|/)ccache$")
   # Lets several checkouts of the project share what one of them has compiled.
   set(CMAKE_CXX_COMPILER_LAUNCHER
     env "CCACHE_BASEDIR=${PROJECT_SOURCE_DIR}" CCACHE_NOHASHDIR=1 ccache)
