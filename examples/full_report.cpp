@@ -19,7 +19,7 @@ std::string report(const std::string& audio, const std::string& chapterList) {
                                              .computeStereoWidth = true,
                                              .vadTuning = orvane::SileroVADTuning::defaults(),
                                              .rawFormat = {}},
-                                            {.threadCount = 2}, &detail);
+                                            {.execution = {.threadCount = 2}}, &detail);
   orvane::ReportParts parts{.selection = {{.startSeconds = 0, .endSeconds = 30}},
                             .maxMomentaryLUFS = -12};
   const auto format = orvane::ChapterList::formatOf(chapterList);

@@ -55,7 +55,7 @@ bool isLinearPCM(const InputFile& file, const SniffedContainer& container) {
 }
 
 void readAudio(const std::filesystem::path& path) {
-  const auto file = AudioFile::open(path, {.threadCount = 1});
+  const auto file = AudioFile::open(path, {.execution = {.threadCount = 1}});
   const auto buffer =
       PCMBuffer::make(file->processingFormat(), static_cast<std::uint32_t>(file->frameLength()));
   if (!buffer) return;

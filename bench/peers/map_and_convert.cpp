@@ -45,10 +45,9 @@ int main(int argc, char** argv) {
   const std::size_t pieces = (frames + kPieceFrames - 1) / kPieceFrames;
   orvane::parallelFor(std::thread::hardware_concurrency(), pieces, [&](std::size_t piece) {
     const std::size_t begin = piece * kPieceFrames;
-    float* destinations[] = {buffer->channel(0) + begin, buffer->channel(1) + begin};
-    orvane::deinterleaveToFloat(orvane::SampleEncoding::signedInteger(3),
-                                samples + begin * kBytesPerFrame,
-                                std::min(kPieceFrames, frames - begin), 2, destinations);
+    orvane::deinterleaveToFloat(
+        orvane::SampleEncoding::signedInteger(3), samples + begin * kBytesPerFrame,
+        buffer->room().slice(begin, std::min(kPieceFrames, frames - begin)));
   });
   std::printf("%zu frames, the last one %g\n", frames,
               static_cast<double>(frames > 0 ? buffer->channel(0)[frames - 1] : 0.0F));

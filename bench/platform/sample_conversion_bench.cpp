@@ -46,13 +46,13 @@ void deinterleave(benchmark::State& state, const Case& c, const InstructionSet& 
   std::vector<std::vector<float>> results(c.channels, std::vector<float>(c.frames));
   std::vector<float*> destinations;
   for (auto& result : results) destinations.push_back(result.data());
-  deinterleaveToFloat(c.encoding, source.data(), c.frames, c.channels, destinations.data());
+  deinterleaveToFloat(c.encoding, source.data(), {destinations, c.frames});
   if (!isRight(c, source, results)) {
     state.SkipWithError("wrong samples");
     return;
   }
   for (auto _ : state) {
-    deinterleaveToFloat(c.encoding, source.data(), c.frames, c.channels, destinations.data());
+    deinterleaveToFloat(c.encoding, source.data(), {destinations, c.frames});
     benchmark::ClobberMemory();
   }
   const auto moved = source.size() + c.frames * c.channels * sizeof(float);

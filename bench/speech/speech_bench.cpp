@@ -111,8 +111,8 @@ int run(const std::string& model, const char* library) {
   Cost two;
   for (int round = 0; round < kRounds; ++round) {
     if (runtime) reference.measure([&] { runtime->run(samples); });
-    one.measure([&] { network.stepProbabilities(samples, steps, 1); });
-    two.measure([&] { network.stepProbabilities(samples, steps, 2); });
+    one.measure([&] { network.stepProbabilities(samples, steps, {1}); });
+    two.measure([&] { network.stepProbabilities(samples, steps, {2}); });
   }
   if (runtime) print("runtime, one call per step", reference, reference);
   print("network, 1 thread", one, reference);

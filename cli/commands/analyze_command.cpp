@@ -52,25 +52,24 @@ struct AnalyzeOptions {
 
 MeasuredFile measure(const InputName& file, const AnalyzeOptions& options, const ReportParts& parts,
                      std::size_t threads, ProgressObserver& observer) {
-  const auto source = AudioSource::open(
-      file.path, options.source.rawFormat,
-      {.streamIndex = options.source.streamIndex, .threadCount = threads, .observer = &observer});
+  const Execution execution{.threadCount = threads, .observer = &observer};
+  const auto source =
+      AudioSource::open(file.path, options.source.rawFormat,
+                        {.streamIndex = options.source.streamIndex, .execution = execution});
   MeasuredFile measured{
       .name = file, .identity = source->identity(), .sourceBitDepth = source->sourceBitDepth()};
   const OfflineAnalysisPipeline::Options what{.enableSileroVAD = options.speech,
                                               .computeStereoWidth = !options.noStereo,
                                               .vadTuning = options.tuning,
                                               .rawFormat = options.source.rawFormat};
-  OfflineAnalysisPipeline::Execution how{.threadCount = threads,
-                                         .observer = &observer,
-                                         .dualMono = options.dualMono,
-                                         .keepsBuffer = options.parts.needAudio()};
+  OfflineAnalysisPipeline::Choices how{.execution = execution,
+                                       .dualMono = options.dualMono,
+                                       .keepsBuffer = options.parts.needAudio()};
   if (options.dialogue) how.dialogueRegions = DialogueSidecarFile::load(file).regions;
   measured.result = OfflineAnalysisPipeline::analyze(*source, what, how, &measured.detail);
   if (options.parts.chaptersAreInFile) measured.chapterMarks = source->chapters();
   measured.isJudged = options.targets.areRequested();
-  if (options.needsReport())
-    makeReport(measured, options.parts, parts, {.threadCount = threads, .observer = &observer});
+  if (options.needsReport()) makeReport(measured, options.parts, parts, execution);
   return measured;
 }
 

@@ -42,15 +42,14 @@ struct Detected {
 };
 
 Detected detect(const InputName& file, const DetectOptions& options, ProgressObserver& observer) {
-  const std::size_t threads = JobRunner::threadsPerJob(1);
-  const auto source = AudioSource::open(
-      file.path, options.source.rawFormat,
-      {.streamIndex = options.source.streamIndex, .threadCount = threads, .observer = &observer});
+  const Execution execution{.threadCount = JobRunner::threadsPerJob(1), .observer = &observer};
+  const auto source =
+      AudioSource::open(file.path, options.source.rawFormat,
+                        {.streamIndex = options.source.streamIndex, .execution = execution});
   const double sampleRate = source->format().sampleRate;
   const auto input = speechInputOf(*source);
   if (!input) throw PlatformError(file.path, "the audio is too short for speech detection");
-  const auto history = SileroVADAnalyser::shared().classify(
-      *input, options.tuning, {.threadCount = threads, .observer = &observer});
+  const auto history = SileroVADAnalyser::shared().classify(*input, options.tuning, execution);
   if (!history) throwWhyNothingWasDetected(file);
   return {.audio = {.filename = wellFormedUTF8(file.path.filename().string()),
                     .durationSeconds = static_cast<double>(input->sourceFrameCount) / sampleRate,

@@ -169,7 +169,7 @@ ReportParts ReportPartOptions::read() const {
 }
 
 void makeReport(MeasuredFile& file, const ReportPartOptions& options, ReportParts parts,
-                const SelectionMeasurement::Execution& execution) {
+                const Execution& execution) {
   file.channelLabels = parts.channelLabels;
   requireLabelPerChannel(file);
   std::vector<std::string> notes;

@@ -43,6 +43,6 @@ void addReportPartOptions(CLI::App& command, ReportPartOptions& options);
 /// Measures the parts of a measured file and makes its report, with `parts` as read by the options.
 /// Throws `Error`.
 void makeReport(MeasuredFile& file, const ReportPartOptions& options, ReportParts parts,
-                const SelectionMeasurement::Execution& execution);
+                const Execution& execution);
 
 }  // namespace orvane::cli

@@ -66,15 +66,13 @@ std::vector<ChapterSpan> spansOfSections(std::span<const MusicAnalysisResult::Ti
 
 std::vector<core::Chapter> measure(const PCMBuffer& buffer, std::span<const ChapterSpan> spans,
                                    const std::optional<std::vector<bool>>& fileSpeechHistory,
-                                   const SelectionMeasurement::Execution& execution) {
+                                   const Execution& execution, bool dualMono) {
   std::vector<core::Chapter> chapters;
   chapters.reserve(spans.size());
   for (const ChapterSpan& span : spans) {
     ChapterProgress progress(execution.observer, chapters.size(), spans.size());
-    chapters.push_back(SelectionMeasurement::measureChapter(buffer, span, fileSpeechHistory,
-                                                            {.threadCount = execution.threadCount,
-                                                             .observer = &progress,
-                                                             .dualMono = execution.dualMono}));
+    chapters.push_back(SelectionMeasurement::measureChapter(
+        buffer, span, fileSpeechHistory, {execution.threadCount, &progress}, dualMono));
   }
   return chapters;
 }

@@ -29,8 +29,8 @@ ORVANE_API std::vector<SelectionMeasurement::ChapterSpan> spansOfSections(
 /// Measures each; the observer is told of "Chapters". Throws `Cancelled`.
 ORVANE_API std::vector<core::Chapter> measure(
     const PCMBuffer& buffer, std::span<const SelectionMeasurement::ChapterSpan> spans,
-    const std::optional<std::vector<bool>>& fileSpeechHistory,
-    const SelectionMeasurement::Execution& execution = {});
+    const std::optional<std::vector<bool>>& fileSpeechHistory, const Execution& execution = {},
+    bool dualMono = false);
 
 /// The median of the chapters' integrated loudness, of an even number of values the mean of the two
 /// middle ones; absent when no chapter has a finite one.

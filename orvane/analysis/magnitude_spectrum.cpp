@@ -79,22 +79,22 @@ void addWindow(const std::vector<std::vector<kiss_fft_cpx>>& spectra, PowerSums&
 
 MagnitudeSpectra magnitudeSpectra(const ProgrammeView& programme) {
   const std::size_t size =
-      std::clamp(std::bit_floor(programme.frameCount), kSmallestSize, kLargestSize);
+      std::clamp(std::bit_floor(programme.audio.frameCount()), kSmallestSize, kLargestSize);
   const std::size_t hop = size / 2;
   const std::size_t positions =
-      programme.frameCount > size ? (programme.frameCount - size) / hop + 1 : 1;
+      programme.audio.frameCount() > size ? (programme.audio.frameCount() - size) / hop + 1 : 1;
   const std::size_t windows = std::min(positions, kMaximumWindows);
 
   Transform transform(size);
   PowerSums sums{.channels = std::vector<std::vector<double>>(
-                     programme.channels.size(), std::vector<double>(transform.bins())),
+                     programme.audio.channelCount(), std::vector<double>(transform.bins())),
                  .mid = std::vector<double>(transform.bins()),
                  .side = std::vector<double>(transform.bins())};
-  std::vector<std::vector<kiss_fft_cpx>> spectra(programme.channels.size());
+  std::vector<std::vector<kiss_fft_cpx>> spectra(programme.audio.channelCount());
   for (std::size_t window = 0; window < windows; ++window) {
     const std::size_t start = window * positions / windows * hop;
     for (std::size_t channel = 0; channel < spectra.size(); ++channel)
-      transform.run(programme.channels[channel] + start, programme.frameCount - start,
+      transform.run(programme.audio.channel(channel) + start, programme.audio.frameCount() - start,
                     spectra[channel]);
     addWindow(spectra, sums);
   }
@@ -109,7 +109,7 @@ MagnitudeSpectra magnitudeSpectra(const ProgrammeView& programme) {
   };
   MagnitudeSpectra result{.fftSize = size};
   for (const auto& powers : sums.channels) result.channels.push_back(magnitudes(powers));
-  if (programme.channels.size() == 2)
+  if (programme.audio.channelCount() == 2)
     result.midSide = {magnitudes(sums.mid), magnitudes(sums.side)};
   return result;
 }

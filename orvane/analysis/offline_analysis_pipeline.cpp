@@ -39,43 +39,40 @@ struct MeasuredSource {
 };
 
 MeasuredSource measureLoaded(AudioSource& source, bool computeStereoWidth, bool isSpeechWanted,
-                             const Execution& execution) {
+                             const Choices& choices) {
   auto buffer = source.makeBuffer(static_cast<std::uint32_t>(source.frameLength()));
   source.read(*buffer);
-  auto measurement =
-      measureProgramme(ProgrammeView::of(*buffer, execution.dualMono), computeStereoWidth,
-                       execution.threadCount, execution.observer);
+  auto measurement = measureProgramme(ProgrammeView::of(*buffer, choices.dualMono),
+                                      computeStereoWidth, choices.execution);
   auto speechInput = isSpeechWanted
-                         ? SileroVADAnalyser::prepareInput(*buffer, execution.threadCount)
+                         ? SileroVADAnalyser::prepareInput(*buffer, choices.execution.threadCount)
                          : std::nullopt;
   return {std::move(buffer), std::move(measurement), std::move(speechInput)};
 }
 
 MeasuredSource measureInPassing(AudioSource& source, bool computeStereoWidth, bool isSpeechWanted,
-                                const Execution& execution) {
+                                const Choices& choices) {
   std::optional<SpeechInputMaker> speechInput;
   if (isSpeechWanted)
     speechInput.emplace(source.format().sampleRate, source.format().channelCount,
                         source.expectedFrameLength().value_or(0));
-  auto measurement = measureProgramme(source, computeStereoWidth, execution.dualMono,
-                                      execution.threadCount, speechInput ? &*speechInput : nullptr);
+  auto measurement =
+      measureProgramme(source, computeStereoWidth, choices.dualMono, choices.execution.threadCount,
+                       speechInput ? &*speechInput : nullptr);
   return {nullptr, std::move(measurement), speechInput ? speechInput->finish() : std::nullopt};
 }
 
 /// Speech flags for the whole file: from the caller's regions, else from the detector.
 std::optional<std::vector<bool>> speechHistoryOf(double durationSeconds,
                                                  const SpeechInput& speechInput,
-                                                 const Options& options,
-                                                 const Execution& execution) {
-  if (execution.dialogueRegions) {
+                                                 const Options& options, const Choices& choices) {
+  if (choices.dialogueRegions) {
     const auto blocks =
         std::max(1LL, std::llround(durationSeconds / DialogueRegion::blockDuration));
-    return DialogueRegion::toHistory(withoutTouchingNeighbours(*execution.dialogueRegions), blocks);
+    return DialogueRegion::toHistory(withoutTouchingNeighbours(*choices.dialogueRegions), blocks);
   }
   if (!speechInput) return std::nullopt;
-  return SileroVADAnalyser::shared().classify(
-      *speechInput, options.vadTuning,
-      {.threadCount = execution.threadCount, .observer = execution.observer});
+  return SileroVADAnalyser::shared().classify(*speechInput, options.vadTuning, choices.execution);
 }
 
 std::vector<LoudnessCurvePoint> curveOf(const std::vector<core::LoudnessHistoryEntry>& history) {
@@ -114,23 +111,21 @@ std::int64_t sizeOnDisk(const std::filesystem::path& url) {
 }  // namespace
 
 Result analyzeFile(const std::filesystem::path& url, const Options& options) {
-  return analyzeFile(url, options, Execution{});
+  return analyzeFile(url, options, Choices{});
 }
 
-Result analyzeFile(const std::filesystem::path& url, const Options& options,
-                   const Execution& execution, AnalysisDetail* detail) {
-  const auto source = AudioSource::open(url, options.rawFormat,
-                                        {.streamIndex = execution.streamIndex,
-                                         .threadCount = execution.threadCount,
-                                         .observer = execution.observer});
-  return analyze(*source, options, execution, detail);
+Result analyzeFile(const std::filesystem::path& url, const Options& options, const Choices& choices,
+                   AnalysisDetail* detail) {
+  const auto source = AudioSource::open(
+      url, options.rawFormat, {.streamIndex = choices.streamIndex, .execution = choices.execution});
+  return analyze(*source, options, choices, detail);
 }
 
-Result analyze(AudioSource& source, const Options& options, const Execution& execution,
+Result analyze(AudioSource& source, const Options& options, const Choices& choices,
                AnalysisDetail* detail) {
-  const bool isSpeechWanted = options.enableSileroVAD && !execution.dialogueRegions;
-  auto measured = (execution.keepsBuffer ? measureLoaded : measureInPassing)(
-      source, options.computeStereoWidth, isSpeechWanted, execution);
+  const bool isSpeechWanted = options.enableSileroVAD && !choices.dialogueRegions;
+  auto measured = (choices.keepsBuffer ? measureLoaded : measureInPassing)(
+      source, options.computeStereoWidth, isSpeechWanted, choices);
   ProgrammeMeasurement& measurement = measured.measurement;
   if (measurement.frameCount == 0)
     throw AudioSourceReader::Failure(AudioSourceReader::Failure::Case::empty, source.url());
@@ -141,7 +136,7 @@ Result analyze(AudioSource& source, const Options& options, const Execution& exe
   // Speech flags choose among finished gating blocks, so that they may come last: a caller that
   // has to wait for the detector has measured everything else meanwhile.
   auto speechHistory =
-      speechHistoryOf(result.durationSeconds, measured.speechInput, options, execution);
+      speechHistoryOf(result.durationSeconds, measured.speechInput, options, choices);
   measurement.loudness.setSpeechHistory(speechHistory);
 
   result.url = source.url();
@@ -160,7 +155,7 @@ Result analyze(AudioSource& source, const Options& options, const Execution& exe
     detail->warnings = source.warnings();
     detail->layout = source.format().layout;
     detail->isDualMono =
-        execution.dualMono && isMono(detail->layout, static_cast<std::size_t>(result.channelCount));
+        choices.dualMono && isMono(detail->layout, static_cast<std::size_t>(result.channelCount));
     detail->isSpeechDetectionMissing = options.enableSileroVAD && !result.speechHistory;
     detail->nonFiniteSampleCount = measurement.statistics.nonFiniteSampleCount;
     detail->clippingRuns = std::move(measurement.statistics.clippingRuns);

@@ -12,7 +12,6 @@
 #include "orvane/container/audio_file.h"
 #include "orvane/core/curve_points.h"
 #include "orvane/platform/pcm_buffer.h"
-#include "orvane/platform/progress.h"
 #include "orvane/rawpcm/raw_pcm_format.h"
 #include "orvane/speech/detector/silero_vad_tuning.h"
 #include "orvane/speech/dialogue/dialogue_region.h"
@@ -93,11 +92,10 @@ inline constexpr float kClippingThreshold = 0.999F;
 inline constexpr std::int64_t kMinimumClippingRunFrames = 3;
 inline constexpr std::size_t kMaximumClippingRuns = 1000;
 
-/// How the work is done, beside what is measured.
-struct Execution {
-  std::size_t threadCount = 1;           ///< threads of this call, the caller's included
-  ProgressObserver* observer = nullptr;  ///< may cancel; not owned
-  std::optional<int> streamIndex{};      ///< which audio stream; absent for the default one
+/// What a host may choose beside the options.
+struct Choices {
+  Execution execution{};
+  std::optional<int> streamIndex{};  ///< which audio stream; absent for the default one
   /// Stretches that count as speech; the detector is then not asked.
   std::optional<std::vector<DialogueRegion>> dialogueRegions{};
   /// A file of one channel stands for two equal loudspeakers: every figure is that of the same
@@ -112,14 +110,14 @@ struct Execution {
 /// `AudioSourceReader::Failure` (empty) for a file without channels or frames.
 ORVANE_API Result analyzeFile(const std::filesystem::path& url, const Options& options);
 
-/// The same with choices of execution; fills `detail` when it is given. Throws `Cancelled` when the
+/// The same with choices; fills `detail` when it is given. Throws `Cancelled` when the
 /// observer asks for it.
 ORVANE_API Result analyzeFile(const std::filesystem::path& url, const Options& options,
-                              const Execution& execution, AnalysisDetail* detail = nullptr);
+                              const Choices& choices, AnalysisDetail* detail = nullptr);
 
 /// The same of a source that is open already and from which nothing has been read; it knows its raw
 /// format and stream itself.
-ORVANE_API Result analyze(AudioSource& source, const Options& options, const Execution& execution,
+ORVANE_API Result analyze(AudioSource& source, const Options& options, const Choices& choices,
                           AnalysisDetail* detail = nullptr);
 
 }  // namespace orvane::OfflineAnalysisPipeline

@@ -20,8 +20,6 @@
 namespace orvane {
 namespace {
 
-using Channels = std::vector<const float*>;
-
 /// Bytes of audio that a meter takes at a time, between two looks at the observer, and frames at
 /// most: three quarters of a minute at 48 kHz. Longer slices measure no faster, and a programme of
 /// some minutes would wait longer for its first one.
@@ -48,23 +46,19 @@ std::uint32_t sliceFramesOf(AudioSource& source) {
 class Meters {
  public:
   Meters(const ProgrammeView& programme, bool computeStereoWidth)
-      : loudness_(programme.sampleRate, programme.channelCount(), std::nullopt, programme.weights),
-        statistics_(programme.sampleRate, programme.channelCount(), computeStereoWidth) {
+      : loudness_(programme.sampleRate, static_cast<std::uint32_t>(programme.audio.channelCount()),
+                  std::nullopt, programme.weights),
+        statistics_(programme.sampleRate, programme.audio.channelCount(), computeStereoWidth) {
     loudness_.isRecording = true;
   }
 
-  using Meter = std::function<void(const Channels&, std::size_t frameCount)>;
+  using Meter = std::function<void(PlanarView)>;
 
   /// The longest first, so that the others fill the second thread beside it.
   std::vector<Meter> all() {
-    return {
-        [this](const Channels& channels, std::size_t count) { loudness_.process(channels, count); },
-        [this](const Channels& channels, std::size_t count) {
-          statistics_.process(channels, count);
-        },
-        [this](const Channels& channels, std::size_t count) {
-          loudness_.updateTruePeak(channels, count);
-        }};
+    return {[this](PlanarView audio) { loudness_.process(audio); },
+            [this](PlanarView audio) { statistics_.process(audio); },
+            [this](PlanarView audio) { loudness_.updateTruePeak(audio); }};
   }
 
   ProgrammeMeasurement finish(std::size_t frameCount) {
@@ -82,21 +76,20 @@ class Meters {
 }  // namespace
 
 ProgrammeMeasurement measureProgramme(const ProgrammeView& programme, bool computeStereoWidth,
-                                      std::size_t threadCount, ProgressObserver* observer) {
+                                      const Execution& execution) {
   Meters meters(programme, computeStereoWidth);
   const auto all = meters.all();
-  const std::size_t slice = sliceFrames(programme.channels.size());
-  StageProgress progress(observer, "Measuring", all.size() * programme.frameCount);
-  parallelFor(threadCount, all.size(), [&](std::size_t meter) {
-    Channels channels = programme.channels;
-    for (std::size_t offset = 0; offset < programme.frameCount; offset += slice) {
-      const std::size_t count = std::min(slice, programme.frameCount - offset);
-      all[meter](channels, count);
-      for (const float*& channel : channels) channel += count;
+  const std::size_t slice = sliceFrames(programme.audio.channelCount());
+  const std::size_t frameCount = programme.audio.frameCount();
+  StageProgress progress(execution.observer, "Measuring", all.size() * frameCount);
+  parallelFor(execution.threadCount, all.size(), [&](std::size_t meter) {
+    for (std::size_t first = 0; first < frameCount; first += slice) {
+      const std::size_t count = std::min(slice, frameCount - first);
+      all[meter](programme.audio.slice(first, count));
       progress.advance(count);
     }
   });
-  return meters.finish(programme.frameCount);
+  return meters.finish(frameCount);
 }
 
 ProgrammeMeasurement measureProgramme(AudioSource& source, bool computeStereoWidth, bool dualMono,
@@ -108,15 +101,13 @@ ProgrammeMeasurement measureProgramme(AudioSource& source, bool computeStereoWid
   Meters meters(ProgrammeView::of(*slice, dualMono), computeStereoWidth);
   auto all = meters.all();
   if (speechInput != nullptr)
-    all.emplace_back([&](const Channels& channels, std::size_t count) {
-      speechInput->process(channels, count);
-    });
+    all.emplace_back([&](PlanarView audio) { speechInput->process(audio); });
 
   std::size_t measured = 0;
   source.read(*slice);
   while (slice->frameLength() > 0) {
-    const Channels channels = slice->constChannels();
-    const std::size_t count = slice->frameLength();
+    const PlanarView audio = slice->view();
+    const std::size_t count = audio.frameCount();
     // Only what the slice holds tells whether it is the last one: a decoder may deliver fewer
     // frames than its container promises, or more.
     const std::size_t reads = count == capacity ? 1 : 0;
@@ -125,7 +116,7 @@ ProgrammeMeasurement measureProgramme(AudioSource& source, bool computeStereoWid
       if (task < reads)
         source.read(*next);
       else
-        all[task - reads](channels, count);
+        all[task - reads](audio);
     });
     measured += count;
     if (reads == 0) break;

@@ -49,12 +49,11 @@ ProgrammeStatisticsMeter::ProgrammeStatisticsMeter(double sampleRate, std::size_
     windowFrames_ = static_cast<std::size_t>(window);
 }
 
-void ProgrammeStatisticsMeter::process(std::span<const float* const> channels,
-                                       std::size_t frameCount) {
-  for (std::size_t offset = 0; offset < frameCount;) {
-    const std::size_t frames = std::min(frameCount - offset, pieceEnd() - position_);
-    measurePiece(channels, offset, frames);
-    offset += frames;
+void ProgrammeStatisticsMeter::process(PlanarView audio) {
+  while (audio.frameCount() > 0) {
+    const std::size_t frames = std::min(audio.frameCount(), pieceEnd() - position_);
+    measurePiece(audio.slice(0, frames));
+    audio = audio.from(frames);
     position_ += frames;
     if (position_ % drFrames_ == 0) closeBlock(drFrames_);
     if (windowFrames_ > 0 && position_ % windowFrames_ == 0) closeWindow();
@@ -75,21 +74,20 @@ std::size_t ProgrammeStatisticsMeter::pieceEnd() const {
   return windowFrames_ > 0 ? std::min(end, cellEnd(position_, windowFrames_)) : end;
 }
 
-void ProgrammeStatisticsMeter::measurePiece(std::span<const float* const> channels,
-                                            std::size_t offset, std::size_t frames) {
+void ProgrammeStatisticsMeter::measurePiece(PlanarView piece) {
+  const std::size_t frames = piece.frameCount();
   std::size_t channel = 0;
   if (windowFrames_ > 0) {
-    const auto pair =
-        SignalKernels::pairStatistics(channels[0] + offset, channels[1] + offset, frames);
-    takePiece(0, channels[0] + offset, frames, pair.left);
-    takePiece(1, channels[1] + offset, frames, pair.right);
+    const auto pair = SignalKernels::pairStatistics(piece.channel(0), piece.channel(1), frames);
+    takePiece(0, piece.channel(0), frames, pair.left);
+    takePiece(1, piece.channel(1), frames, pair.right);
     add(window_.left, pair.left);
     add(window_.right, pair.right);
     window_.dot += pair.dot;
     channel = 2;
   }
   for (; channel < drBlock_.size(); ++channel) {
-    const float* samples = channels[channel] + offset;
+    const float* samples = piece.channel(channel);
     takePiece(channel, samples, frames, SignalKernels::runStatistics(samples, frames));
   }
 }

@@ -2,13 +2,13 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <span>
 #include <vector>
 
 #include "orvane/analysis/clipping_run_finder.h"
 #include "orvane/analysis/offline_analysis_pipeline.h"
 #include "orvane/core/loudness/dr_processor.h"
 #include "orvane/platform/export.h"
+#include "orvane/platform/planar_view.h"
 #include "orvane/platform/signal_kernels.h"
 
 namespace orvane {
@@ -36,15 +36,15 @@ class ORVANE_TESTING_API ProgrammeStatisticsMeter {
   /// dropped.
   ProgrammeStatisticsMeter(double sampleRate, std::size_t channelCount, bool computeStereoWidth);
 
-  /// The next frames: each channel's first sample.
-  void process(std::span<const float* const> channels, std::size_t frameCount);
+  /// The next frames.
+  void process(PlanarView audio);
 
   /// Ends the programme.
   ProgrammeStatistics finish();
 
  private:
   std::size_t pieceEnd() const;
-  void measurePiece(std::span<const float* const> channels, std::size_t offset, std::size_t frames);
+  void measurePiece(PlanarView piece);
   void takePiece(std::size_t channel, const float* samples, std::size_t frames,
                  const SignalKernels::RunStatistics& piece);
   void closeBlock(std::size_t frames);

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstddef>
-#include <cstdint>
 #include <optional>
 #include <vector>
 
@@ -12,28 +11,21 @@ namespace orvane {
 
 /// A stretch of a buffer to be measured. Owns no samples.
 struct ProgrammeView {
-  std::vector<const float*> channels{};  ///< each channel's first sample of the stretch
-  std::size_t frameCount = 0;
+  PlanarView audio{};
   double sampleRate = 0;  ///< Hz
   /// Loudness weights by the buffer's layout; absent for the customary ones.
   std::optional<std::vector<float>> weights{};
-
-  std::uint32_t channelCount() const noexcept {
-    return static_cast<std::uint32_t>(channels.size());
-  }
 
   /// The frames [start, start + count) of a buffer, which must be there. With `dualMono` a single
   /// channel stands for two equal loudspeakers: its power counts twice before any gate sees it,
   /// unless it is an LFE channel.
   static ProgrammeView of(const PCMBuffer& buffer, std::size_t start, std::size_t count,
                           bool dualMono) {
-    ProgrammeView view{.channels = buffer.constChannels(),
-                       .frameCount = count,
+    ProgrammeView view{.audio = buffer.view().slice(start, count),
                        .sampleRate = buffer.sampleRate(),
                        .weights = core::ChannelOrder::bs1770Weights(buffer)};
-    for (const float*& channel : view.channels) channel += start;
     const bool counts = !view.weights || view.weights->front() > 0;
-    if (dualMono && view.channels.size() == 1 && counts) view.weights = {2.0F};
+    if (dualMono && buffer.channelCount() == 1 && counts) view.weights = {2.0F};
     return view;
   }
 

@@ -62,31 +62,33 @@ float noiseFloorOf(const Stretch& stretch) {
   std::size_t blocks = 0;
   for (std::size_t block = 0; block < stretch.speech->size(); ++block) {
     const std::size_t begin = block * stretch.stepFrames;
-    if ((*stretch.speech)[block] || begin >= stretch.view.frameCount) continue;
-    const std::size_t frames = std::min(stretch.stepFrames, stretch.view.frameCount - begin);
-    for (const float* channel : stretch.view.channels)
-      sum += SignalKernels::runStatistics(channel + begin, frames).sumOfSquares /
+    if ((*stretch.speech)[block] || begin >= stretch.view.audio.frameCount()) continue;
+    const std::size_t frames =
+        std::min(stretch.stepFrames, stretch.view.audio.frameCount() - begin);
+    for (std::size_t channel = 0; channel < stretch.view.audio.channelCount(); ++channel)
+      sum += SignalKernels::runStatistics(stretch.view.audio.channel(channel) + begin, frames)
+                 .sumOfSquares /
              static_cast<double>(frames);
     ++blocks;
   }
   if (blocks < kMinimumNoiseBlocks) return kSilence;
-  const auto values = static_cast<double>(blocks * stretch.view.channels.size());
+  const auto values = static_cast<double>(blocks * stretch.view.audio.channelCount());
   return static_cast<float>(core::linearToDB(std::sqrt(sum / values)));
 }
 
 std::vector<TimedLevel> truePeakCurveOf(const Stretch& stretch) {
   std::vector<TimedLevel> curve;
-  core::TruePeakMeter meter(stretch.view.sampleRate, stretch.view.channels.size());
-  auto channels = stretch.view.channels;
-  for (std::size_t begin = 0; begin < stretch.view.frameCount; begin += stretch.stepFrames) {
-    const std::size_t frames = std::min(stretch.stepFrames, stretch.view.frameCount - begin);
-    meter.process(channels, frames);
-    if (begin + frames == stretch.view.frameCount) meter.flush();
+  core::TruePeakMeter meter(stretch.view.sampleRate, stretch.view.audio.channelCount());
+  for (std::size_t begin = 0; begin < stretch.view.audio.frameCount();
+       begin += stretch.stepFrames) {
+    const std::size_t frames =
+        std::min(stretch.stepFrames, stretch.view.audio.frameCount() - begin);
+    meter.process(stretch.view.audio.slice(begin, frames));
+    if (begin + frames == stretch.view.audio.frameCount()) meter.flush();
     const auto peaks = meter.peaks();
     const double time = stretch.startSeconds + static_cast<double>(curve.size() + 1) * kStepSeconds;
     curve.push_back({time, core::linearToDB(*std::max_element(peaks.begin(), peaks.end()))});
     meter.resetPeaks();
-    for (const float*& channel : channels) channel += frames;
   }
   return curve;
 }
@@ -94,8 +96,8 @@ std::vector<TimedLevel> truePeakCurveOf(const Stretch& stretch) {
 std::vector<ClosedTimeRange> speechRangesOf(const Stretch& stretch) {
   std::vector<ClosedTimeRange> ranges;
   if (!stretch.speech) return ranges;
-  const double end =
-      stretch.startSeconds + static_cast<double>(stretch.view.frameCount) / stretch.view.sampleRate;
+  const double end = stretch.startSeconds +
+                     static_cast<double>(stretch.view.audio.frameCount()) / stretch.view.sampleRate;
   for (const auto& region : DialogueRegion::fromHistory(*stretch.speech))
     ranges.push_back(
         {stretch.startSeconds + region.start, std::min(stretch.startSeconds + region.end, end)});
@@ -113,8 +115,7 @@ void fillCurves(const ProgrammeFigures& figures, double startSeconds,
 }
 
 ProgrammeFigures measureFigures(const Stretch& stretch, const Execution& execution) {
-  auto measurement =
-      measureProgramme(stretch.view, false, execution.threadCount, execution.observer);
+  auto measurement = measureProgramme(stretch.view, false, execution);
   measurement.loudness.setSpeechHistory(stretch.speech);
   return figuresOf(measurement);
 }
@@ -128,15 +129,15 @@ std::optional<float> finite(float value) {
 std::optional<SelectionAnalysisResult> measure(const PCMBuffer& buffer, std::int64_t startFrame,
                                                std::int64_t endFrame,
                                                const Flags& fileSpeechHistory,
-                                               const Execution& execution) {
-  const auto stretch =
-      stretchOf(buffer, startFrame, endFrame, fileSpeechHistory, execution.dualMono);
+                                               const Execution& execution, bool dualMono) {
+  const auto stretch = stretchOf(buffer, startFrame, endFrame, fileSpeechHistory, dualMono);
   if (!stretch) return std::nullopt;
   ProgrammeFigures figures = measureFigures(*stretch, execution);
   MagnitudeSpectra spectra = magnitudeSpectra(stretch->view);
 
   SelectionAnalysisResult result;
-  const double seconds = static_cast<double>(stretch->view.frameCount) / stretch->view.sampleRate;
+  const double seconds =
+      static_cast<double>(stretch->view.audio.frameCount()) / stretch->view.sampleRate;
   result.timeRange = {stretch->startSeconds, stretch->startSeconds + seconds};
   result.samplePeakDB = figures.samplePeakDB;
   result.headroomDB = -figures.samplePeakDB;
@@ -168,7 +169,8 @@ std::optional<SelectionAnalysisResult> measure(const PCMBuffer& buffer, std::int
 }
 
 core::Chapter measureChapter(const PCMBuffer& buffer, const ChapterSpan& span,
-                             const Flags& fileSpeechHistory, const Execution& execution) {
+                             const Flags& fileSpeechHistory, const Execution& execution,
+                             bool dualMono) {
   core::Chapter chapter{
       .index = span.index, .name = span.name, .startSec = span.startSec, .endSec = span.endSec};
   // Clamped before they are made whole: chapter lists come from files.
@@ -177,8 +179,8 @@ core::Chapter measureChapter(const PCMBuffer& buffer, const ChapterSpan& span,
     const double frame = std::round(seconds * buffer.sampleRate());
     return static_cast<std::int64_t>(frame > 0 ? std::min(frame, length) : 0.0);
   };
-  const auto stretch = stretchOf(buffer, frameAt(span.startSec), frameAt(span.endSec),
-                                 fileSpeechHistory, execution.dualMono);
+  const auto stretch =
+      stretchOf(buffer, frameAt(span.startSec), frameAt(span.endSec), fileSpeechHistory, dualMono);
   if (!stretch) return chapter;
   const ProgrammeFigures figures = measureFigures(*stretch, execution);
   chapter.integratedLUFS = finite(figures.integratedLUFS);

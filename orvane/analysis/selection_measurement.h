@@ -8,29 +8,24 @@
 
 #include "orvane/analysis/selection_analysis.h"
 #include "orvane/core/chapter.h"
+#include "orvane/platform/execution.h"
 #include "orvane/platform/export.h"
 #include "orvane/platform/pcm_buffer.h"
-#include "orvane/platform/progress.h"
 
 /// Measures stretches of a loaded file with the meters that measure whole files.
 namespace orvane::SelectionMeasurement {
 
-/// How the work is done.
-struct Execution {
-  std::size_t threadCount = 1;           ///< threads of this call, the caller's included
-  ProgressObserver* observer = nullptr;  ///< told of "Measuring"; may cancel; not owned
-  bool dualMono = false;                 ///< a single channel stands for two equal loudspeakers
-};
-
 /// Measures the frames [startFrame, endFrame), clamped to the buffer. `fileSpeechHistory`: one flag
-/// per 100 ms of the whole file. Absent when no frame is left.
+/// per 100 ms of the whole file. With `dualMono` a single channel stands for two equal
+/// loudspeakers. Absent when no frame is left. The stage is "Measuring".
 ///
 /// The noise floor is the energy mean of the 100 ms blocks without speech, mean over the channels;
 /// minus infinity without a speech history or when those blocks make up less than half a second.
 /// Curves have one point per 100 ms; all times count from the start of the file.
 ORVANE_API std::optional<SelectionAnalysisResult> measure(
     const PCMBuffer& buffer, std::int64_t startFrame, std::int64_t endFrame,
-    const std::optional<std::vector<bool>>& fileSpeechHistory, const Execution& execution = {});
+    const std::optional<std::vector<bool>>& fileSpeechHistory, const Execution& execution = {},
+    bool dualMono = false);
 
 /// A chapter's place in a file.
 struct ChapterSpan {
@@ -46,6 +41,6 @@ struct ChapterSpan {
 /// chapter that lies outside the file.
 ORVANE_API core::Chapter measureChapter(const PCMBuffer& buffer, const ChapterSpan& span,
                                         const std::optional<std::vector<bool>>& fileSpeechHistory,
-                                        const Execution& execution = {});
+                                        const Execution& execution = {}, bool dualMono = false);
 
 }  // namespace orvane::SelectionMeasurement

@@ -107,9 +107,7 @@ class RawPCMSource final : public AudioSource {
   static std::unique_ptr<AudioSource> open(const std::filesystem::path& url,
                                            const RawPCMFormat& rawFormat,
                                            const AudioFileOpenOptions& options) {
-    auto file = std::make_unique<RawPCMFile>(
-        url, rawFormat,
-        RawPCMReader::Execution{.threadCount = options.threadCount, .observer = options.observer});
+    auto file = std::make_unique<RawPCMFile>(url, rawFormat, options.execution);
     const auto format =
         RawPCMReader::processingFormat(rawFormat.sampleRate, rawFormat.channelCount);
     if (!format) throw RawPCMImportError(RawPCMImportError::BufferAllocationFailed{});

@@ -37,10 +37,8 @@ Loaded load(const std::filesystem::path& url, const std::optional<RawPCMFormat>&
 
 Loaded load(const std::filesystem::path& url, const std::optional<RawPCMFormat>& rawFormat,
             const LoadOptions& options) {
-  const auto source = AudioSource::open(url, rawFormat,
-                                        {.streamIndex = options.streamIndex,
-                                         .threadCount = options.threadCount,
-                                         .observer = options.observer});
+  const auto source = AudioSource::open(
+      url, rawFormat, {.streamIndex = options.streamIndex, .execution = options.execution});
   auto buffer = source->makeBuffer(static_cast<std::uint32_t>(source->frameLength()));
   source->read(*buffer);
   if (options.warnings != nullptr)

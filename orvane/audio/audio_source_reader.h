@@ -12,7 +12,7 @@
 #include "orvane/platform/error.h"
 #include "orvane/platform/export.h"
 #include "orvane/platform/pcm_buffer.h"
-#include "orvane/platform/progress.h"
+#include "orvane/platform/execution.h"
 #include "orvane/rawpcm/raw_pcm_format.h"
 
 /// Loads the whole audio of one source into one buffer.
@@ -52,9 +52,8 @@ class ORVANE_API Failure : public Error {
 
 /// How a source is loaded, beside what it is.
 struct LoadOptions {
-  std::size_t threadCount = 1;           ///< threads of this call, the caller's included
-  ProgressObserver* observer = nullptr;  ///< may cancel; not owned
-  std::optional<int> streamIndex{};      ///< which audio stream; absent for the default one
+  Execution execution{};
+  std::optional<int> streamIndex{};  ///< which audio stream; absent for the default one
   std::vector<AudioFileWarning>* warnings = nullptr;  ///< findings are appended; not owned
 };
 

@@ -141,7 +141,7 @@ AudioFileDescription AudioFile::describe(const std::filesystem::path& path,
                                          ProgressObserver* observer) {
   const auto file = std::make_shared<const InputFile>(path);
   AudioFileDescription description =
-      describeContainer(file, {.observer = observer}, identify(*file));
+      describeContainer(file, {.execution = {.observer = observer}}, identify(*file));
   refuseTooManyChannels(path, description.dataFormat);
   return description;
 }

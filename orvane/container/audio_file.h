@@ -12,7 +12,7 @@
 #include "orvane/platform/export.h"
 #include "orvane/platform/input_file.h"
 #include "orvane/platform/pcm_buffer.h"
-#include "orvane/platform/progress.h"
+#include "orvane/platform/execution.h"
 
 namespace orvane {
 
@@ -46,10 +46,8 @@ struct AudioFileDescription {
 struct AudioFileOpenOptions {
   /// Which audio stream of a file with several, counted from 0; absent for the default one.
   std::optional<int> streamIndex{};
-  /// Threads that a read may use.
-  std::size_t threadCount = 1;
-  /// Told of the reading ("Reading", share of the frames) and able to cancel it; not owned.
-  ProgressObserver* observer = nullptr;
+  /// The stage is "Reading", a share of the frames.
+  Execution execution{};
 };
 
 /// The platform's audio-file service for reading. PCM containers are read by parsers of our own,

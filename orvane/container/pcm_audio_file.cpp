@@ -21,10 +21,10 @@ constexpr std::size_t kBlockBytes = std::size_t{256} << 10;
 /// Tells the observer how far the reading is, from whichever thread ended a block.
 class ReadProgress {
  public:
-  ReadProgress(ProgressObserver* observer, std::uint64_t first, std::uint64_t total)
+  ReadProgress(ProgressObserver* observer, std::int64_t first, std::int64_t total)
       : observer_(observer), done_(first), total_(total) {}
 
-  void add(std::uint64_t frames) {
+  void add(std::int64_t frames) {
     if (observer_ == nullptr) return;
     const std::lock_guard lock(mutex_);
     if (observer_->isCancelled()) throw Cancelled();
@@ -34,8 +34,8 @@ class ReadProgress {
 
  private:
   ProgressObserver* observer_;
-  std::uint64_t done_;
-  std::uint64_t total_;
+  std::int64_t done_;
+  std::int64_t total_;
   std::mutex mutex_;
 };
 
@@ -52,9 +52,9 @@ std::vector<ChapterMark> PCMAudioFile::unsortedChapters() const {
 }
 
 void PCMAudioFile::read(PCMBuffer& buffer) {
-  const std::uint64_t left = stream_.frameCount - position_;
+  const std::int64_t left = stream_.frameCount - position_;
   const auto frames =
-      static_cast<std::uint32_t>(std::min<std::uint64_t>(left, buffer.frameCapacity()));
+      static_cast<std::uint32_t>(std::min<std::int64_t>(left, buffer.frameCapacity()));
   if (frames > 0) readRange(buffer, frames);
   buffer.setFrameLength(frames);
   position_ += frames;
@@ -62,27 +62,25 @@ void PCMAudioFile::read(PCMBuffer& buffer) {
 
 void PCMAudioFile::readRange(PCMBuffer& buffer, std::uint32_t frames) {
   const std::size_t frameBytes = stream_.description.dataFormat.bytesPerFrame;
-  const std::size_t channels = stream_.description.dataFormat.channelsPerFrame;
   const std::size_t blockFrames = std::max<std::size_t>(kBlockBytes / frameBytes, 1);
   const std::size_t blocks = (frames + blockFrames - 1) / blockFrames;
-  ReadProgress progress(options_.observer, position_, stream_.frameCount);
+  ReadProgress progress(options_.execution.observer, position_, stream_.frameCount);
   std::atomic<std::size_t> nextBlock{0};
 
   // One task per thread rather than per block, so that each keeps its scratch memory.
-  const std::size_t workers = std::min(std::max<std::size_t>(options_.threadCount, 1), blocks);
+  const std::size_t workers =
+      std::min(std::max<std::size_t>(options_.execution.threadCount, 1), blocks);
   parallelFor(workers, workers, [&](std::size_t) {
     const auto scratch = std::make_unique_for_overwrite<std::byte[]>(
         std::min<std::size_t>(blockFrames, frames) * frameBytes);
-    std::vector<float*> destinations(channels);
     for (std::size_t block = nextBlock++; block < blocks; block = nextBlock++) {
       const std::size_t first = block * blockFrames;
       const std::size_t count = std::min<std::size_t>(blockFrames, frames - first);
-      file().readExactlyAt(stream_.dataOffset + (position_ + first) * frameBytes,
-                           {scratch.get(), count * frameBytes});
-      for (std::size_t c = 0; c < channels; ++c)
-        destinations[c] = buffer.channel(static_cast<std::uint32_t>(c)) + first;
-      deinterleaveToFloat(stream_.sample, scratch.get(), count, channels, destinations.data());
-      progress.add(count);
+      file().readExactlyAt(
+          stream_.dataOffset + (static_cast<std::uint64_t>(position_) + first) * frameBytes,
+          {scratch.get(), count * frameBytes});
+      deinterleaveToFloat(stream_.sample, scratch.get(), buffer.room().slice(first, count));
+      progress.add(static_cast<std::int64_t>(count));
     }
   });
 }

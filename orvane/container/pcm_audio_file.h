@@ -19,10 +19,10 @@ class PCMAudioFile final : public AudioFile {
                const AudioFileOpenOptions& options);
 
   const AudioFileDescription& description() const noexcept override { return stream_.description; }
-  std::int64_t frameLength() override { return static_cast<std::int64_t>(stream_.frameCount); }
+  std::int64_t frameLength() override { return stream_.frameCount; }
   bool knowsFrameLength() const noexcept override { return true; }
   std::optional<std::int64_t> expectedFrameLength() const override {
-    return static_cast<std::int64_t>(stream_.frameCount);
+    return stream_.frameCount;
   }
   void read(PCMBuffer& buffer) override;
 
@@ -32,7 +32,7 @@ class PCMAudioFile final : public AudioFile {
 
   PCMStream stream_;
   AudioFileOpenOptions options_;
-  std::uint64_t position_ = 0;  ///< next frame
+  std::int64_t position_ = 0;  ///< next frame
 };
 
 }  // namespace orvane

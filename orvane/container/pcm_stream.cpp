@@ -54,7 +54,7 @@ void setAudioData(PCMStream& stream, std::uint64_t offset, std::uint64_t size,
                   Chunk::Extent extent) {
   const std::uint32_t frameBytes = stream.description.dataFormat.bytesPerFrame;
   stream.dataOffset = offset;
-  stream.frameCount = frameBytes == 0 ? 0 : size / frameBytes;
+  stream.frameCount = frameBytes == 0 ? 0 : static_cast<std::int64_t>(size / frameBytes);
   if (extent == Chunk::Extent::open) addWarning(stream, AudioFileWarning::Code::openDataSize);
   if (extent == Chunk::Extent::cutShort) addWarning(stream, AudioFileWarning::Code::truncatedAudio);
 }

@@ -29,7 +29,7 @@ struct PCMStream {
   AudioFileDescription description{};
   SampleEncoding sample{};
   std::uint64_t dataOffset = 0;         ///< of the first sample, from the file's start, bytes
-  std::uint64_t frameCount = 0;         ///< whole frames that the file really holds
+  std::int64_t frameCount = 0;          ///< whole frames that the file really holds
   std::optional<AudioExtent> extent{};  ///< of compressed audio, where the container tells it
   std::vector<Chunk> chunks{};          ///< every chunk, for those who rewrite the file
   std::endian byteOrder = std::endian::little;  ///< of the numbers in the chunks

@@ -10,18 +10,18 @@ namespace orvane {
 
 /// Format of a buffer: always planar 32-bit float.
 struct AudioFormat {
-  double sampleRate = 0;                   ///< hertz
+  double sampleRate = 0;  ///< hertz
   std::uint32_t channelCount = 0;
-  std::optional<ChannelLayout> layout{};   ///< absent when nothing is known about the channels
+  std::optional<ChannelLayout> layout{};  ///< absent when nothing is known about the channels
 
   bool operator==(const AudioFormat&) const = default;
 };
 
 /// How audio lies in a file, in the terms of a Core Audio stream description.
 struct StreamDescription {
-  double sampleRate = 0;           ///< hertz
-  FourCC formatID = 0;             ///< `lpcm`, `aac `, `alac` …
-  std::uint32_t formatFlags = 0;   ///< for `lpcm` the kFormatFlag… bits below
+  double sampleRate = 0;          ///< hertz
+  FourCC formatID = 0;            ///< `lpcm`, `aac `, `alac` …
+  std::uint32_t formatFlags = 0;  ///< for `lpcm` the kFormatFlag… bits below
   std::uint32_t bytesPerPacket = 0;
   std::uint32_t framesPerPacket = 0;
   std::uint32_t bytesPerFrame = 0;

@@ -9,8 +9,8 @@
 
 namespace orvane {
 
-/// A regular file opened for reading at any offset, from any thread. Directories, FIFOs, sockets and
-/// devices are refused before a byte is read. Files are read, never mapped: a file that shrinks
+/// A regular file opened for reading at any offset, from any thread. Directories, FIFOs, sockets
+/// and devices are refused before a byte is read. Files are read, never mapped: a file that shrinks
 /// meanwhile gives short reads instead of a fault.
 class ORVANE_API InputFile {
  public:
@@ -24,7 +24,8 @@ class ORVANE_API InputFile {
   /// Bytes, as they were at opening.
   std::uint64_t size() const noexcept { return size_; }
 
-  /// Reads up to `destination.size()` bytes; fewer only where the file ends. Throws `PlatformError`.
+  /// Reads up to `destination.size()` bytes; fewer only where the file ends. Throws
+  /// `PlatformError`.
   std::size_t readAt(std::uint64_t offset, std::span<std::byte> destination) const;
 
   /// Reads exactly `destination.size()` bytes; a file that ends before is a `PlatformError`.

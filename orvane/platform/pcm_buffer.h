@@ -7,6 +7,7 @@
 
 #include "orvane/platform/audio_format.h"
 #include "orvane/platform/export.h"
+#include "orvane/platform/planar_view.h"
 
 namespace orvane {
 
@@ -32,11 +33,10 @@ class ORVANE_API PCMBuffer {
 
   float* channel(std::uint32_t index) noexcept { return channels_[index]; }
   const float* channel(std::uint32_t index) const noexcept { return channels_[index]; }
-  /// One pointer per channel; empty for a buffer without channels.
-  const std::vector<float*>& channels() noexcept { return channels_; }
-  std::vector<const float*> constChannels() const {
-    return {channels_.begin(), channels_.end()};
-  }
+  /// The valid frames.
+  PlanarView view() const noexcept { return {channels_, frameLength_}; }
+  /// Everything up to the capacity, to be written.
+  MutablePlanarView room() noexcept { return {channels_, frameCapacity_}; }
 
   /// Makes stored channel `order[i]` the new channel `i`, without moving samples, and replaces the
   /// layout. `order` must be a permutation of 0 … channelCount − 1.

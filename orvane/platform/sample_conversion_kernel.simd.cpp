@@ -60,11 +60,14 @@ void splitPairs(const std::uint8_t* source, std::size_t frames, float* left, flo
   }
 }
 
-/// Columns first … first + columns − 1 (columns at most 4) of a tile of floats, `frames` rows of
-/// `width`, to one destination each, from `offset` on. Reads up to 3 floats behind the tile.
-inline void transposeColumns(const float* tile, std::size_t frames, std::size_t width,
-                             std::size_t first, std::size_t columns, float* const* destinations,
-                             std::size_t offset) {
+/// Columns first … first + columns − 1 (columns at most 4) of a tile of floats, rows of `width`, to
+/// as many channels from `channel` on. Reads up to 3 floats behind the tile.
+inline void transposeColumns(const float* tile, std::size_t width, std::size_t first,
+                             std::size_t columns, const MutablePlanarView& destination,
+                             std::size_t channel) {
+  const std::size_t frames = destination.frameCount();
+  float* to[4];
+  for (std::size_t c = 0; c < columns; ++c) to[c] = destination.channel(channel + c);
   const hn::CappedTag<float, 4> d;
   std::size_t i = 0;
   for (; i + 4 <= frames; i += 4) {
@@ -78,28 +81,24 @@ inline void transposeColumns(const float* tile, std::size_t frames, std::size_t 
     const auto abUpper = hn::InterleaveUpper(d, a, b);
     const auto efUpper = hn::InterleaveUpper(d, e, f);
     // A 64-bit half holds two rows of one column.
-    const std::size_t to = offset + i;
-    hn::StoreU(hn::ConcatLowerLower(d, efLower, abLower), d, destinations[first] + to);
-    if (columns > 1)
-      hn::StoreU(hn::ConcatUpperUpper(d, efLower, abLower), d, destinations[first + 1] + to);
-    if (columns > 2)
-      hn::StoreU(hn::ConcatLowerLower(d, efUpper, abUpper), d, destinations[first + 2] + to);
-    if (columns > 3)
-      hn::StoreU(hn::ConcatUpperUpper(d, efUpper, abUpper), d, destinations[first + 3] + to);
+    hn::StoreU(hn::ConcatLowerLower(d, efLower, abLower), d, to[0] + i);
+    if (columns > 1) hn::StoreU(hn::ConcatUpperUpper(d, efLower, abLower), d, to[1] + i);
+    if (columns > 2) hn::StoreU(hn::ConcatLowerLower(d, efUpper, abUpper), d, to[2] + i);
+    if (columns > 3) hn::StoreU(hn::ConcatUpperUpper(d, efUpper, abUpper), d, to[3] + i);
   }
   for (; i < frames; ++i)
-    for (std::size_t c = first; c < first + columns; ++c)
-      destinations[c][offset + i] = tile[i * width + c];
+    for (std::size_t c = 0; c < columns; ++c) to[c][i] = tile[i * width + first + c];
 }
 
 /// Any number of channels: tiles that stay in the first-level cache are converted in stored order,
 /// then turned.
 template <class S>
-void splitFrames(const std::uint8_t* source, std::size_t frames, std::size_t channels,
-                 float* const* destinations) {
+void splitFrames(const std::uint8_t* source, const MutablePlanarView& destination) {
   constexpr std::size_t kTileFloats = 8192;
   constexpr std::size_t kMaximumWidth = 64;
   HWY_ALIGN float tile[kTileFloats + 4];
+  const std::size_t frames = destination.frameCount();
+  const std::size_t channels = destination.channelCount();
   const std::size_t frameBytes = channels * S::kBytes;
   const std::size_t width = HWY_MIN(channels, kMaximumWidth);
   const std::size_t tileFrames = kTileFloats / width / 4 * 4;
@@ -116,8 +115,8 @@ void splitFrames(const std::uint8_t* source, std::size_t frames, std::size_t cha
       }
       std::memset(tile + rows * columns, 0, 4 * sizeof(float));
       for (std::size_t c = 0; c < columns; c += 4)
-        transposeColumns(tile, rows, columns, c, HWY_MIN(std::size_t{4}, columns - c),
-                         destinations + group, begin);
+        transposeColumns(tile, columns, c, HWY_MIN(std::size_t{4}, columns - c),
+                         destination.slice(begin, rows), group + c);
     }
   }
 }
@@ -154,18 +153,17 @@ struct Convert {
 
 struct Deinterleave {
   const std::uint8_t* source;
-  std::size_t frames;
-  std::size_t channels;
-  float* const* destinations;
+  const MutablePlanarView& destination;
 
   template <class S>
   void run() const {
-    if (channels == 1) {
-      convertRun<S>(source, frames, destinations[0]);
-    } else if (channels == 2) {
-      splitPairs<S>(source, frames, destinations[0], destinations[1]);
-    } else if (channels > 2) {
-      splitFrames<S>(source, frames, channels, destinations);
+    const std::size_t frames = destination.frameCount();
+    if (destination.channelCount() == 1) {
+      convertRun<S>(source, frames, destination.channel(0));
+    } else if (destination.channelCount() == 2) {
+      splitPairs<S>(source, frames, destination.channel(0), destination.channel(1));
+    } else if (destination.channelCount() > 2) {
+      splitFrames<S>(source, destination);
     }
   }
 };
@@ -213,10 +211,10 @@ void convertSamples(SampleEncoding encoding, const std::uint8_t* source, std::si
     PlainSampleConversion::convert(encoding, source, strideSamples, count, destination);
 }
 
-void deinterleaveSamples(SampleEncoding encoding, const std::uint8_t* source, std::size_t frames,
-                         std::size_t channels, float* const* destinations) {
-  if (!withReaderOf(encoding, Deinterleave{source, frames, channels, destinations}))
-    PlainSampleConversion::deinterleave(encoding, source, frames, channels, destinations);
+void deinterleaveSamples(SampleEncoding encoding, const std::uint8_t* source,
+                         const MutablePlanarView& destination) {
+  if (!withReaderOf(encoding, Deinterleave{source, destination}))
+    PlainSampleConversion::deinterleave(encoding, source, destination);
 }
 
 #else
@@ -226,9 +224,9 @@ void convertSamples(SampleEncoding encoding, const std::uint8_t* source, std::si
   PlainSampleConversion::convert(encoding, source, strideSamples, count, destination);
 }
 
-void deinterleaveSamples(SampleEncoding encoding, const std::uint8_t* source, std::size_t frames,
-                         std::size_t channels, float* const* destinations) {
-  PlainSampleConversion::deinterleave(encoding, source, frames, channels, destinations);
+void deinterleaveSamples(SampleEncoding encoding, const std::uint8_t* source,
+                         const MutablePlanarView& destination) {
+  PlainSampleConversion::deinterleave(encoding, source, destination);
 }
 
 #endif  // without vectors
@@ -248,10 +246,10 @@ void convertToFloat(SampleEncoding encoding, const std::byte* source, std::size_
   (encoding, reinterpret_cast<const std::uint8_t*>(source), strideSamples, count, destination);
 }
 
-void deinterleaveToFloat(SampleEncoding encoding, const std::byte* source, std::size_t frames,
-                         std::size_t channelCount, float* const* destinations) noexcept {
+void deinterleaveToFloat(SampleEncoding encoding, const std::byte* source,
+                         MutablePlanarView destination) noexcept {
   HWY_DYNAMIC_DISPATCH(deinterleaveSamples)
-  (encoding, reinterpret_cast<const std::uint8_t*>(source), frames, channelCount, destinations);
+  (encoding, reinterpret_cast<const std::uint8_t*>(source), destination);
 }
 
 }  // namespace orvane

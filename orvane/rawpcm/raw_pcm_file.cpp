@@ -20,7 +20,7 @@ InputFile openFile(const std::filesystem::path& url) {
 }  // namespace
 
 RawPCMFile::RawPCMFile(const std::filesystem::path& url, const RawPCMFormat& format,
-                       const RawPCMReader::Execution& execution)
+                       const Execution& execution)
     : file_(openFile(url)),
       format_(format),
       frameLength_(requiredRawPCMFrames(format, static_cast<std::int64_t>(file_.size()))),

@@ -18,7 +18,7 @@ class ORVANE_TESTING_API RawPCMFile {
   /// Checks the file, the shape of the format, and the size, in that order. Throws
   /// `RawPCMImportError`. `observer` is told of "Reading", as a share of the whole file.
   RawPCMFile(const std::filesystem::path& url, const RawPCMFormat& format,
-             const RawPCMReader::Execution& execution = {});
+             const Execution& execution = {});
 
   const InputFile& file() const noexcept { return file_; }
 

@@ -61,26 +61,24 @@ class Filler {
     const std::size_t workers = std::clamp<std::size_t>(threadCount, 1, blocks);
     parallelFor(workers, workers, [&](std::size_t) {
       std::vector<std::byte> scratch;
-      std::vector<float*> destinations(channelsPerRun_);
       for (std::size_t block = next++; block < blocks; block = next++)
-        progress.advance(convertBlock(static_cast<std::int64_t>(block), scratch, destinations));
+        progress.advance(convertBlock(static_cast<std::int64_t>(block), scratch));
     });
   }
 
  private:
   /// Gives the frames converted.
-  std::size_t convertBlock(std::int64_t block, std::vector<std::byte>& scratch,
-                           std::vector<float*>& destinations) const {
+  std::size_t convertBlock(std::int64_t block, std::vector<std::byte>& scratch) const {
     const std::int64_t run = block / blocksPerRun_;
     const std::int64_t first = block % blocksPerRun_ * blockFrames_;
     const std::int64_t count = std::min(blockFrames_, frames_.count - first);
     const std::byte* source =
         payload_.bytes(run * runBytes_ + (frames_.first + first) * unit_, count * unit_, scratch);
-    for (std::size_t c = 0; c < destinations.size(); ++c)
-      destinations[c] =
-          buffer_.channel(static_cast<std::uint32_t>(run + static_cast<std::int64_t>(c))) + first;
-    deinterleaveToFloat(encoding_, source, static_cast<std::size_t>(count), destinations.size(),
-                        destinations.data());
+    deinterleaveToFloat(
+        encoding_, source,
+        buffer_.room()
+            .channels(static_cast<std::size_t>(run), channelsPerRun_)
+            .slice(static_cast<std::size_t>(first), static_cast<std::size_t>(count)));
     return static_cast<std::size_t>(count);
   }
 

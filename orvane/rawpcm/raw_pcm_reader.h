@@ -8,24 +8,18 @@
 #include <span>
 
 #include "orvane/platform/audio_format.h"
+#include "orvane/platform/execution.h"
 #include "orvane/platform/export.h"
 #include "orvane/platform/pcm_buffer.h"
-#include "orvane/platform/progress.h"
 #include "orvane/rawpcm/raw_pcm_format.h"
 
 /// Reads headerless PCM, as declared, into planar float.
 namespace orvane::RawPCMReader {
 
-/// How the work is done, beside what is read.
-struct Execution {
-  std::size_t threadCount = 1;           ///< threads of this call, the caller's included
-  ProgressObserver* observer = nullptr;  ///< told of the stage "Reading"; may cancel; not owned
-};
-
 /// Reads the file at `url`. Channels stay in stored order; values are −1 … +1, floating-point ones
 /// as they are. `maxFrames`, when smaller than the file's frame count, takes only so many from the
 /// start (of every channel). Throws `RawPCMImportError`, checking in the order: file, shape of the
-/// format, size, memory limit, allocation; and `Cancelled`.
+/// format, size, memory limit, allocation; and `Cancelled`. The stage is "Reading".
 ORVANE_API std::shared_ptr<PCMBuffer> read(const std::filesystem::path& url,
                                            const RawPCMFormat& format,
                                            std::optional<std::int64_t> maxFrames = {},

@@ -20,7 +20,6 @@ using OfflineAnalysisPipeline::AnalysisDetail;
 using OfflineAnalysisPipeline::Result;
 using Finding = GatheredReport::Finding;
 
-/// The gating blocks start every tenth of a second.
 /// A music analysis may be of a copy with a little more silence, hardly of one that differs by
 /// more.
 constexpr double kDurationTolerance = 1;
@@ -29,10 +28,8 @@ constexpr double kDurationTolerance = 1;
 class Gathering {
  public:
   Gathering(const Result& result, const AnalysisDetail& detail, const ReportParts& parts,
-            SelectionMeasurement::Execution execution)
-      : result_(result), detail_(detail), parts_(parts), execution_(execution) {
-    execution_.dualMono = detail.isDualMono;
-  }
+            const Execution& execution)
+      : result_(result), detail_(detail), parts_(parts), execution_(execution) {}
 
   GatheredReport gather(const std::string& appVersion) {
     auto labels = parts_.channelLabels.empty()
@@ -56,7 +53,8 @@ class Gathering {
     };
     auto& measured = gathered_.inputs.selectionAnalysis;
     measured = SelectionMeasurement::measure(*result_.buffer, frameAt(selection.startSeconds),
-                                             frameAt(end), result_.speechHistory, execution_);
+                                             frameAt(end), result_.speechHistory, execution_,
+                                             detail_.isDualMono);
     if (!measured)
       gathered_.findings.push_back(Finding::selectionOutsideAudio);
     else if (end > duration)
@@ -101,8 +99,8 @@ class Gathering {
       if (!spans.empty()) inputs.chapterOrigin = "music";
     }
     if (spans.empty()) return;
-    inputs.chapters =
-        ChapterMeasurement::measure(*result_.buffer, spans, result_.speechHistory, execution_);
+    inputs.chapters = ChapterMeasurement::measure(*result_.buffer, spans, result_.speechHistory,
+                                                  execution_, detail_.isDualMono);
     inputs.chapterMedianLUFS = ChapterMeasurement::medianLUFS(inputs.chapters);
     inputs.chapterDeviationThresholdLU = parts_.chapterToleranceLU;
   }
@@ -110,7 +108,7 @@ class Gathering {
   const Result& result_;
   const AnalysisDetail& detail_;
   const ReportParts& parts_;
-  SelectionMeasurement::Execution execution_;
+  const Execution& execution_;
   GatheredReport gathered_{};
 };
 
@@ -118,7 +116,7 @@ class Gathering {
 
 GatheredReport gatherReport(const Result& result, const AnalysisDetail& detail,
                             const ReportParts& parts, const std::string& appVersion,
-                            const SelectionMeasurement::Execution& execution) {
+                            const Execution& execution) {
   precondition(result.buffer != nullptr || !parts.needAudio(),
                "parts that are measured need the analysed audio");
   return Gathering(result, detail, parts, execution).gather(appVersion);

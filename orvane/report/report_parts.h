@@ -59,11 +59,11 @@ struct GatheredReport {
 /// Measures the parts of an analysed file and brings together all that its report is built from:
 /// `OrvaneReport::build(gathered.inputs, settings)`. `detail` is what the analysis gave beside
 /// `result`, which must have its buffer when the parts need it. A file measured as dual mono has
-/// its parts measured so, and its channel layout says it. Of `execution` the threads and the
-/// observer count, who is told of "Measuring" and "Chapters". Throws `Cancelled`.
+/// its parts measured so, and its channel layout says it. The stages are "Measuring" and
+/// "Chapters". Throws `Cancelled`.
 ORVANE_API GatheredReport gatherReport(const OfflineAnalysisPipeline::Result& result,
                                        const OfflineAnalysisPipeline::AnalysisDetail& detail,
                                        const ReportParts& parts, const std::string& appVersion,
-                                       const SelectionMeasurement::Execution& execution = {});
+                                       const Execution& execution = {});
 
 }  // namespace orvane

@@ -47,7 +47,8 @@ Outcome outcomeOf(const std::filesystem::path& file, bool keepsBuffer) {
   Outcome outcome;
   try {
     outcome.result =
-        analyzeFile(file, options, {.threadCount = 2, .keepsBuffer = keepsBuffer}, &outcome.detail);
+        analyzeFile(file, options, {.execution = {.threadCount = 2}, .keepsBuffer = keepsBuffer},
+                    &outcome.detail);
   } catch (const Error& error) {
     outcome.failure = error.errorDescription();
   }

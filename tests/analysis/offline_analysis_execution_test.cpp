@@ -49,8 +49,10 @@ class Recorder : public ProgressObserver {
 
 TEST(AnalysisExecution, GivesTheSameFiguresOnAnyNumberOfThreads) {
   const RawProgramme programme(8000, {noise(1, 100'000), noise(2, 100'000)});
-  const auto one = analyzeFile(programme.path(), programme.options(), {.threadCount = 1});
-  const auto four = analyzeFile(programme.path(), programme.options(), {.threadCount = 4});
+  const auto one =
+      analyzeFile(programme.path(), programme.options(), {.execution = {.threadCount = 1}});
+  const auto four =
+      analyzeFile(programme.path(), programme.options(), {.execution = {.threadCount = 4}});
   EXPECT_EQ(one.integratedLUFS, four.integratedLUFS);
   EXPECT_EQ(one.truePeakDB, four.truePeakDB);
   EXPECT_EQ(one.loudnessRange, four.loudnessRange);
@@ -63,7 +65,8 @@ TEST(AnalysisExecution, GivesTheSameFiguresOnAnyNumberOfThreads) {
 TEST(AnalysisExecution, ReportsReadingThenMeasuringToTheEnd) {
   const RawProgramme programme(48000, {noise(1, 48000)});
   Recorder recorder;
-  analyzeFile(programme.path(), programme.options(), {.threadCount = 2, .observer = &recorder});
+  analyzeFile(programme.path(), programme.options(),
+              {.execution = {.threadCount = 2, .observer = &recorder}});
   EXPECT_EQ(recorder.stages, (std::vector<std::string>{"Reading", "Measuring"}));
   EXPECT_TRUE(recorder.inOrder);
   EXPECT_DOUBLE_EQ(recorder.last, 1.0);
@@ -74,8 +77,9 @@ TEST(AnalysisExecution, StopsWhenTheObserverAsksForIt) {
   for (const int calls : {0, 1, 2}) {
     Recorder recorder;
     recorder.cancelAfter = calls;
-    EXPECT_THROW(analyzeFile(programme.path(), programme.options(), {.observer = &recorder}),
-                 Cancelled)
+    EXPECT_THROW(
+        analyzeFile(programme.path(), programme.options(), {.execution = {.observer = &recorder}}),
+        Cancelled)
         << "after " << calls << " calls";
   }
 }
@@ -86,7 +90,8 @@ TEST(AnalysisExecution, ReportsNoSizeForAFileThatVanishes) {
   recorder.onStage = [&](std::string_view stage) {
     if (stage == "Measuring") std::filesystem::remove(programme.path());
   };
-  const auto result = analyzeFile(programme.path(), programme.options(), {.observer = &recorder});
+  const auto result =
+      analyzeFile(programme.path(), programme.options(), {.execution = {.observer = &recorder}});
   EXPECT_EQ(result.fileSize, 0);
   EXPECT_GT(result.integratedLUFS, -30);
 }
@@ -110,10 +115,12 @@ TEST(AnalysisExecution, GivesTheSameFiguresWithoutKeepingTheAudio) {
     auto options = programme.options();
     options.enableSileroVAD = channels == 2;
     OfflineAnalysisPipeline::AnalysisDetail kept, passed;
-    const auto whole = analyzeFile(programme.path(), options, {.threadCount = 2}, &kept);
+    const auto whole =
+        analyzeFile(programme.path(), options, {.execution = {.threadCount = 2}}, &kept);
     for (const std::size_t threads : {1U, 3U}) {
-      const auto sliced = analyzeFile(programme.path(), options,
-                                      {.threadCount = threads, .keepsBuffer = false}, &passed);
+      const auto sliced =
+          analyzeFile(programme.path(), options,
+                      {.execution = {.threadCount = threads}, .keepsBuffer = false}, &passed);
       EXPECT_FALSE(sliced.buffer);
       expectSameFigures(whole, sliced);
       EXPECT_EQ(kept.blockPowers, passed.blockPowers);
@@ -132,7 +139,7 @@ TEST(AnalysisExecution, ReportsReadingToTheEndWithoutKeepingTheAudio) {
     recorder.cancelAfter = calls;
     const auto analyze = [&] {
       analyzeFile(programme.path(), programme.options(),
-                  {.threadCount = 2, .observer = &recorder, .keepsBuffer = false});
+                  {.execution = {.threadCount = 2, .observer = &recorder}, .keepsBuffer = false});
     };
     if (calls == 3) {
       EXPECT_THROW(analyze(), Cancelled);

@@ -21,7 +21,7 @@ std::shared_ptr<PCMBuffer> noiseBuffer(double sampleRate, std::uint32_t channels
 
 ProgrammeStatistics statisticsOf(const PCMBuffer& buffer) {
   ProgrammeStatisticsMeter meter(buffer.sampleRate(), buffer.channelCount(), true);
-  meter.process(buffer.constChannels(), buffer.frameLength());
+  meter.process(buffer.view());
   return meter.finish();
 }
 
@@ -54,7 +54,7 @@ TEST(ProgrammeStatistics, GivesTheDRBlocksOfTheDRProcessor) {
   for (const double rate : {8000.0, 44100.0}) {
     const auto buffer = noiseBuffer(rate, 2, 400'000);
     const auto statistics = statisticsOf(*buffer);
-    const auto channels = buffer->constChannels();
+    const std::vector<const float*> channels{buffer->channel(0), buffer->channel(1)};
     const auto expected = core::DRProcessor::computeChannelDR(channels, 2, 400'000, rate);
     for (std::size_t c = 0; c < 2; ++c)
       expectClose(core::DRProcessor::channelDR(statistics.drBlocks[c]), expected[c]);

@@ -186,7 +186,8 @@ TEST_F(SourceReader, ReportsFindings) {
   bytes.resize(bytes.size() - 8);
   const auto path = folder_.write("cut.wav", bytes);
   std::vector<AudioFileWarning> warnings;
-  const auto loaded = AudioSourceReader::load(path, {}, {.threadCount = 2, .warnings = &warnings});
+  const auto loaded =
+      AudioSourceReader::load(path, {}, {.execution = {.threadCount = 2}, .warnings = &warnings});
   EXPECT_EQ(loaded.buffer->frameLength(), 8U);
   ASSERT_EQ(warnings.size(), 1U);
   EXPECT_EQ(warnings[0].code, AudioFileWarning::Code::truncatedAudio);
@@ -202,7 +203,8 @@ class Canceller : public ProgressObserver {
 TEST_F(SourceReader, CanBeCancelled) {
   Canceller canceller;
   const auto path = folder_.write("a.wav", test::waveFile({}, Bytes(40)));
-  EXPECT_THROW(AudioSourceReader::load(path, {}, {.observer = &canceller}), Cancelled);
+  EXPECT_THROW(AudioSourceReader::load(path, {}, {.execution = {.observer = &canceller}}),
+               Cancelled);
 }
 
 TEST_F(SourceReader, RefusesAStreamThatIsNotThere) {

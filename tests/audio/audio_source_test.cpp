@@ -24,8 +24,10 @@ using Channels = std::vector<std::vector<float>>;
 
 Channels samplesOf(const PCMBuffer& buffer) {
   Channels channels;
-  for (const float* samples : buffer.constChannels())
-    channels.emplace_back(samples, samples + buffer.frameLength());
+  for (std::size_t c = 0; c < buffer.channelCount(); ++c) {
+    const auto samples = buffer.view().samples(c);
+    channels.emplace_back(samples.begin(), samples.end());
+  }
   return channels;
 }
 
@@ -50,7 +52,7 @@ class AudioStreaming : public testing::Test {
   void expectPiecesToMakeTheWhole(const std::filesystem::path& path,
                                   const std::optional<RawPCMFormat>& rawFormat = {}) {
     const auto loaded = AudioSourceReader::load(path, rawFormat);
-    const auto stream = AudioSource::open(path, rawFormat, {.threadCount = 2});
+    const auto stream = AudioSource::open(path, rawFormat, {.execution = {.threadCount = 2}});
     EXPECT_EQ(stream->format(), loaded.buffer->format());
     EXPECT_EQ(stream->frameLength(), loaded.buffer->frameLength());
     EXPECT_EQ(stream->bitDepth(), loaded.bitDepth);

@@ -18,7 +18,7 @@ void expectDecoded(const std::filesystem::path& path, const SampleSpec& spec, in
                    const std::vector<double>& values) {
   SCOPED_TRACE(path.filename().string() + ", " + std::to_string(spec.bits) + " bits, " +
                std::to_string(channels) + " channels");
-  const auto file = AudioFile::open(path, {.threadCount = 2});
+  const auto file = AudioFile::open(path, {.execution = {.threadCount = 2}});
   const StreamDescription& format = file->description().dataFormat;
   EXPECT_EQ(format.bitsPerChannel, static_cast<std::uint32_t>(spec.bits));
   EXPECT_EQ((format.formatFlags & kFormatFlagIsFloat) != 0, spec.isFloat);

@@ -41,7 +41,7 @@ TEST_F(PCMAudioFileTest, GivesTheSameSamplesOnAnyNumberOfThreads) {
 }
 
 TEST_F(PCMAudioFileTest, ReadsOnFromWhereTheLastReadEnded) {
-  const auto file = AudioFile::open(writeLongFile(1000), {.threadCount = 2});
+  const auto file = AudioFile::open(writeLongFile(1000), {.execution = {.threadCount = 2}});
   const auto part = PCMBuffer::make(file->processingFormat(), 300);
   ASSERT_TRUE(part);
   std::vector<std::uint32_t> lengths;
@@ -57,7 +57,7 @@ TEST_F(PCMAudioFileTest, ReadsOnFromWhereTheLastReadEnded) {
 
 TEST_F(PCMAudioFileTest, ReportsAFileThatShrinksMeanwhile) {
   const auto path = writeLongFile();
-  const auto file = AudioFile::open(path, {.threadCount = 2});
+  const auto file = AudioFile::open(path, {.execution = {.threadCount = 2}});
   std::filesystem::resize_file(path, 100'000);
   try {
     test::readWhole(*file);
@@ -128,7 +128,8 @@ class Watcher : public ProgressObserver {
 
 TEST_F(PCMAudioFileTest, TellsHowFarItIs) {
   Watcher watcher;
-  const auto file = AudioFile::open(writeLongFile(), {.threadCount = 2, .observer = &watcher});
+  const auto file =
+      AudioFile::open(writeLongFile(), {.execution = {.threadCount = 2, .observer = &watcher}});
   test::readWhole(*file);
   EXPECT_GT(watcher.calls, 3);
   EXPECT_EQ(watcher.lastFraction, 1);
@@ -137,7 +138,8 @@ TEST_F(PCMAudioFileTest, TellsHowFarItIs) {
 TEST_F(PCMAudioFileTest, StopsWhenItIsCancelled) {
   Watcher watcher;
   watcher.cancelAfter = 2;
-  const auto file = AudioFile::open(writeLongFile(), {.threadCount = 2, .observer = &watcher});
+  const auto file =
+      AudioFile::open(writeLongFile(), {.execution = {.threadCount = 2, .observer = &watcher}});
   EXPECT_THROW(test::readWhole(*file), Cancelled);
   EXPECT_EQ(watcher.calls, 2);
 }

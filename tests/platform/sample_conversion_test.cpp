@@ -180,7 +180,7 @@ void checkDeinterleaving(SampleEncoding encoding, std::span<std::byte> source, s
                                           std::vector<float>(frames + 2 * kFence, kGuard));
   std::vector<float*> destinations;
   for (auto& result : results) destinations.push_back(result.data() + kFence);
-  deinterleaveToFloat(encoding, source.data(), frames, channels, destinations.data());
+  deinterleaveToFloat(encoding, source.data(), {destinations, frames});
   const std::size_t width = encoding.bytes;
   for (std::size_t c = 0; c < channels; ++c) {
     for (std::size_t i = 0; i < frames; ++i)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <bit>
 #include <cmath>
 #include <cstddef>
@@ -36,6 +37,32 @@ inline float sampleToFloat(SampleEncoding encoding, const std::byte* source) {
   else if (value >= half)
     value -= 2 * half;
   return static_cast<float>(value / half);
+}
+
+/// The bytes of one sample in extended precision; the value must not be beyond counting.
+inline std::vector<std::byte> floatToSample(SampleEncoding encoding, float sample) {
+  std::uint64_t word = 0;
+  if (encoding.kind == SampleEncoding::Kind::floatingPoint) {
+    word = encoding.bytes == 4 ? std::bit_cast<std::uint32_t>(sample)
+                               : std::bit_cast<std::uint64_t>(static_cast<double>(sample));
+  } else {
+    const long double half = std::ldexp(1.0L, static_cast<int>(encoding.bits) - 1);
+    long double steps = std::isnan(sample) ? 0.0L : static_cast<long double>(sample) * half;
+    const long double below = std::floor(steps);
+    const long double rest = steps - below;
+    const bool isBelowOdd = std::fmod(below, 2.0L) != 0;
+    if (std::isfinite(steps))
+      steps = rest > 0.5L || (rest == 0.5L && isBelowOdd) ? below + 1 : below;
+    steps = std::min(std::max(steps, -half), half - 1);
+    if (encoding.kind == SampleEncoding::Kind::unsignedInteger) steps += half;
+    const std::uint32_t shift = encoding.isLowAligned ? 0 : 8 * encoding.bytes - encoding.bits;
+    word = steps < 0 ? ~static_cast<std::uint64_t>(-steps - 1) : static_cast<std::uint64_t>(steps);
+    word <<= shift;
+  }
+  std::vector<std::byte> bytes(encoding.bytes);
+  for (std::size_t i = 0; i < bytes.size(); ++i)
+    bytes[encoding.isBigEndian ? bytes.size() - 1 - i : i] = static_cast<std::byte>(word >> 8 * i);
+  return bytes;
 }
 
 }  // namespace orvane::reference

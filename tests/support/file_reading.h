@@ -26,7 +26,7 @@ inline std::shared_ptr<PCMBuffer> readWhole(AudioFile& file) {
 /// The same for the file at `path`.
 inline std::shared_ptr<PCMBuffer> readWhole(const std::filesystem::path& path,
                                             std::size_t threadCount = 1) {
-  const auto file = AudioFile::open(path, {.threadCount = threadCount});
+  const auto file = AudioFile::open(path, {.execution = {.threadCount = threadCount}});
   return readWhole(*file);
 }
 

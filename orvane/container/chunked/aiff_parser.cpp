@@ -96,7 +96,7 @@ std::optional<ChannelLayout> defaultLayout(std::uint32_t channels) {
 
 /// Places the samples: what the frame count, the sound chunk and the file all allow.
 void applySoundData(PCMStream& stream, const InputFile& file, const Chunk& chunk,
-                    std::uint64_t statedFrames) {
+                    std::int64_t statedFrames) {
   const HeaderFields head(file, chunk.bodyOffset, kSoundDataHead, std::endian::big);
   const std::uint64_t skip =
       head.size() < kSoundDataHead

@@ -128,7 +128,7 @@ PacketPointer makePacket() {
 
 Demuxer::Demuxer(std::shared_ptr<const InputFile> file, const AudioFileOpenOptions& options,
                  FourCC containerHint)
-    : source_(std::move(file), options.observer) {
+    : source_(std::move(file), options.execution.observer) {
   allowAllocationsFor(source_.file().size());
   open(containerHint);
   chooseStream(options.streamIndex);

@@ -59,7 +59,7 @@ FFmpegAudioFile::FFmpegAudioFile(std::shared_ptr<const InputFile> file,
       options_(options),
       containerHint_(containerHint),
       demuxer_(sharedFile(), options, containerHint),
-      decoder_(demuxer_, options.threadCount),
+      decoder_(demuxer_, options.execution.threadCount),
       frame_(decoder_.next()),
       description_(describeStream(demuxer_, containerHint, &decoder_.codec(), frame_)) {
   if (frame_ != nullptr) return;
@@ -87,14 +87,13 @@ void FFmpegAudioFile::read(PCMBuffer& buffer) {
   std::size_t wanted = buffer.frameCapacity();
   if (countedFrames_)
     wanted = std::min(wanted, static_cast<std::size_t>(*countedFrames_ - position_));
-  std::vector<float*> destinations = buffer.channels();
+  const MutablePlanarView room = buffer.room();
   std::size_t filled = 0;
   while (filled < wanted && frame_ != nullptr) {
     const std::size_t left = static_cast<std::size_t>(frame_->nb_samples) - frameOffset_;
     const std::size_t count = std::min(wanted - filled, left);
-    if (!convertFrame(*frame_, frameOffset_, count, destinations.data()))
+    if (!convertFrame(*frame_, frameOffset_, count, room.from(filled)))
       throw PlatformError(demuxer_.path(), "Its decoder gives samples of an unknown form");
-    for (float*& destination : destinations) destination += count;
     filled += count;
     frameOffset_ += count;
     position_ += static_cast<std::int64_t>(count);
@@ -118,7 +117,7 @@ void FFmpegAudioFile::nextFrame() {
 
 void FFmpegAudioFile::reportProgress() {
   constexpr std::int64_t kFramesBetweenReports = 65536;
-  ProgressObserver* const observer = options_.observer;
+  ProgressObserver* const observer = options_.execution.observer;
   if (observer == nullptr || (position_ < nextReport_ && frame_ != nullptr)) return;
   if (observer->isCancelled()) throw Cancelled();
   observer->onProgress("Reading", frame_ == nullptr ? 1.0 : demuxer_.shareRead());

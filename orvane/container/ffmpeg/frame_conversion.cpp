@@ -36,7 +36,7 @@ std::optional<SampleEncoding> encodingOf(AVSampleFormat packedFormat) {
 }  // namespace
 
 bool convertFrame(const AVFrame& frame, std::size_t start, std::size_t count,
-                  float* const* destinations) {
+                  MutablePlanarView room) {
   const auto format = static_cast<AVSampleFormat>(frame.format);
   const AVSampleFormat packedFormat = av_get_packed_sample_fmt(format);
   const bool isPlanar = av_sample_fmt_is_planar(format) != 0;
@@ -48,10 +48,10 @@ bool convertFrame(const AVFrame& frame, std::size_t start, std::size_t count,
   };
   if (isPlanar) {
     for (std::size_t c = 0; c < channels; ++c)
-      convertToFloat(*encoding, plane(c) + start * encoding->bytes, 1, count, destinations[c]);
+      convertToFloat(*encoding, plane(c) + start * encoding->bytes, 1, count, room.channel(c));
   } else {
-    deinterleaveToFloat(*encoding, plane(0) + start * channels * encoding->bytes, count, channels,
-                        destinations);
+    deinterleaveToFloat(*encoding, plane(0) + start * channels * encoding->bytes,
+                        room.slice(0, count));
   }
   return true;
 }

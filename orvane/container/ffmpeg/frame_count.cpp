@@ -138,7 +138,7 @@ StreamLength countFrames(const std::shared_ptr<const InputFile>& file,
   auto length = countByPackets(*demuxer, firstPacket);
   if (!length) {
     demuxer.emplace(file, options, containerHint);
-    length = countByDecoding(*demuxer, options.threadCount);
+    length = countByDecoding(*demuxer, options.execution.threadCount);
   }
   length->isTruncated = breaksOff(*demuxer, length->frames);
   return *length;

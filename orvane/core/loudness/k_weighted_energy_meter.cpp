@@ -43,34 +43,26 @@ void KWeightedEnergyMeter::appendTick(double energy, std::size_t frames) {
   timeline_.appendTick(energy < kSilentPower * static_cast<double>(frames) ? 0.0 : energy);
 }
 
-void KWeightedEnergyMeter::process(std::span<const float* const> channelData,
-                                   std::size_t frameCount) {
+void KWeightedEnergyMeter::process(PlanarView audio) {
   const ScopedDenormalFlush flush;
-  std::size_t offset = 0;
-  while (offset < frameCount) {
-    if (framesInStep_ == 0) {
-      const std::size_t steps = (frameCount - offset) / stepFrames_;
-      const std::size_t done = processStretches(channelData, offset, steps);
-      offset += done * stepFrames_;
-      if (done > 0) continue;
-    }
-    const std::size_t frames = std::min(frameCount - offset, tickEnd(tick_) - framesInStep_);
-    processInOrder(channelData, offset, frames);
-    offset += frames;
+  while (audio.frameCount() > 0) {
+    if (framesInStep_ == 0) audio = audio.from(processStretches(audio));
+    const std::size_t frames = std::min(audio.frameCount(), tickEnd(tick_) - framesInStep_);
+    if (frames > 0) processInOrder(audio.slice(0, frames));
+    audio = audio.from(frames);
   }
 }
 
-void KWeightedEnergyMeter::processInOrder(std::span<const float* const> channelData,
-                                          std::size_t offset, std::size_t frames) {
+void KWeightedEnergyMeter::processInOrder(PlanarView audio) {
   for (std::size_t group = 0; group < states_.size(); ++group) {
     const std::size_t first = group * kKWeightingLanes;
     const std::size_t count = std::min(kKWeightingLanes, channels_.size() - first);
     std::array<const float*, kKWeightingLanes> lanes{};
-    for (std::size_t i = 0; i < count; ++i) lanes[i] = channelData[channels_[first + i]] + offset;
-    kWeightedSums(coefficients_, lanes.data(), count, frames, states_[group],
+    for (std::size_t i = 0; i < count; ++i) lanes[i] = audio.channel(channels_[first + i]);
+    kWeightedSums(coefficients_, lanes.data(), count, audio.frameCount(), states_[group],
                   tickSums_.data() + first);
   }
-  framesInStep_ += frames;
+  framesInStep_ += audio.frameCount();
   if (framesInStep_ < tickEnd(tick_)) return;
 
   double energy = 0;
@@ -83,25 +75,24 @@ void KWeightedEnergyMeter::processInOrder(std::span<const float* const> channelD
   }
 }
 
-std::size_t KWeightedEnergyMeter::processStretches(std::span<const float* const> channelData,
-                                                   std::size_t offset, std::size_t steps) {
+/// Measures as many whole steps as go side by side; how many frames they are.
+std::size_t KWeightedEnergyMeter::processStretches(PlanarView audio) {
   if (channels_.empty() || channels_.size() > kKWeightingLanes / 2) return 0;
   const std::size_t stretchCount = kKWeightingLanes / channels_.size();
-  const std::size_t stretchSteps = steps / stretchCount;
+  const std::size_t stretchSteps = audio.frameCount() / stepFrames_ / stretchCount;
   // Below this, warming up costs more than going side by side gains.
   if (stretchSteps * stepFrames_ < 2 * warmUpFrames_) return 0;
 
   std::vector<double> tickEnergies(stretchCount * stretchSteps * kTicks, 0.0);
-  filterStretches(channelData, offset, stretchCount, stretchSteps, tickEnergies);
+  filterStretches(audio, stretchCount, stretchSteps, tickEnergies);
   for (std::size_t i = 0; i < tickEnergies.size(); ++i) {
     const std::size_t tick = i % kTicks;
     appendTick(tickEnergies[i], tickEnd(tick) - (tick == 0 ? 0 : tickEnd(tick - 1)));
   }
-  return stretchCount * stretchSteps;
+  return stretchCount * stretchSteps * stepFrames_;
 }
 
-void KWeightedEnergyMeter::filterStretches(std::span<const float* const> channelData,
-                                           std::size_t offset, std::size_t stretchCount,
+void KWeightedEnergyMeter::filterStretches(PlanarView audio, std::size_t stretchCount,
                                            std::size_t stretchSteps,
                                            std::span<double> tickEnergies) {
   const std::size_t channelCount = channels_.size();
@@ -115,7 +106,7 @@ void KWeightedEnergyMeter::filterStretches(std::span<const float* const> channel
   std::array<double, kKWeightingLanes> sums{};
   for (std::size_t lane = 0; lane < laneCount; ++lane) {
     starts[lane] =
-        channelData[channels_[lane % channelCount]] + offset + lane / channelCount * stretchFrames;
+        audio.channel(channels_[lane % channelCount]) + lane / channelCount * stretchFrames;
     if (lane >= channelCount) lanes[lane] = starts[lane] - warmUpFrames_;
   }
   kWeightedSums(coefficients_, lanes.data(), laneCount, warmUpFrames_, state, sums.data());

@@ -8,6 +8,7 @@
 #include "orvane/core/loudness/k_weighting_kernel.h"
 #include "orvane/core/loudness/loudness_timeline.h"
 #include "orvane/platform/export.h"
+#include "orvane/platform/planar_view.h"
 
 namespace orvane::core {
 
@@ -20,19 +21,16 @@ class ORVANE_TESTING_API KWeightedEnergyMeter {
  public:
   KWeightedEnergyMeter(double sampleRate, std::vector<float> weights);
 
-  void process(std::span<const float* const> channelData, std::size_t frameCount);
+  void process(PlanarView audio);
   void finish();
 
   const LoudnessTimeline& timeline() const noexcept { return timeline_; }
 
  private:
   std::size_t tickEnd(std::size_t tick) const noexcept;
-  void processInOrder(std::span<const float* const> channelData, std::size_t offset,
-                      std::size_t frames);
-  std::size_t processStretches(std::span<const float* const> channelData, std::size_t offset,
-                               std::size_t steps);
-  void filterStretches(std::span<const float* const> channelData, std::size_t offset,
-                       std::size_t stretchCount, std::size_t stretchSteps,
+  void processInOrder(PlanarView audio);
+  std::size_t processStretches(PlanarView audio);
+  void filterStretches(PlanarView audio, std::size_t stretchCount, std::size_t stretchSteps,
                        std::span<double> tickEnergies);
   void appendTick(double energy, std::size_t frames);
 

@@ -45,17 +45,16 @@ LoudnessProcessor::~LoudnessProcessor() = default;
 LoudnessProcessor::LoudnessProcessor(LoudnessProcessor&&) noexcept = default;
 LoudnessProcessor& LoudnessProcessor::operator=(LoudnessProcessor&&) noexcept = default;
 
-void LoudnessProcessor::process(std::span<const float* const> channelData, std::size_t frameCount) {
-  precondition(channelData.size() == state_->channelCount, "one pointer per channel is needed");
+void LoudnessProcessor::process(PlanarView audio) {
+  precondition(audio.channelCount() == state_->channelCount, "one pointer per channel is needed");
   precondition(!state_->isFlushed, "a flushed loudness meter takes no more audio");
-  if (state_->energies) state_->energies->process(channelData, frameCount);
+  if (state_->energies) state_->energies->process(audio);
 }
 
-void LoudnessProcessor::updateTruePeak(std::span<const float* const> channelData,
-                                       std::size_t frameCount) {
-  precondition(channelData.size() == state_->channelCount, "one pointer per channel is needed");
+void LoudnessProcessor::updateTruePeak(PlanarView audio) {
+  precondition(audio.channelCount() == state_->channelCount, "one pointer per channel is needed");
   precondition(!state_->isFlushed, "a flushed loudness meter takes no more audio");
-  state_->truePeak.process(channelData, frameCount);
+  state_->truePeak.process(audio);
 }
 
 void LoudnessProcessor::flushPartialBlock() {

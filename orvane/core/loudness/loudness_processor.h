@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "orvane/platform/export.h"
+#include "orvane/platform/planar_view.h"
 
 namespace orvane::core {
 
@@ -46,9 +47,15 @@ class ORVANE_API LoudnessProcessor {
   /// Whether `history()` is kept.
   bool isRecording = false;
 
-  /// `channelData`: each channel's first sample of the piece.
-  void process(std::span<const float* const> channelData, std::size_t frameCount);
-  void updateTruePeak(std::span<const float* const> channelData, std::size_t frameCount);
+  /// The next piece; `channelData`: each channel's first sample of it.
+  void process(PlanarView audio);
+  void process(std::span<const float* const> channelData, std::size_t frameCount) {
+    process({channelData, frameCount});
+  }
+  void updateTruePeak(PlanarView audio);
+  void updateTruePeak(std::span<const float* const> channelData, std::size_t frameCount) {
+    updateTruePeak({channelData, frameCount});
+  }
 
   /// Ends the programme: measures the trailing partial step and the true-peak filter's tail.
   void flushPartialBlock();

@@ -23,10 +23,10 @@ Factor factorFor(double sampleRate) {
 TruePeakMeter::TruePeakMeter(double sampleRate, std::size_t channelCount)
     : factor_(factorFor(sampleRate)), histories_(channelCount, History{}), peaks_(channelCount) {}
 
-void TruePeakMeter::process(std::span<const float* const> channelData, std::size_t frameCount) {
+void TruePeakMeter::process(PlanarView audio) {
   const ScopedDenormalFlush flush;
   for (std::size_t channel = 0; channel < peaks_.size(); ++channel)
-    processChannel(channel, channelData[channel], frameCount);
+    processChannel(channel, audio.channel(channel), audio.frameCount());
 }
 
 void TruePeakMeter::processChannel(std::size_t channel, const float* samples,
@@ -55,7 +55,7 @@ void TruePeakMeter::resetPeaks() noexcept {
 void TruePeakMeter::flush() {
   constexpr History kSilence{};
   const std::vector<const float*> channels(peaks_.size(), kSilence.data());
-  process(channels, kPeakHistory);
+  process({channels, kPeakHistory});
 }
 
 }  // namespace orvane::core

@@ -7,6 +7,7 @@
 
 #include "orvane/core/peak/polyphase_upsampler.h"
 #include "orvane/platform/export.h"
+#include "orvane/platform/planar_view.h"
 
 namespace orvane::core {
 
@@ -18,7 +19,7 @@ class ORVANE_API TruePeakMeter {
   TruePeakMeter(double sampleRate, std::size_t channelCount);
 
   /// Next piece; pieces of any size give the same peaks.
-  void process(std::span<const float* const> channelData, std::size_t frameCount);
+  void process(PlanarView audio);
   /// Lets the filter run out over silence.
   void flush();
 

@@ -1,7 +1,8 @@
 #pragma once
 
 #include <cstdint>
-#include <span>
+
+#include "orvane/platform/planar_view.h"
 
 namespace orvane {
 
@@ -9,10 +10,10 @@ namespace orvane {
 /// piece through a small buffer. Equal results on every instruction set and for every cutting into
 /// pieces.
 struct MonoResampler {
-  std::span<const float* const> channels{};  ///< at least one
-  std::int64_t frameCount = 0;               ///< of the source; at least 1
-  double ratio = 1;                          ///< source rate ÷ output rate, above 0
-  std::int64_t firstFrame = 0;               ///< of the source: what the channels begin with
+  PlanarView audio{};           ///< of at least one channel
+  std::int64_t frameCount = 0;  ///< of the source; at least 1
+  double ratio = 1;             ///< source rate ÷ output rate, above 0
+  std::int64_t firstFrame = 0;  ///< of the source: what the audio begins with
 
   /// Output samples `start` … `end` − 1, to `output`. With the mixed samples s, sample i is
   /// s[i0] + (s[i0 + 1] − s[i0]) × (ratio × i − i0), i0 = ⌊ratio × i⌋, indices clamped to the last

@@ -41,12 +41,12 @@ HWY_INLINE void addScaled(const float* HWY_RESTRICT samples, std::size_t count, 
   for (; i < count; ++i) output[i] = kAdds ? output[i] + samples[i] * scale : samples[i] * scale;
 }
 
-void mix(const float* const* channels, std::size_t channelCount, std::int64_t offset,
-         std::size_t count, float* HWY_RESTRICT output) {
-  const float scale = 1.0F / static_cast<float>(channelCount);
-  addScaled<false>(channels[0] + offset, count, scale, output);
-  for (std::size_t c = 1; c < channelCount; ++c)
-    addScaled<true>(channels[c] + offset, count, scale, output);
+void mix(const PlanarView& audio, std::int64_t offset, std::size_t count,
+         float* HWY_RESTRICT output) {
+  const float scale = 1.0F / static_cast<float>(audio.channelCount());
+  addScaled<false>(audio.channel(0) + offset, count, scale, output);
+  for (std::size_t c = 1; c < audio.channelCount(); ++c)
+    addScaled<true>(audio.channel(c) + offset, count, scale, output);
 }
 
 /// Between a and b.
@@ -110,8 +110,7 @@ void MonoResampler::run(std::int64_t start, std::int64_t end, float* output) con
   using namespace mono_resampler;
   if (ratio == 1) {
     HWY_DYNAMIC_DISPATCH(mix)
-    (channels.data(), channels.size(), start - firstFrame, static_cast<std::size_t>(end - start),
-     output);
+    (audio, start - firstFrame, static_cast<std::size_t>(end - start), output);
     return;
   }
   const std::int64_t lastFrame = frameCount - 1;
@@ -129,7 +128,7 @@ void MonoResampler::run(std::int64_t start, std::int64_t end, float* output) con
     const std::int64_t first = frameAt(i);
     const std::int64_t count = std::min(lastFrame, frameAt(pieceEnd - 1) + 1) - first + 1;
     HWY_DYNAMIC_DISPATCH(mix)
-    (channels.data(), channels.size(), first - firstFrame, static_cast<std::size_t>(count), mixed);
+    (audio, first - firstFrame, static_cast<std::size_t>(count), mixed);
     mixed[count] = mixed[count - 1];  // the frame after the source's last one is that one
     const Piece piece{mixed, first, static_cast<double>(lastFrame)};
     float* const pieceOutput = output + (i - start);

@@ -20,13 +20,13 @@ constexpr std::size_t kMaximumThreads = 4;
 class Pass {
  public:
   Pass(const PackedWeights& weights, std::span<const float> samples, std::span<float> probabilities,
-       std::size_t threadCount, ProgressObserver* observer)
+       const Execution& execution)
       : weights_(weights),
         samples_(samples),
         probabilities_(probabilities),
-        observer_(observer),
+        observer_(execution.observer),
         tileCount_((probabilities.size() + kTileSteps - 1) / kTileSteps) {
-    const std::size_t threads = std::clamp<std::size_t>(threadCount, 1, kMaximumThreads);
+    const std::size_t threads = std::clamp<std::size_t>(execution.threadCount, 1, kMaximumThreads);
     threadCount_ = std::min(threads, std::max<std::size_t>(tileCount_, 1));
     scratch_ = std::vector<TileScratch>(threadCount_);
     slots_ = std::vector<Slot>(threadCount_ == 1 ? 1 : 2 * threadCount_);
@@ -115,10 +115,10 @@ SileroNetwork::SileroNetwork(SileroNetwork&&) noexcept = default;
 SileroNetwork& SileroNetwork::operator=(SileroNetwork&&) noexcept = default;
 
 std::vector<float> SileroNetwork::stepProbabilities(std::span<const float> samples,
-                                                    std::size_t stepCount, std::size_t threadCount,
-                                                    ProgressObserver* observer) const {
+                                                    std::size_t stepCount,
+                                                    const Execution& execution) const {
   std::vector<float> probabilities(stepCount);
-  Pass(*weights_, samples, probabilities, threadCount, observer).run();
+  Pass(*weights_, samples, probabilities, execution).run();
   return probabilities;
 }
 

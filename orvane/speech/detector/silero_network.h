@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "orvane/platform/export.h"
-#include "orvane/platform/progress.h"
+#include "orvane/platform/execution.h"
 #include "orvane/speech/detector/onnx_weights.h"
 
 namespace orvane {
@@ -30,12 +30,10 @@ class ORVANE_TESTING_API SileroNetwork {
 
   /// Speech probabilities of `stepCount` consecutive steps, from a cleared state. Steps beyond the
   /// end of `samples` see its last sample repeated. Samples that are not finite, or larger than
-  /// 10⁹, count as 0. The result does not depend on `threadCount`; more threads than four do not
-  /// help. The observer (may be null) is told of the stage "Detecting speech"; throws `Cancelled`
-  /// when it asks for it.
+  /// 10⁹, count as 0. The result does not depend on the number of threads; more than four do not
+  /// help. The stage is "Detecting speech"; throws `Cancelled` when the observer asks for it.
   std::vector<float> stepProbabilities(std::span<const float> samples, std::size_t stepCount,
-                                       std::size_t threadCount = 1,
-                                       ProgressObserver* observer = nullptr) const;
+                                       const Execution& execution = {}) const;
 
  private:
   std::unique_ptr<const silero::PackedWeights> weights_;

@@ -47,6 +47,20 @@ std::vector<float> resample(const MonoResampler& resampler, std::int64_t outputC
   return output;
 }
 
+std::optional<SileroVADAnalyser::Input> inputOf(PlanarView audio, double sampleRate,
+                                                std::size_t threadCount) {
+  if (audio.channelCount() == 0 || audio.frameCount() == 0 || !(sampleRate > 0))
+    return std::nullopt;
+  const double ratio = sampleRate / kModelRate;
+  const auto frameCount = static_cast<std::int64_t>(audio.frameCount());
+  const std::int64_t outputCount = toCount(static_cast<double>(frameCount) / ratio);
+  if (outputCount < 1) return std::nullopt;
+  return SileroVADAnalyser::Input{
+      .samples16k = resample({audio, frameCount, ratio}, outputCount, threadCount),
+      .sourceFrameCount = frameCount,
+      .sourceSampleRate = sampleRate};
+}
+
 }  // namespace
 
 SileroVADAnalyser& SileroVADAnalyser::shared() {
@@ -60,20 +74,14 @@ SileroVADAnalyser::~SileroVADAnalyser() = default;
 
 std::optional<SileroVADAnalyser::Input> SileroVADAnalyser::prepareInput(const PCMBuffer& buffer,
                                                                         std::size_t threadCount) {
-  return prepareInput(buffer.constChannels(), buffer.frameLength(), buffer.sampleRate(),
-                      threadCount);
+  return inputOf(buffer.view(), buffer.sampleRate(), threadCount);
 }
 
 std::optional<SileroVADAnalyser::Input> SileroVADAnalyser::prepareInput(
     std::span<const float* const> channels, std::int64_t frameCount, double sampleRate,
     std::size_t threadCount) {
-  if (channels.empty() || frameCount < 1 || !(sampleRate > 0)) return std::nullopt;
-  const double ratio = sampleRate / kModelRate;
-  const std::int64_t outputCount = toCount(static_cast<double>(frameCount) / ratio);
-  if (outputCount < 1) return std::nullopt;
-  return Input{.samples16k = resample({channels, frameCount, ratio}, outputCount, threadCount),
-               .sourceFrameCount = frameCount,
-               .sourceSampleRate = sampleRate};
+  if (frameCount < 1) return std::nullopt;
+  return inputOf({channels, static_cast<std::size_t>(frameCount)}, sampleRate, threadCount);
 }
 
 std::vector<float> SileroVADAnalyser::linInterp(std::span<const float> samples, double fromRate,
@@ -84,7 +92,7 @@ std::vector<float> SileroVADAnalyser::linInterp(std::span<const float> samples, 
   const std::int64_t outputCount = toCount(static_cast<double>(count) / ratio);
   if (outputCount < 1) return {};
   const float* const channel = samples.data();
-  return resample({{&channel, 1}, count, ratio}, outputCount, 1);
+  return resample({{{&channel, 1}, samples.size()}, count, ratio}, outputCount, 1);
 }
 
 std::optional<std::vector<bool>> SileroVADAnalyser::classify(const Input& input,
@@ -131,8 +139,7 @@ std::optional<std::vector<bool>> SileroVADAnalyser::classify16k(std::span<const 
     auto segmentation = VadSegmentationConfig::defaults();
     segmentation.minSpeechDuration = tuning.minSpeechDuration;
     segmentation.minSilenceDuration = tuning.minSilenceDuration;
-    segments = manager_->segmentSpeech(samples16k, segmentation, execution.threadCount,
-                                       execution.observer);
+    segments = manager_->segmentSpeech(samples16k, segmentation, execution);
   } catch (const Cancelled&) {
     throw;
   } catch (const std::exception&) {

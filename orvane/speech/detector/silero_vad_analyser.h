@@ -9,9 +9,9 @@
 #include <span>
 #include <vector>
 
+#include "orvane/platform/execution.h"
 #include "orvane/platform/export.h"
 #include "orvane/platform/pcm_buffer.h"
-#include "orvane/platform/progress.h"
 #include "orvane/speech/detector/silero_vad_tuning.h"
 #include "orvane/speech/detector/vad_manager.h"
 
@@ -29,12 +29,6 @@ class ORVANE_API SileroVADAnalyser {
     double sourceSampleRate = 0;        ///< Hz, before resampling
 
     bool operator==(const Input&) const = default;
-  };
-
-  /// How a detection runs, beside what it finds.
-  struct Execution {
-    std::size_t threadCount = 1;           ///< threads of this call, the caller's included
-    ProgressObserver* observer = nullptr;  ///< told of "Detecting speech"; may cancel; not owned
   };
 
   using ManagerMaker = std::function<std::unique_ptr<VadManager>(const VadManager::Config&)>;
@@ -59,7 +53,7 @@ class ORVANE_API SileroVADAnalyser {
                                            std::size_t threadCount = 1);
 
   /// One flag per 100 ms of the source, at least one. Absent when no model can be loaded or there
-  /// are no samples. Only cancelling throws (`Cancelled`).
+  /// are no samples. The stage is "Detecting speech"; only cancelling throws (`Cancelled`).
   std::optional<std::vector<bool>> classify(const Input& input, const SileroVADTuning& tuning);
   std::optional<std::vector<bool>> classify(const Input& input, const SileroVADTuning& tuning,
                                             const Execution& execution);

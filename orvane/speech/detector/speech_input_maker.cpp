@@ -39,29 +39,29 @@ std::int64_t SpeechInputMaker::outputsWithin(std::int64_t frames) const {
   return output;
 }
 
-void SpeechInputMaker::run(std::span<const float* const> channels, std::int64_t firstFrame,
-                           std::int64_t endFrame, std::int64_t endOutput) {
+void SpeechInputMaker::run(PlanarView audio, std::int64_t firstFrame, std::int64_t endOutput) {
   const auto start = static_cast<std::int64_t>(output_.size());
   if (endOutput <= start) return;
   output_.resize(static_cast<std::size_t>(endOutput));
-  MonoResampler{channels, endFrame, ratio_, firstFrame}.run(start, endOutput,
-                                                            output_.data() + start);
+  const std::int64_t endFrame = firstFrame + static_cast<std::int64_t>(audio.frameCount());
+  MonoResampler{audio, endFrame, ratio_, firstFrame}.run(start, endOutput, output_.data() + start);
 }
 
-void SpeechInputMaker::process(std::span<const float* const> channels, std::size_t frameCount) {
-  if (frameCount == 0) return;
+void SpeechInputMaker::process(PlanarView audio) {
+  if (audio.frameCount() == 0) return;
+  const std::size_t channelCount = audio.channelCount();
   if (frames_ > 0) {
     // What lies between the piece before and this one.
     std::vector<float> seam;
     std::vector<const float*> seamChannels;
-    for (std::size_t c = 0; c < channels.size(); ++c)
-      seam.insert(seam.end(), {lastFrame_[c], channels[c][0]});
-    for (std::size_t c = 0; c < channels.size(); ++c) seamChannels.push_back(&seam[2 * c]);
-    run(seamChannels, frames_ - 1, frames_ + 1, outputsWithin(frames_ + 1));
+    for (std::size_t c = 0; c < channelCount; ++c)
+      seam.insert(seam.end(), {lastFrame_[c], *audio.channel(c)});
+    for (std::size_t c = 0; c < channelCount; ++c) seamChannels.push_back(&seam[2 * c]);
+    run({seamChannels, 2}, frames_ - 1, outputsWithin(frames_ + 1));
   }
-  const std::int64_t end = frames_ + static_cast<std::int64_t>(frameCount);
-  run(channels, frames_, end, outputsWithin(end));
-  for (std::size_t c = 0; c < channels.size(); ++c) lastFrame_[c] = channels[c][frameCount - 1];
+  const std::int64_t end = frames_ + static_cast<std::int64_t>(audio.frameCount());
+  run(audio, frames_, outputsWithin(end));
+  for (std::size_t c = 0; c < channelCount; ++c) lastFrame_[c] = audio.samples(c).back();
   frames_ = end;
 }
 
@@ -70,7 +70,7 @@ std::optional<SileroVADAnalyser::Input> SpeechInputMaker::finish() {
   if (count < 1) return std::nullopt;
   std::vector<const float*> lastFrame;
   for (const float& sample : lastFrame_) lastFrame.push_back(&sample);
-  run(lastFrame, frames_ - 1, frames_, count);  // nothing comes behind the last frame
+  run({lastFrame, 1}, frames_ - 1, count);  // nothing comes behind the last frame
   output_.resize(static_cast<std::size_t>(count));
   return SileroVADAnalyser::Input{.samples16k = std::move(output_),
                                   .sourceFrameCount = frames_,
@@ -84,7 +84,7 @@ std::optional<SileroVADAnalyser::Input> speechInputOf(AudioSource& source) {
   const auto piece = source.makeBuffer(kPieceFrames);
   do {
     source.read(*piece);
-    maker.process(piece->constChannels(), piece->frameLength());
+    maker.process(piece->view());
   } while (piece->frameLength() == piece->frameCapacity());
   return maker.finish();
 }

@@ -3,10 +3,10 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
-#include <span>
 #include <vector>
 
 #include "orvane/platform/export.h"
+#include "orvane/platform/planar_view.h"
 #include "orvane/speech/detector/silero_vad_analyser.h"
 
 namespace orvane {
@@ -21,8 +21,8 @@ class ORVANE_API SpeechInputMaker {
   /// least one channel.
   SpeechInputMaker(double sampleRate, std::size_t channelCount, std::int64_t expectedFrames);
 
-  /// The next frames: each channel's first sample.
-  void process(std::span<const float* const> channels, std::size_t frameCount);
+  /// The next frames.
+  void process(PlanarView audio);
 
   /// Ends the audio. Absent when not even one sample at 16 kHz results.
   std::optional<SileroVADAnalyser::Input> finish();
@@ -30,8 +30,7 @@ class ORVANE_API SpeechInputMaker {
  private:
   /// The first output sample that needs more than the source's first `frames` frames.
   std::int64_t outputsWithin(std::int64_t frames) const;
-  void run(std::span<const float* const> channels, std::int64_t firstFrame, std::int64_t endFrame,
-           std::int64_t endOutput);
+  void run(PlanarView audio, std::int64_t firstFrame, std::int64_t endOutput);
 
   double sampleRate_;
   double ratio_;

@@ -28,20 +28,18 @@ std::optional<std::string> VadManager::installedModelVersion() {
 }
 
 std::vector<float> VadManager::frameProbabilities(std::span<const float> samples16k,
-                                                  std::size_t threadCount,
-                                                  ProgressObserver* observer) const {
+                                                  const Execution& execution) const {
   constexpr std::size_t kFrame = VadSegmentation::kFrameSamples;
   const std::size_t frames = (samples16k.size() + kFrame - 1) / kFrame;
-  return VadSegmentation::frameProbabilities(network_->stepProbabilities(
-      samples16k, frames * VadSegmentation::kStepsPerFrame, threadCount, observer));
+  return VadSegmentation::frameProbabilities(
+      network_->stepProbabilities(samples16k, frames * VadSegmentation::kStepsPerFrame, execution));
 }
 
 std::vector<VadSegment> VadManager::segmentSpeech(std::span<const float> samples16k,
                                                   const VadSegmentationConfig& segmentation,
-                                                  std::size_t threadCount,
-                                                  ProgressObserver* observer) const {
-  return VadSegmentation::segments(frameProbabilities(samples16k, threadCount, observer),
-                                   samples16k.size(), config_.defaultThreshold, segmentation);
+                                                  const Execution& execution) const {
+  return VadSegmentation::segments(frameProbabilities(samples16k, execution), samples16k.size(),
+                                   config_.defaultThreshold, segmentation);
 }
 
 }  // namespace orvane

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "orvane/platform/export.h"
-#include "orvane/platform/progress.h"
+#include "orvane/platform/execution.h"
 #include "orvane/speech/detector/speech_model_error.h"
 #include "orvane/speech/detector/vad_segmentation.h"
 
@@ -50,14 +50,12 @@ class ORVANE_API VadManager {
   /// sample. Any number of threads may call at once. Throws `Cancelled` when the observer asks for
   /// it.
   std::vector<float> frameProbabilities(std::span<const float> samples16k,
-                                        std::size_t threadCount = 1,
-                                        ProgressObserver* observer = nullptr) const;
+                                        const Execution& execution = {}) const;
 
   /// Stretches of speech, in order and without overlap.
   std::vector<VadSegment> segmentSpeech(std::span<const float> samples16k,
                                         const VadSegmentationConfig& segmentation,
-                                        std::size_t threadCount = 1,
-                                        ProgressObserver* observer = nullptr) const;
+                                        const Execution& execution = {}) const;
 
  private:
   Config config_;

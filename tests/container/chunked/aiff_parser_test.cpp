@@ -51,16 +51,16 @@ TEST_F(AiffParser, SkipsTheSoundOffset) {
   const PCMStream stream = parse(formFile("FORM", "AIFF",
                                           {{.id = "COMM", .body = commonBody(2, 3, 16, 48000)},
                                            {.id = "SSND", .body = soundBody(Bytes(12), 6)}}));
-  EXPECT_EQ(stream.frameCount, 3U);
+  EXPECT_EQ(stream.frameCount, 3);
   EXPECT_EQ(stream.dataOffset, 12U + 8 + 18 + 8 + 8 + 6);
 }
 
 TEST_F(AiffParser, ClampsTheFrameCountToWhatIsThere) {
-  EXPECT_EQ(parseFrames(3, 40).frameCount, 3U);
+  EXPECT_EQ(parseFrames(3, 40).frameCount, 3);
   EXPECT_TRUE(parseFrames(3, 40).description.warnings.empty());
-  EXPECT_EQ(parseFrames(0, 40).frameCount, 10U);  // not known when the header was written
+  EXPECT_EQ(parseFrames(0, 40).frameCount, 10);  // not known when the header was written
   const PCMStream shortened = parseFrames(100, 40);
-  EXPECT_EQ(shortened.frameCount, 10U);
+  EXPECT_EQ(shortened.frameCount, 10);
   ASSERT_EQ(shortened.description.warnings.size(), 1U);
   EXPECT_EQ(shortened.description.warnings[0].code, AudioFileWarning::Code::truncatedAudio);
 }

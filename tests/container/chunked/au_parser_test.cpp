@@ -60,13 +60,13 @@ TEST_F(AuParser, NamesTheCodecOfCompressedFiles) {
 
 TEST_F(AuParser, TakesUnknownSizesToTheEnd) {
   const PCMStream unknown = parse(auFile(3, 48000, 1, Bytes(16), std::endian::big, UINT32_MAX));
-  EXPECT_EQ(unknown.frameCount, 8U);
+  EXPECT_EQ(unknown.frameCount, 8);
   EXPECT_TRUE(unknown.description.warnings.empty());
   const PCMStream zero = parse(auFile(3, 48000, 1, Bytes(16), std::endian::big, 0));
-  EXPECT_EQ(zero.frameCount, 8U);
+  EXPECT_EQ(zero.frameCount, 8);
   EXPECT_EQ(zero.description.warnings.size(), 1U);
   const PCMStream beyond = parse(auFile(3, 48000, 1, Bytes(16), std::endian::big, 99));
-  EXPECT_EQ(beyond.frameCount, 8U);
+  EXPECT_EQ(beyond.frameCount, 8);
   ASSERT_EQ(beyond.description.warnings.size(), 1U);
   EXPECT_EQ(beyond.description.warnings[0].code, AudioFileWarning::Code::truncatedAudio);
 }
@@ -75,9 +75,9 @@ TEST_F(AuParser, SkipsTheAnnotation) {
   Bytes bytes = auFile(3, 48000, 1, Bytes(16));
   bytes[7] = std::byte{32};
   EXPECT_EQ(parse(bytes).dataOffset, 32U);
-  EXPECT_EQ(parse(bytes).frameCount, 4U);
+  EXPECT_EQ(parse(bytes).frameCount, 4);
   bytes[4] = std::byte{0xFF};  // far beyond the file
-  EXPECT_EQ(parse(bytes).frameCount, 0U);
+  EXPECT_EQ(parse(bytes).frameCount, 0);
   bytes[4] = bytes[7] = std::byte{0};  // inside the header
   EXPECT_EQ(parse(bytes).dataOffset, 24U);
 }

@@ -41,7 +41,7 @@ TEST_F(CafParser, TakesLittleEndianFromItsFlag) {
     const bool isBigByFlag =
         (stream.description.dataFormat.formatFlags & kFormatFlagIsBigEndian) != 0;
     EXPECT_EQ(isBigByFlag, order == std::endian::big);
-    EXPECT_EQ(stream.frameCount, 3U);
+    EXPECT_EQ(stream.frameCount, 3);
     EXPECT_EQ(stream.description.dataFormat.sampleRate, 96000);
     EXPECT_EQ(stream.dataOffset, 8U + 12 + 32 + 12 + 4);
   }
@@ -69,7 +69,7 @@ TEST_F(CafParser, DoesNotPadOddChunks) {
                      {.id = "free", .body = Bytes(5)},
                      {.id = "data", .body = cafDataBody(Bytes(3))},
                      {.id = "info", .body = Bytes(2)}}));
-  EXPECT_EQ(stream.frameCount, 3U);
+  EXPECT_EQ(stream.frameCount, 3);
   EXPECT_EQ(stream.sample.kind, SampleEncoding::Kind::signedInteger);
   EXPECT_EQ(stream.chunks.size(), 4U);
 }
@@ -78,7 +78,7 @@ TEST_F(CafParser, TakesASizeOfMinusOneToTheEndWithoutComplaint) {
   const PCMStream stream =
       parse(cafFile({{.id = "desc", .body = cafDescriptionBody(48000, 1, {})},
                      {.id = "data", .body = cafDataBody(Bytes(10)), .statedSize = UINT64_MAX}}));
-  EXPECT_EQ(stream.frameCount, 5U);
+  EXPECT_EQ(stream.frameCount, 5);
   EXPECT_TRUE(stream.description.warnings.empty());
 }
 
@@ -88,7 +88,7 @@ TEST_F(CafParser, LeftJustifiesSamplesInWiderContainers) {
                      {.id = "data", .body = cafDataBody(Bytes(16))}}));
   EXPECT_EQ(stream.sample.bytes, 4U);
   EXPECT_EQ(stream.description.dataFormat.bitsPerChannel, 24U);
-  EXPECT_EQ(stream.frameCount, 2U);
+  EXPECT_EQ(stream.frameCount, 2);
 }
 
 TEST_F(CafParser, LeavesChannelsBeyondTwoOpenWithoutALayout) {

@@ -47,7 +47,7 @@ TEST_F(RiffParser, DescribesPlainPCM) {
                                .channelsPerFrame = 2,
                                .bitsPerChannel = 24}));
   EXPECT_EQ(stream.dataOffset, 44U);
-  EXPECT_EQ(stream.frameCount, 8U);
+  EXPECT_EQ(stream.frameCount, 8);
   EXPECT_EQ(stream.chunks.size(), 2U);
   EXPECT_TRUE(stream.description.warnings.empty());
 }
@@ -99,7 +99,7 @@ TEST_F(RiffParser, ReadsABigEndianFile) {
   EXPECT_EQ(stream.description.fileTypeID, fourCCFrom("WAVE"));
   EXPECT_TRUE(stream.sample.isBigEndian);
   EXPECT_EQ(stream.description.dataFormat.sampleRate, 48000);
-  EXPECT_EQ(stream.frameCount, 2U);
+  EXPECT_EQ(stream.frameCount, 2);
 }
 
 TEST_F(RiffParser, TakesLongSizesFromTheirChunk) {
@@ -111,7 +111,7 @@ TEST_F(RiffParser, TakesLongSizesFromTheirChunk) {
                         {.id = "data", .body = Bytes(8), .statedSize = 0xFFFFFFFF},
                         {.id = "LIST", .body = Bytes(4)}}));
     EXPECT_EQ(stream.description.fileTypeID, fourCCFrom(form));
-    EXPECT_EQ(stream.frameCount, 2U);
+    EXPECT_EQ(stream.frameCount, 2);
     EXPECT_EQ(stream.chunks.size(), 4U);
     EXPECT_TRUE(stream.description.warnings.empty());
   }
@@ -128,7 +128,7 @@ TEST_F(RiffParser, ReadsTheTableOfLongSizes) {
                       {.id = "big ", .body = Bytes(6), .statedSize = 0xFFFFFFFF},
                       {.id = "fmt ", .body = waveFormatBody({})},
                       {.id = "data", .body = Bytes(8), .statedSize = 0xFFFFFFFF}}));
-  EXPECT_EQ(stream.frameCount, 2U);
+  EXPECT_EQ(stream.frameCount, 2);
 }
 
 TEST_F(RiffParser, TakesCommonLayoutsWhereAFileHasNone) {

@@ -28,7 +28,7 @@ TEST_F(Wave64Parser, ReadsFormatAndPlaceOfTheAudio) {
                         {.id = "data", .body = Bytes(9)},
                         {.id = "levl", .body = Bytes(5)}}));
   EXPECT_EQ(stream.description.fileTypeID, fourCCFrom("W64f"));
-  EXPECT_EQ(stream.frameCount, 3U);
+  EXPECT_EQ(stream.frameCount, 3);
   EXPECT_EQ(stream.description.dataFormat.bitsPerChannel, 24U);
   ASSERT_EQ(stream.chunks.size(), 4U);
   // Each chunk begins on a boundary of eight bytes.
@@ -41,7 +41,7 @@ TEST_F(Wave64Parser, TakesOpenSizesToTheEnd) {
     const PCMStream stream =
         parse(test::wave64File({{.id = "fmt ", .body = test::waveFormatBody({})},
                                 {.id = "data", .body = Bytes(16), .statedSize = size}}));
-    EXPECT_EQ(stream.frameCount, 4U);
+    EXPECT_EQ(stream.frameCount, 4);
     ASSERT_EQ(stream.description.warnings.size(), 1U);
     EXPECT_EQ(stream.description.warnings[0].code, AudioFileWarning::Code::openDataSize);
   }
@@ -50,7 +50,7 @@ TEST_F(Wave64Parser, TakesOpenSizesToTheEnd) {
 TEST_F(Wave64Parser, CountsTheHeaderInTheSize) {
   const PCMStream stream = parse(test::wave64File(
       {{.id = "fmt ", .body = test::waveFormatBody({})}, {.id = "data", .statedSize = 24}}));
-  EXPECT_EQ(stream.frameCount, 0U);
+  EXPECT_EQ(stream.frameCount, 0);
   EXPECT_TRUE(stream.description.warnings.empty());
 }
 

@@ -159,7 +159,8 @@ TEST_F(FFmpegGap, IsLeftWhenTheObserverAsksForIt) {
   const auto file = write(audio + std::string(12 * kMiB, '\0') + audio);
   for (const int questions : {0, 1, 5, 50}) {
     Impatience opening(questions);
-    EXPECT_THROW(AudioFile::open(file, {.observer = &opening})->frameLength(), Cancelled);
+    EXPECT_THROW(AudioFile::open(file, {.execution = {.observer = &opening}})->frameLength(),
+                 Cancelled);
   }
   Impatience describing(1);
   EXPECT_THROW(AudioFile::describe(file, &describing), Cancelled);

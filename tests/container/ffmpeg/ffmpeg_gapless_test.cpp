@@ -146,7 +146,7 @@ TEST_F(FFmpegGapless, ReadsTheSameOnSeveralThreads) {
   for (const char* name : {"a.flac", "a.mp3", "a.m4a", "a.opus"}) {
     const auto file = test::encodeNoise(folder_, name);
     AudioFileOpenOptions options;
-    options.threadCount = 4;
+    options.execution.threadCount = 4;
     EXPECT_EQ(test::readWholeFile(file, options).samples, test::readWholeFile(file).samples)
         << name;
   }

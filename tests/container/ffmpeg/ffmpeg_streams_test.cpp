@@ -150,7 +150,7 @@ TEST_F(FFmpegStreams, ReadingIsWatchedToItsEnd) {
   const auto file = test::encodeNoise(folder_, "a.mp3", {}, 6);
   Recorder recorder;
   AudioFileOpenOptions options;
-  options.observer = &recorder;
+  options.execution.observer = &recorder;
   test::readWholeFile(file, options);
   EXPECT_GT(recorder.calls(), 3);
   EXPECT_EQ(recorder.last(), 1.0);
@@ -160,7 +160,7 @@ TEST_F(FFmpegStreams, ReadingStopsWhenItIsCancelled) {
   const auto file = test::encodeNoise(folder_, "a.mp3", {}, 6);
   Recorder recorder(2);
   AudioFileOpenOptions options;
-  options.observer = &recorder;
+  options.execution.observer = &recorder;
   EXPECT_THROW(test::readWholeFile(file, options), Cancelled);
   EXPECT_EQ(recorder.calls(), 2);
 }

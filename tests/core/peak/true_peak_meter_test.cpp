@@ -53,7 +53,7 @@ TEST(TruePeakMeter, FollowsTheFilterBehindTheLastSample) {
   for (std::size_t n = 0; n < samples.size(); ++n) samples[n] = n % 2 == 0 ? 0.5F : -0.5F;
   samples.back() = samples[samples.size() - 2];
   TruePeakMeter meter(48000, 1);
-  meter.process(std::vector<const float*>{samples.data()}, samples.size());
+  meter.process({std::vector<const float*>{samples.data()}, samples.size()});
   const float before = meter.peaks()[0];
   meter.flush();
   EXPECT_GT(meter.peaks()[0], before);
@@ -67,7 +67,7 @@ TEST(TruePeakMeter, ReadsNoSampleBeforeAPiece) {
   const auto* start = reinterpret_cast<const float*>(memory.all().data());
   TruePeakMeter meter(48000, 1);
   for (std::size_t frames = 0; frames < 50; ++frames)
-    meter.process(std::vector<const float*>{start}, frames);
+    meter.process({std::vector<const float*>{start}, frames});
   EXPECT_EQ(meter.peaks()[0], 0.0F);
 }
 

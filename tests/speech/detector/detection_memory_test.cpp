@@ -67,7 +67,7 @@ TEST(DetectionMemory, AnHourTakesLessThan16MiBBesideItsSamples) {
     samples[i] = static_cast<float>(i % 2741) / 5000 - 0.25F;
   MemoryPeak peak;
   VadManager manager({}, test::currentModel());
-  manager.segmentSpeech(samples, VadSegmentationConfig::defaults(), 2, nullptr);
+  manager.segmentSpeech(samples, VadSegmentationConfig::defaults(), {.threadCount = 2});
   EXPECT_LT(peak.growth(), 16 * kMiB);
 }
 #endif

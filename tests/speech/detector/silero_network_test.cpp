@@ -21,7 +21,7 @@ constexpr double kTolerance = 1e-5;
 
 std::vector<float> run(const SileroNetwork& network, const std::vector<float>& samples,
                        std::size_t threadCount = 1) {
-  return network.stepProbabilities(samples, samples.size() / 512, threadCount);
+  return network.stepProbabilities(samples, samples.size() / 512, {threadCount});
 }
 
 double worstDifference(const std::vector<float>& values, const std::vector<double>& expected) {
@@ -173,7 +173,7 @@ TEST_F(SileroNetworkTest, StaysFiniteOnTheLoudestSamples) {
 
 TEST_F(SileroNetworkTest, GivesNothingForNoSteps) {
   const SileroNetwork network(test::randomWeights(1));
-  EXPECT_TRUE(network.stepProbabilities({}, 0, 2).empty());
+  EXPECT_TRUE(network.stepProbabilities({}, 0, {2}).empty());
   EXPECT_EQ(network.stepProbabilities({}, 3).size(), 3U);
 }
 
@@ -197,11 +197,11 @@ TEST_F(SileroNetworkTest, ReportsItsProgressAndStopsWhenAsked) {
   const std::vector<float> samples(512 * 2000);
   for (const std::size_t threads : {1U, 2U, 4U}) {
     Canceller patient;
-    network.stepProbabilities(samples, 2000, threads, &patient);
+    network.stepProbabilities(samples, 2000, {threads, &patient});
     EXPECT_EQ(patient.last(), 1);
     Canceller hasty;
     hasty.cancelAfter = 0.3;
-    EXPECT_THROW(network.stepProbabilities(samples, 2000, threads, &hasty), Cancelled);
+    EXPECT_THROW(network.stepProbabilities(samples, 2000, {threads, &hasty}), Cancelled);
     EXPECT_LT(hasty.last(), 0.4);
   }
 }

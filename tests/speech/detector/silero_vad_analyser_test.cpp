@@ -235,7 +235,7 @@ TEST(SileroVADAnalyser, ServesManyThreadsFromOneModel) {
   std::vector<std::jthread> threads;
   for (std::size_t i = 0; i < 8; ++i)
     threads.emplace_back([&, i] {
-      const Analyser::Execution execution{.threadCount = i % 3 + 1};
+      const Execution execution{.threadCount = i % 3 + 1};
       EXPECT_EQ(analyser.classify(audio, 16000, SileroVADTuning::defaults(), execution), expected);
     });
   threads.clear();
@@ -252,7 +252,7 @@ TEST(SileroVADAnalyser, PassesCancellingOnAndWorksAfterwards) {
   Analyser analyser(makeCurrent);
   const auto audio = test::syntheticProgramme();
   Refuser refuser;
-  const Analyser::Execution execution{.threadCount = 2, .observer = &refuser};
+  const Execution execution{.threadCount = 2, .observer = &refuser};
   EXPECT_THROW(analyser.classify(audio, 16000, SileroVADTuning::defaults(), execution), Cancelled);
   EXPECT_TRUE(analyser.classify(audio, 16000, SileroVADTuning::defaults()));
 }

@@ -39,7 +39,7 @@ Input inPieces(const Audio& audio, std::size_t longest) {
   SpeechInputMaker maker(audio.rate, audio.samples.size(), 0);
   for (std::size_t frame = 0; frame < audio.frames();) {
     const std::size_t count = std::min(audio.frames() - frame, 1 + random() % longest);
-    maker.process(audio.from(frame), count);
+    maker.process({audio.from(frame), count});
     frame += count;
   }
   return maker.finish();

@@ -1,0 +1,15 @@
+#pragma once
+
+#include <cstddef>
+
+#include "orvane/platform/progress.h"
+
+namespace orvane {
+
+/// How a long operation is done, beside what it does: its result does not depend on it.
+struct Execution {
+  std::size_t threadCount = 1;           ///< threads of this call, the caller's included
+  ProgressObserver* observer = nullptr;  ///< told of the stages; may cancel; not owned
+};
+
+}  // namespace orvane
