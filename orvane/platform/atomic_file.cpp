@@ -6,16 +6,17 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdio>
 #include <string>
 #include <utility>
 
 #include "orvane/platform/error.h"
 #include "orvane/platform/file_descriptor.h"
 #include "orvane/platform/file_metadata.h"
+#include "orvane/platform/held_signals.h"
 #include "orvane/platform/precondition.h"
+#include "orvane/platform/saved_file_error.h"
+#include "orvane/platform/temporary_file.h"
 #include "orvane/platform/use_mark.h"
-#include "orvane/platform/uuid.h"
 
 namespace orvane {
 namespace {
@@ -28,12 +29,10 @@ constexpr mode_t kPrivateMode = 0600;
 /// Less the process's mask, as for any new file.
 constexpr mode_t kNewFileMode = 0666;
 
-constexpr std::string_view kTemporaryStart = ".orvane-";
-constexpr std::string_view kTemporaryEnd = ".tmp";
+/// Writing is begun on the disk after so many bytes, so that little is left for the end.
+constexpr std::uint64_t kWriteBackBytes = 8 << 20;
 
-std::string newTemporaryName() {
-  return std::string(kTemporaryStart) + UUID::random().text() + std::string(kTemporaryEnd);
-}
+constexpr auto kLargestSize = static_cast<std::uint64_t>(INT64_MAX);
 
 [[noreturn]] void fail(const std::filesystem::path& target, int code) {
   throw PlatformError(target, std::error_code(code, std::generic_category()));
@@ -51,52 +50,49 @@ std::filesystem::path withoutLinks(const std::filesystem::path& path) {
   fail(path, ELOOP);
 }
 
-std::string pathOf(const FileDescriptor& file) {
-  return "/proc/self/fd/" + std::to_string(file.number());
-}
-
 }  // namespace
 
 struct AtomicFile::State {
-  State(const std::filesystem::path& target, Existing existing);
-  ~State() { discard(); }
+  State(const std::filesystem::path& target, Existing existing, std::optional<FileStamp> version);
 
   /// Does one step of the writing; if it fails, nothing of the new content stays.
   template <typename Step>
   void orDiscard(Step step) {
-    precondition(static_cast<bool>(file), "a file is written before its commit and not after");
+    precondition(content->isOpen(), "a file is written before its commit and not after");
     try {
       step();
     } catch (...) {
-      discard();
+      content->discard();
       throw;
     }
   }
 
   void openOriginal();
-  void openTemporary();
-  void markTemporary();
-  void put(std::span<const std::byte> bytes, std::uint64_t offset) const;
+  void put(std::span<const std::byte> bytes, std::uint64_t offset);
+  void append(std::span<const std::byte> bytes);
+  void reserve(std::uint64_t size);
+  void giveBackUnusedSpace() const;
   void commit();
-  void nameTemporary();
-  void sync() const;
-  void rename();
+  void takeName();
   void syncDirectory() const;
-  void discard() noexcept;
 
   std::filesystem::path target;
   Existing existing;
-  std::string name{};           ///< in `directory`, free of links
-  FileDescriptor directory{};   ///< so that a folder renamed meanwhile does no harm
-  FileDescriptor original{};    ///< what is replaced, if anything
-  FileDescriptor file{};        ///< the new content
-  FileDescriptor mark{};        ///< that it is in use: outlives `file`, until the name is given
-  std::string temporaryName{};  ///< empty while the content has none
-  std::uint64_t appendOffset = 0;
+  std::optional<FileStamp> version;  ///< the only one that may be replaced
+  std::string name{};                ///< in `directory`, free of links
+  FileDescriptor directory{};        ///< so that a folder renamed meanwhile does no harm
+  FileDescriptor original{};         ///< what is replaced, if anything
+  std::optional<TemporaryFile> content{};
+  MetadataLosses losses{};
+  std::uint64_t size = 0;
+  std::uint64_t reserved = 0;
+  std::uint64_t appended = 0;
+  std::uint64_t writtenBack = 0;  ///< of what is appended, from the start on
 };
 
-AtomicFile::State::State(const std::filesystem::path& path, Existing whenExisting)
-    : target(path), existing(whenExisting) {
+AtomicFile::State::State(const std::filesystem::path& path, Existing whenExisting,
+                         std::optional<FileStamp> onlyVersion)
+    : target(path), existing(whenExisting), version(onlyVersion) {
   const auto resolved = withoutLinks(path);
   name = resolved.filename();
   if (name.empty()) fail(target, path.empty() ? ENOENT : EISDIR);
@@ -105,15 +101,16 @@ AtomicFile::State::State(const std::filesystem::path& path, Existing whenExistin
       ::open(folder.empty() ? "." : folder.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
   if (!directory) fail(target, errno);
   openOriginal();
-  openTemporary();
+  content.emplace(directory, name, target, original ? kPrivateMode : kNewFileMode);
 }
 
 void AtomicFile::State::openOriginal() {
   original =
       FileDescriptor(openat(directory.number(), name.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
   if (!original) {
-    if (errno == ENOENT) return;
-    fail(target, errno);
+    if (errno != ENOENT) fail(target, errno);
+    if (version) throw TemporaryFile::changedMeanwhile(target);
+    return;
   }
   struct stat status {};
   if (fstat(original.number(), &status) != 0) fail(target, errno);
@@ -122,87 +119,72 @@ void AtomicFile::State::openOriginal() {
     throw PlatformError(target, "Not a regular file",
                         std::make_error_code(std::errc::invalid_argument));
   if (existing == Existing::refuse) fail(target, EEXIST);
+  if (version) {
+    const auto found = FileStamp::of(original.number());
+    if (!found) fail(target, errno);
+    if (found != version) throw TemporaryFile::changedMeanwhile(target);
+  }
   // Renaming asks only for rights to the folder; a file that is protected itself is none of ours.
   if (faccessat(directory.number(), name.c_str(), W_OK, AT_EACCESS) != 0) fail(target, errno);
 }
 
-void AtomicFile::State::openTemporary() {
-  const mode_t mode = original ? kPrivateMode : kNewFileMode;
-  file = FileDescriptor(openat(directory.number(), ".", O_TMPFILE | O_RDWR | O_CLOEXEC, mode));
-  // Such a file gets its name through /proc only.
-  if (file && access(pathOf(file).c_str(), F_OK) == 0) return markTemporary();
-  auto unique = newTemporaryName();
-  file = FileDescriptor(openat(directory.number(), unique.c_str(),
-                               O_CREAT | O_EXCL | O_NOFOLLOW | O_RDWR | O_CLOEXEC, mode));
-  if (!file) fail(target, errno);
-  temporaryName = std::move(unique);
-  markTemporary();
-}
-
-void AtomicFile::State::markTemporary() {
-  mark = FileDescriptor(fcntl(file.number(), F_DUPFD_CLOEXEC, 0));
-  UseMark::set(mark);
-}
-
-void AtomicFile::State::put(std::span<const std::byte> bytes, std::uint64_t offset) const {
-  constexpr auto kLargestOffset = static_cast<std::uint64_t>(INT64_MAX);
-  if (offset > kLargestOffset || bytes.size() > kLargestOffset - offset) fail(target, EFBIG);
+void AtomicFile::State::put(std::span<const std::byte> bytes, std::uint64_t offset) {
+  if (offset > kLargestSize || bytes.size() > kLargestSize - offset) fail(target, EFBIG);
   while (!bytes.empty()) {
     const ssize_t count =
-        pwrite(file.number(), bytes.data(), bytes.size(), static_cast<off_t>(offset));
+        pwrite(content->descriptor(), bytes.data(), bytes.size(), static_cast<off_t>(offset));
     if (count < 0) {
       if (errno == EINTR) continue;
       fail(target, errno);
     }
     bytes = bytes.subspan(static_cast<std::size_t>(count));
     offset += static_cast<std::uint64_t>(count);
+    size = std::max(size, offset);
   }
+}
+
+void AtomicFile::State::append(std::span<const std::byte> bytes) {
+  put(bytes, appended);
+  appended += bytes.size();
+  if (appended - writtenBack < kWriteBackBytes) return;
+  // Where the system cannot do that, the sync at the end does it all.
+  (void)sync_file_range(content->descriptor(), static_cast<off_t>(writtenBack),
+                        static_cast<off_t>(appended - writtenBack), SYNC_FILE_RANGE_WRITE);
+  writtenBack = appended;
+}
+
+void AtomicFile::State::reserve(std::uint64_t bytes) {
+  if (bytes == 0) return;
+  if (bytes > kLargestSize) fail(target, EFBIG);
+  int result = 0;
+  do {
+    result = fallocate(content->descriptor(), FALLOC_FL_KEEP_SIZE, 0, static_cast<off_t>(bytes));
+  } while (result != 0 && errno == EINTR);
+  if (result != 0 && errno != EOPNOTSUPP && errno != ENOSYS) fail(target, errno);
+  reserved = std::max(reserved, bytes);
+}
+
+void AtomicFile::State::giveBackUnusedSpace() const {
+  // Cutting a file at its end frees what was reserved behind it.
+  if (reserved > size && ftruncate(content->descriptor(), static_cast<off_t>(size)) != 0)
+    fail(target, errno);
 }
 
 void AtomicFile::State::commit() {
+  giveBackUnusedSpace();
   if (original)
-    if (const int code = carryOverMetadata(original.number(), file.number())) fail(target, code);
-  sync();
-  if (temporaryName.empty()) {
-    nameTemporary();
-    sync();  // some file systems write nothing for a file without a name
-  }
-  // Network file systems tell here what they could not store.
-  if (file.close() != 0 && errno != EINTR) fail(target, errno);
-  rename();
+    if (const int code = carryOverMetadata(original.number(), content->descriptor(), losses))
+      fail(target, code);
+  content->sync();
+  const HeldSignals held;
+  content->finish();
+  takeName();
   syncDirectory();
 }
 
-void AtomicFile::State::nameTemporary() {
-  auto unique = newTemporaryName();
-  if (linkat(AT_FDCWD, pathOf(file).c_str(), directory.number(), unique.c_str(),
-             AT_SYMLINK_FOLLOW) != 0)
-    fail(target, errno);
-  temporaryName = std::move(unique);
-}
-
-void AtomicFile::State::sync() const {
-  // Never tried twice: after a failure the system may count the lost pages as written.
-  if (fsync(file.number()) != 0) fail(target, errno);
-}
-
-void AtomicFile::State::rename() {
-  const int folder = directory.number();
-  const char* from = temporaryName.c_str();
-  int result = 0;
-  if (existing == Existing::refuse) {
-    result = renameat2(folder, from, folder, name.c_str(), RENAME_NOREPLACE);
-    if (result != 0 && (errno == EINVAL || errno == ENOSYS)) {
-      // A file system without that: what remains is to look first.
-      if (faccessat(folder, name.c_str(), F_OK, AT_SYMLINK_NOFOLLOW) == 0) fail(target, EEXIST);
-      result = renameat(folder, from, folder, name.c_str());
-    }
-  } else {
-    result = renameat(folder, from, folder, name.c_str());
-  }
-  if (result != 0) fail(target, errno);
-  temporaryName.clear();
-  (void)mark.close();
+void AtomicFile::State::takeName() {
+  if (version) return content->replaceVersion(*version);
+  existing == Existing::refuse ? content->takeFreeName() : content->replaceAny();
 }
 
 void AtomicFile::State::syncDirectory() const {
@@ -211,21 +193,14 @@ void AtomicFile::State::syncDirectory() const {
   // A folder that may not be read or a file system without the notion: nothing more can be had.
   const int code = errno;
   if (code == EACCES || code == EINVAL || code == ENOTSUP || code == EBADF) return;
-  const std::error_code reason(code, std::generic_category());
-  throw PlatformError(
-      target, "Saved, but perhaps not safe against a power failure (" + reason.message() + ")",
-      reason);
-}
-
-void AtomicFile::State::discard() noexcept {
-  if (!temporaryName.empty()) (void)unlinkat(directory.number(), temporaryName.c_str(), 0);
-  temporaryName.clear();
-  (void)file.close();
-  (void)mark.close();
+  throw SavedFileError(target, "perhaps not safe against a power failure",
+                       std::error_code(code, std::generic_category()));
 }
 
 AtomicFile::AtomicFile(const std::filesystem::path& target, Existing existing)
-    : state_(std::make_unique<State>(target, existing)) {}
+    : state_(std::make_unique<State>(target, existing, std::nullopt)) {}
+AtomicFile::AtomicFile(const std::filesystem::path& target, const FileStamp& version)
+    : state_(std::make_unique<State>(target, Existing::replace, version)) {}
 AtomicFile::~AtomicFile() = default;
 AtomicFile::AtomicFile(AtomicFile&& other) noexcept = default;
 AtomicFile& AtomicFile::operator=(AtomicFile&& other) noexcept = default;
@@ -235,10 +210,7 @@ const std::filesystem::path& AtomicFile::target() const noexcept {
 }
 
 void AtomicFile::write(std::span<const std::byte> bytes) {
-  state_->orDiscard([&] {
-    state_->put(bytes, state_->appendOffset);
-    state_->appendOffset += bytes.size();
-  });
+  state_->orDiscard([&] { state_->append(bytes); });
 }
 
 void AtomicFile::write(std::string_view text) {
@@ -250,24 +222,20 @@ void AtomicFile::writeAt(std::uint64_t offset, std::span<const std::byte> bytes)
 }
 
 void AtomicFile::reserve(std::uint64_t size) {
-  state_->orDiscard([&] {
-    if (size == 0) return;
-    if (size > static_cast<std::uint64_t>(INT64_MAX)) fail(target(), EFBIG);
-    int result = 0;
-    do {
-      result = fallocate(state_->file.number(), FALLOC_FL_KEEP_SIZE, 0, static_cast<off_t>(size));
-    } while (result != 0 && errno == EINTR);
-    if (result != 0 && errno != EOPNOTSUPP && errno != ENOSYS) fail(target(), errno);
-  });
+  state_->orDiscard([&] { state_->reserve(size); });
 }
 
 std::filesystem::path AtomicFile::readablePath() const {
-  precondition(static_cast<bool>(state_->file), "a file is checked before its commit");
-  return pathOf(state_->file);
+  precondition(state_->content->isOpen(), "a file is checked before its commit");
+  return state_->content->path();
 }
 
 void AtomicFile::commit() {
   state_->orDiscard([&] { state_->commit(); });
+}
+
+const MetadataLosses& AtomicFile::losses() const noexcept {
+  return state_->losses;
 }
 
 std::vector<std::filesystem::path> abandonedTemporaries(const std::filesystem::path& folder) {
@@ -275,8 +243,7 @@ std::vector<std::filesystem::path> abandonedTemporaries(const std::filesystem::p
   std::error_code failure;
   std::filesystem::directory_iterator entries(folder, failure);
   for (; !failure && entries != std::filesystem::directory_iterator(); entries.increment(failure)) {
-    const std::string name = entries->path().filename().string();
-    if (name.starts_with(kTemporaryStart) && name.ends_with(kTemporaryEnd) &&
+    if (TemporaryFile::isTemporaryName(entries->path().filename().string()) &&
         UseMark::takeAbandoned(entries->path()))
       found.push_back(entries->path());
   }

@@ -9,6 +9,9 @@
 #include <vector>
 
 #include "orvane/platform/export.h"
+#include "orvane/platform/file_stamp.h"
+#include "orvane/platform/metadata_losses.h"
+#include "orvane/platform/saved_file_error.h"
 
 namespace orvane {
 
@@ -20,13 +23,14 @@ namespace orvane {
 /// untouched.
 ///
 /// A symbolic link is followed; the link stays. A file that is replaced keeps its mode, owner,
-/// access lists and extended attributes as far as the system allows; if the group cannot be kept,
-/// its rights shrink to those of everybody. Other hard links to it keep the old content. Files that
-/// may not be written and anything that is no regular file are refused.
+/// access lists and extended attributes as far as the system allows (`losses`); if the group cannot
+/// be kept, its rights shrink to those of everybody. Other hard links to it keep the old content.
+/// Files that may not be written and anything that is no regular file are refused.
 ///
-/// The new content lies in the target's folder, without a name until `commit` where the file
-/// system can do that, else as ".orvane-<UUID>.tmp". A process that is killed may leave that
-/// behind; see `abandonedTemporaries`.
+/// The new content lies in the target's folder, without a name until `commit` where the file system
+/// can do that, else as ".take1.orvane-save-1A2B3C4D.wav" for "take1.wav". A process that is killed
+/// may leave that behind; see `abandonedTemporaries`. Signals that end a process wait for this
+/// thread while the content gets its name.
 ///
 /// Every operation throws `PlatformError` with the target's file name. One thread at a time.
 class ORVANE_API AtomicFile {
@@ -38,6 +42,12 @@ class ORVANE_API AtomicFile {
   };
 
   explicit AtomicFile(const std::filesystem::path& target, Existing existing = Existing::replace);
+
+  /// Replaces this version of the file, taken when it was read, and no other: "the file was changed
+  /// by another program meanwhile", here or at `commit`. Where the file system can exchange two
+  /// names not even a change in the last moment is lost.
+  AtomicFile(const std::filesystem::path& target, const FileStamp& version);
+
   ~AtomicFile();
   AtomicFile(AtomicFile&& other) noexcept;
   AtomicFile& operator=(AtomicFile&& other) noexcept;
@@ -45,7 +55,7 @@ class ORVANE_API AtomicFile {
   /// As it was given.
   const std::filesystem::path& target() const noexcept;
 
-  /// Appends. Nothing is gathered: give sizeable pieces.
+  /// Appends. Nothing is gathered: give sizeable pieces. The disk is set to work meanwhile.
   void write(std::span<const std::byte> bytes);
   void write(std::string_view text);
 
@@ -53,16 +63,20 @@ class ORVANE_API AtomicFile {
   /// was appended before.
   void writeAt(std::uint64_t offset, std::span<const std::byte> bytes);
 
-  /// Takes `size` bytes of disk space, so that a full disk shows before the work is done. Changes
-  /// no content; does nothing where the file system cannot reserve.
+  /// Takes disk space for a file of `size` bytes, so that a full disk shows before the work is
+  /// done. Changes no content; `commit` gives back what was not needed. Does nothing where the file
+  /// system cannot reserve.
   void reserve(std::uint64_t size);
 
   /// Where the bytes written so far can be read, until `commit`; for checking them first.
   std::filesystem::path readablePath() const;
 
-  /// Gives the content its name, safe against power failure. If only that last safety cannot be
-  /// had, the error says that the file is saved.
+  /// Gives the content its name, safe against power failure. Throws `SavedFileError` if it has the
+  /// name, but is perhaps not safe or something is left beside it.
   void commit();
+
+  /// What `commit` could not keep of the file that was replaced.
+  const MetadataLosses& losses() const noexcept;
 
  private:
   struct State;

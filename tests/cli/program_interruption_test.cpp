@@ -123,8 +123,8 @@ TEST_F(ProgramInterruption, TheNextRunRemovesTheBrowserFolderOfAKilledOne) {
 }
 
 TEST_F(ProgramInterruption, NamesWhatAKilledRunHasLeftBesideItsOutputs) {
-  folder().write(".orvane-left.tmp", "half a report");
-  const auto left = std::filesystem::canonical(folder() / ".orvane-left.tmp").string();
+  folder().write(".r.orvane-save-1A2B3C4D.csv", "half a report");
+  const auto left = std::filesystem::canonical(folder() / ".r.orvane-save-1A2B3C4D.csv").string();
   folder().write("labels.txt", "0.25\t0.5\tAnna\n");
   const std::vector<std::vector<std::string>> writing = {
       {"analyze", "-q", "good.wav", "--report", "r.json", "--csv", "r.csv"},

@@ -15,6 +15,7 @@
 
 #include "orvane/platform/atomic_file.h"
 #include "orvane/platform/error.h"
+#include "tests/support/faulty_saving.h"
 #include "tests/support/in_child.h"
 #include "tests/support/system_call_faults.h"
 #include "tests/support/temporary_directory.h"
@@ -25,6 +26,7 @@ namespace {
 
 namespace faults = test::SystemCallFaults;
 using faults::Kind;
+using test::FaultySaving;
 using test::readFile;
 using test::writeFile;
 
@@ -40,99 +42,66 @@ class AtomicFileFaultTest : public testing::TestWithParam<bool> {
     (void)setxattr(target.c_str(), "user.orvane.note", "take 2", 6, 0);
   }
 
-  void save() const {
-    AtomicFile file(target);
-    file.reserve(kNew.size());
+  static void save(AtomicFile file) {
+    file.reserve(2 * kNew.size());
     file.write(kNew.substr(0, 2000));
     file.write(kNew.substr(2000));
+    file.writeAt(0, std::as_bytes(std::span("N", 1)));
     file.commit();
   }
+  void save() const { save(AtomicFile(target)); }
 
   std::size_t leftovers() const {
-    std::size_t count = 0;
-    for (const auto& entry : std::filesystem::directory_iterator(folder.path())) {
-      const std::string name = entry.path().filename();
-      if (name == target.filename()) continue;
-      EXPECT_TRUE(name.starts_with(".orvane-") && name.ends_with(".tmp")) << name;
-      ++count;
-    }
-    return count;
+    return static_cast<std::size_t>(
+        std::ranges::count_if(std::filesystem::directory_iterator(folder.path()),
+                              [&](const auto& entry) { return entry.path() != target; }));
   }
 
-  faults::Plan plan(Kind kind, std::size_t at, int code = 0) const {
-    return {.kind = kind, .at = at, .code = code, .anonymous = GetParam()};
+  faults::Plan plan(Kind kind, std::size_t at, int code = 0, std::string only = {}) const {
+    return {.kind = kind, .at = at, .code = code, .anonymous = GetParam(), .only = std::move(only)};
+  }
+  faults::Plan base() const { return {.anonymous = GetParam()}; }
+
+  static void putThroughEverything(const FaultySaving& saving, const faults::Plan& base) {
+    saving.failEveryCall({EIO, ENOSPC, EDQUOT, EFBIG, EINTR}, base);
+    saving.disturbEveryWrite(base);
+    saving.killAtEveryCall(base);
+    saving.terminateAtEveryCall(base.anonymous ? "linkat" : "renameat", base);
   }
 
   test::TemporaryDirectory folder;
   std::filesystem::path target = folder / "take.json";
 };
 
-TEST_P(AtomicFileFaultTest, EveryFailingCallLeavesTheOldOrTheNewFileWhole) {
-  for (const Kind kind : {Kind::failOnce, Kind::failFromThen}) {
-    for (const int code : {EIO, ENOSPC, EDQUOT}) {
-      bool isOver = false;
-      for (std::size_t at = 0; !isOver; ++at) {
-        writeFile(target, kOld);
-        faults::begin(plan(kind, at, code));
-        bool hasThrown = false;
-        std::string text;
-        try {
-          save();
-        } catch (const PlatformError& error) {
-          hasThrown = true;
-          text = error.errorDescription();
-        }
-        const auto calls = faults::end();
-        isOver = calls.size() <= at;
-        const auto content = readFile(target);
-        const bool isSaved = content == kNew;
-        EXPECT_TRUE(isSaved || content == kOld) << "call " << at;
-        if (!hasThrown) {
-          EXPECT_TRUE(isSaved) << "call " << at;
-        }
-        if (hasThrown && isSaved) {
-          EXPECT_EQ(text.find("take.json: Saved, but"), 0U) << text;
-        }
-        if (hasThrown && !isSaved) {
-          EXPECT_EQ(text.find("take.json: "), 0U) << text;
-        }
-        // Only where removing fails as well can something stay.
-        if (kind == Kind::failOnce) {
-          EXPECT_EQ(leftovers(), 0U) << "call " << at;
-        }
-        for (const auto& entry : std::filesystem::directory_iterator(folder.path()))
-          if (entry.path() != target) std::filesystem::remove(entry.path());
-      }
-      EXPECT_EQ(readFile(target), kNew);
-    }
-  }
+TEST_P(AtomicFileFaultTest, AFileThatIsReplacedIsWholeAfterAnyFault) {
+  const FaultySaving saving(target, FaultySaving::ofOperation([&] { save(); }));
+  EXPECT_EQ(saving.saved(), "N" + kNew.substr(1));
+  putThroughEverything(saving, base());
 }
 
-TEST_P(AtomicFileFaultTest, AKillBeforeEveryCallLeavesTheOldOrTheNewFileWhole) {
-  std::size_t old = 0;
-  std::size_t replaced = 0;
-  bool isOver = false;
-  for (std::size_t at = 0; !isOver; ++at) {
-    writeFile(target, kOld);
-    const auto end = test::runInChild([&] {
-      faults::begin(plan(Kind::kill, at));
-      save();
-      return 0;
-    });
-    isOver = end.exitCode == 0;
-    if (!isOver) {
-      EXPECT_EQ(end.signal, SIGKILL);
-    }
-    const auto content = readFile(target);
-    EXPECT_TRUE(content == kNew || content == kOld) << "call " << at;
-    ++(content == kNew ? replaced : old);
-    EXPECT_LE(leftovers(), 1U);
-    EXPECT_EQ(abandonedTemporaries(folder.path()).size(), leftovers());
-    for (const auto& entry : std::filesystem::directory_iterator(folder.path()))
-      if (entry.path() != target) std::filesystem::remove(entry.path());
+TEST_P(AtomicFileFaultTest, AFileThatIsNewIsWholeOrAbsentAfterAnyFault) {
+  const auto fresh = folder / "fresh.json";
+  const FaultySaving saving(fresh, FaultySaving::ofOperation([&] {
+                              save(AtomicFile(fresh, AtomicFile::Existing::refuse));
+                            }));
+  saving.failEveryCall({EIO, EINVAL, EPERM}, base());
+  saving.killAtEveryCall(base());
+}
+
+TEST_P(AtomicFileFaultTest, AVersionThatIsReplacedIsWholeAfterAnyFault) {
+  const FaultySaving saving(target, FaultySaving::ofOperation([&] {
+                              const auto read = FileStamp::of(target);
+                              if (!read) throw PlatformError(target, "cannot be looked at");
+                              save(AtomicFile(target, *read));
+                            }));
+  auto plan = base();
+  for (const bool exchange : {true, false}) {
+    plan.exchange = exchange;
+    saving.failEveryCall({EIO, ENOSPC, EINTR, EINVAL}, plan);
+    saving.killAtEveryCall(plan);
   }
-  EXPECT_GE(old, 6U);
-  EXPECT_GE(replaced, 2U);
+  plan.exchange = true;
+  saving.terminateAtEveryCall("renameat2", plan);
 }
 
 TEST_P(AtomicFileFaultTest, WhatALivingProcessWritesIsNotAbandoned) {
@@ -143,19 +112,6 @@ TEST_P(AtomicFileFaultTest, WhatALivingProcessWritesIsNotAbandoned) {
   EXPECT_TRUE(abandonedTemporaries(folder.path()).empty());
   file.commit();
   faults::end();
-}
-
-TEST_P(AtomicFileFaultTest, GoesOnAfterShortAndInterruptedWrites) {
-  for (const Kind kind : {Kind::shorten, Kind::interrupt}) {
-    bool isOver = false;
-    for (std::size_t at = 0; !isOver; ++at) {
-      writeFile(target, kOld);
-      faults::begin(plan(kind, at));
-      save();
-      isOver = faults::end().size() <= at;
-      EXPECT_EQ(readFile(target), kNew);
-    }
-  }
 }
 
 TEST_P(AtomicFileFaultTest, ContentIsOnDiskBeforeItGetsTheNameAndTheNameAfterwards) {
@@ -175,32 +131,32 @@ TEST_P(AtomicFileFaultTest, ContentIsOnDiskBeforeItGetsTheNameAndTheNameAfterwar
 }
 
 TEST_P(AtomicFileFaultTest, ASyncThatFailsIsNotTriedAgain) {
-  auto failing = plan(Kind::failOnce, 0, EIO);
-  failing.only = "fsync";
-  faults::begin(failing);
+  faults::begin(plan(Kind::failOnce, 0, EIO, "fsync"));
   EXPECT_THROW(save(), PlatformError);
   const auto calls = faults::end();
   EXPECT_EQ(std::count(calls.begin(), calls.end(), "fsync"), 1);
   EXPECT_EQ(readFile(target), kOld);
 }
 
-TEST_P(AtomicFileFaultTest, RefusesAnExistingFileOnSystemsWithoutExclusiveRename) {
-  for (const int code : {EINVAL, ENOSYS}) {
-    auto failing = plan(Kind::failOnce, 0, code);
-    failing.only = "renameat2";
-    const auto fresh = folder / "fresh.json";
-    AtomicFile file(fresh, AtomicFile::Existing::refuse);
-    file.write(kNew);
-    faults::begin(failing);
-    file.commit();
+TEST_P(AtomicFileFaultTest, NeverReplacesAFileThatAppearsWhereOneWasToBeNew) {
+  const auto fresh = folder / "fresh.json";
+  for (const int code : {0, EINVAL, ENOSYS}) {  // and on systems without exclusive renaming
+    const auto attempt = [&](bool appears) {
+      auto failing = plan(code == 0 ? Kind::none : Kind::failOnce, 0, code, "renameat2");
+      failing.meanwhile = [&](std::string_view call) {
+        if (appears && call == "renameat2") writeFile(fresh, kOld);
+      };
+      AtomicFile file(fresh, AtomicFile::Existing::refuse);
+      file.write(kNew);
+      faults::begin(failing);
+      file.commit();
+    };
+    attempt(false);
     faults::end();
     EXPECT_EQ(readFile(fresh), kNew);
     std::filesystem::remove(fresh);
 
-    AtomicFile late(fresh, AtomicFile::Existing::refuse);
-    writeFile(fresh, kOld);
-    faults::begin(failing);
-    EXPECT_THROW(late.commit(), PlatformError);
+    EXPECT_THROW(attempt(true), PlatformError);
     faults::end();
     EXPECT_EQ(readFile(fresh), kOld);
     std::filesystem::remove(fresh);
@@ -208,13 +164,75 @@ TEST_P(AtomicFileFaultTest, RefusesAnExistingFileOnSystemsWithoutExclusiveRename
   }
 }
 
+TEST_P(AtomicFileFaultTest, ARemovalThatFailsIsTriedOnceMore) {
+  faults::begin(plan(Kind::failOnce, 0, EIO, "unlinkat"));
+  { AtomicFile dropped(target); }
+  const auto calls = faults::end();
+  EXPECT_EQ(std::ranges::count(calls, "unlinkat"), GetParam() ? 0 : 2);
+  EXPECT_EQ(leftovers(), 0U);
+}
+
+TEST_P(AtomicFileFaultTest, AFolderThatCannotBeSyncedIsToldApartFromAFailedSave) {
+  faults::begin(plan(Kind::none, 0));
+  save();
+  auto calls = faults::end();
+  const auto syncs = static_cast<std::size_t>(std::ranges::count(calls, "fsync"));
+  faults::begin(plan(Kind::failOnce, syncs - 1, EIO, "fsync"));
+  try {
+    save();
+    ADD_FAILURE() << "nothing was thrown";
+  } catch (const SavedFileError& error) {
+    EXPECT_EQ(error.errorDescription(),
+              "take.json: Saved, but perhaps not safe against a power failure (Input/output "
+              "error)");
+  }
+  faults::end();
+  EXPECT_EQ(readFile(target).size(), kNew.size());
+  for (std::size_t at = 0; at + 1 < syncs; ++at) {
+    faults::begin(plan(Kind::failOnce, at, EIO, "fsync"));
+    try {
+      save();
+      ADD_FAILURE() << "nothing was thrown";
+    } catch (const SavedFileError&) {
+      ADD_FAILURE() << "it was not saved";
+    } catch (const PlatformError&) {
+    }
+    faults::end();
+  }
+}
+
+TEST_P(AtomicFileFaultTest, TellsOfAnAttributeThatCannotBeKept) {
+  if (setxattr(target.c_str(), "user.orvane.note", "take 2", 6, 0) != 0)
+    GTEST_SKIP() << "the file system keeps no attributes";
+  for (const int code : {0, EPERM, ENOTSUP}) {
+    AtomicFile file(target);
+    faults::begin(plan(code == 0 ? Kind::none : Kind::failOnce, 0, code, "fsetxattr"));
+    file.commit();
+    faults::end();
+    MetadataLosses expected;
+    if (code != 0) expected.attributes = {"user.orvane.note"};
+    EXPECT_EQ(file.losses(), expected);
+    EXPECT_EQ(getxattr(target.c_str(), "user.orvane.note", nullptr, 0), code == 0 ? 6 : -1);
+    (void)setxattr(target.c_str(), "user.orvane.note", "take 2", 6, 0);
+  }
+}
+
+TEST_P(AtomicFileFaultTest, TheDiskIsSetToWorkWhileALargeFileIsWritten) {
+  const std::string piece(1 << 20, 'p');
+  faults::begin(plan(Kind::none, 0));
+  {
+    AtomicFile file(target);
+    for (int i = 0; i < 33; ++i) file.write(piece);
+  }
+  const auto calls = faults::end();
+  EXPECT_EQ(std::ranges::count(calls, "sync_file_range"), 4);
+}
+
 TEST_P(AtomicFileFaultTest, AFileSystemWithoutReservationsIsNoFailure) {
-  auto failing = plan(Kind::failFromThen, 0, EOPNOTSUPP);
-  failing.only = "fallocate";
-  faults::begin(failing);
+  faults::begin(plan(Kind::failFromThen, 0, EOPNOTSUPP, "fallocate"));
   save();
   faults::end();
-  EXPECT_EQ(readFile(target), kNew);
+  EXPECT_EQ(readFile(target).size(), kNew.size());
 }
 
 TEST_P(AtomicFileFaultTest, AFileSizeLimitLeavesTheOldFile) {

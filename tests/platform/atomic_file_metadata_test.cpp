@@ -162,12 +162,60 @@ TEST_F(AtomicFileMetadataTest, GivesNobodyMoreRightsWhenTheGroupCannotBeKept) {
   const bool isForeign = geteuid() == 0;
   const auto end = test::runInChild([&] {
     test::becomeNobody();
-    writeFileAtomically(target, "new");
-    return 0;
+    AtomicFile file(target);
+    file.write("new");
+    file.commit();
+    const MetadataLosses& losses = file.losses();
+    return losses.owner == isForeign && losses.group == isForeign && losses.mode == isForeign ? 0
+                                                                                              : 1;
   });
   EXPECT_EQ(end.exitCode, 0);
   EXPECT_EQ(readFile(target), "new");
   EXPECT_EQ(modeOf(target), isForeign ? 0666U : 06676U);
+}
+
+TEST_F(AtomicFileMetadataTest, LosesNothingWhereAllCanBeKept) {
+  (void)setxattr(target.c_str(), "user.orvane.note", "take 2", 6, 0);
+  ASSERT_EQ(chmod(target.c_str(), 0640), 0);
+  AtomicFile file(target);
+  file.commit();
+  EXPECT_EQ(file.losses(), MetadataLosses{});
+  EXPECT_TRUE(file.losses().descriptions().empty());
+}
+
+TEST_F(AtomicFileMetadataTest, CountsTheHardLinksThatKeepTheOldContent) {
+  std::filesystem::create_hard_link(target, folder / "second.json");
+  std::filesystem::create_hard_link(target, folder / "third.json");
+  AtomicFile file(target);
+  file.write("new");
+  file.commit();
+  EXPECT_EQ(file.losses().hardLinks, 2U);
+  EXPECT_EQ(readFile(folder / "third.json"), "old");
+}
+
+TEST_F(AtomicFileMetadataTest, TakesNoSignatureOfTheOldContent) {
+  if (setxattr(target.c_str(), "security.ima", "\1abc", 4, 0) != 0)
+    GTEST_SKIP() << "this user may not sign files";
+  AtomicFile file(target);
+  file.write("new");
+  file.commit();
+  EXPECT_FALSE(attributesOf(target).contains("security.ima"));
+  EXPECT_EQ(file.losses(), MetadataLosses{});
+}
+
+TEST(MetadataLosses, SayWhatWasLost) {
+  const MetadataLosses losses{.owner = true,
+                              .group = true,
+                              .mode = true,
+                              .accessList = true,
+                              .attributes = {"user.comment"},
+                              .hardLinks = 2};
+  EXPECT_EQ(losses.descriptions(),
+            (std::vector<std::string>{"the owner", "the group", "some access rights",
+                                      "the access list", "the attribute user.comment",
+                                      "the hard links under 2 other names"}));
+  EXPECT_EQ(MetadataLosses{.hardLinks = 1}.descriptions(),
+            std::vector<std::string>{"the hard link under another name"});
 }
 
 }  // namespace

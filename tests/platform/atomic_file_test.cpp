@@ -187,14 +187,17 @@ TEST_F(AtomicFileTest, TellsAFolderFromAFileThatExists) {
 }
 
 TEST_F(AtomicFileTest, FindsWhatKilledProcessesHaveLeft) {
-  const auto left = writeFile(folder / ".orvane-1.tmp", "half");
-  writeFile(folder / ".orvane-2.tmp2", "");
-  writeFile(folder / "orvane-3.tmp", "");
-  std::filesystem::create_symlink(left, folder / ".orvane-4.tmp");
-  const auto used = writeFile(folder / ".orvane-5.tmp", "half");
+  const auto left = writeFile(folder / ".take.orvane-save-1A2B3C4D.wav", "half");
+  const auto withoutExtension = writeFile(folder / ".take.orvane-save-00000000", "half");
+  for (const char* name : {"take.orvane-save-1A2B3C4D.wav", ".take.orvane-save-1A2B3C4.wav",
+                           ".take.orvane-save-1A2B3C4X.wav", ".take.orvane-save-1A2B3C4DE.wav",
+                           ".orvane-1.tmp", ".take.wav"})
+    writeFile(folder / name, "");
+  std::filesystem::create_symlink(left, folder / ".link.orvane-save-1A2B3C4D.wav");
+  const auto used = writeFile(folder / ".used.orvane-save-1A2B3C4D.wav", "half");
   const FileDescriptor file(open(used.c_str(), O_RDONLY | O_CLOEXEC));
   ASSERT_EQ(flock(file.number(), LOCK_EX | LOCK_NB), 0);
-  EXPECT_EQ(abandonedTemporaries(folder.path()), std::vector{left});
+  EXPECT_EQ(abandonedTemporaries(folder.path()), (std::vector{withoutExtension, left}));
   EXPECT_TRUE(abandonedTemporaries(folder / "missing").empty());
 }
 
@@ -204,6 +207,17 @@ TEST_F(AtomicFileTest, TakesNamesOfTheGreatestLength) {
   writeFileAtomically(longest, "two");
   EXPECT_EQ(readFile(longest), "two");
   EXPECT_THROW(writeFileAtomically(folder / std::string(256, 'x'), "x"), PlatformError);
+}
+
+TEST_F(AtomicFileTest, GivesBackSpaceThatWasNotNeeded) {
+  AtomicFile file(target);
+  file.reserve(10 << 20);
+  file.write("x");
+  file.commit();
+  struct stat status {};
+  ASSERT_EQ(stat(target.c_str(), &status), 0);
+  EXPECT_EQ(status.st_size, 1);
+  EXPECT_LE(status.st_blocks * 512, 1 << 16);
 }
 
 TEST_F(AtomicFileTest, SurvivesItsFolderBeingRenamed) {

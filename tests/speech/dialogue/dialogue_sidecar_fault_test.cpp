@@ -5,21 +5,19 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <chrono>
 #include <random>
 #include <thread>
 
-#include "orvane/platform/error.h"
 #include "orvane/speech/dialogue/dialogue_sidecar_io.h"
 #include "tests/speech/dialogue/dialogue_samples.h"
+#include "tests/support/faulty_saving.h"
 #include "tests/support/in_child.h"
-#include "tests/support/system_call_faults.h"
 #include "tests/support/temporary_directory.h"
 
 namespace orvane {
 namespace {
-
-namespace faults = test::SystemCallFaults;
 
 /// Every region carries the number of its save, so that a mixture would show.
 DialogueSidecar numbered(int number) {
@@ -43,7 +41,7 @@ class DialogueSidecarFaultTest : public testing::Test {
   }
   void removeLeftovers() const {
     for (const auto& entry : std::filesystem::directory_iterator(folder.path()))
-      if (entry.path().filename().string().starts_with(".orvane-"))
+      if (entry.path().filename().string().starts_with(".take1.wav.dlg.orvane-save-"))
         std::filesystem::remove(entry.path());
   }
 
@@ -81,30 +79,16 @@ TEST_F(DialogueSidecarFaultTest, IsWholeAfterAKillAtAnyMoment) {
   }
 }
 
-TEST_F(DialogueSidecarFaultTest, IsWholeAfterAKillBeforeAnySystemCall) {
-  for (const bool anonymous : {true, false}) {
-    bool isOver = false;
-    for (std::size_t at = 0; !isOver; ++at) {
-      DialogueSidecarIO::saveForAudio(numbered(1), audio);
-      const auto end = test::runInChild([&] {
-        faults::begin({.kind = faults::Kind::kill, .at = at, .anonymous = anonymous});
-        DialogueSidecarIO::saveForAudio(numbered(2), audio);
-        return 0;
-      });
-      isOver = end.exitCode == 0;
-      EXPECT_TRUE(isOver || end.signal == SIGKILL);
-      EXPECT_GE(savedNumber(), isOver ? 2 : 1);
-      removeLeftovers();
-    }
-  }
-}
-
-TEST_F(DialogueSidecarFaultTest, IsTheOldOneWhenTheDiskIsFull) {
+TEST_F(DialogueSidecarFaultTest, IsWholeAfterAnyFaultOfTheSystem) {
   DialogueSidecarIO::saveForAudio(numbered(1), audio);
-  faults::begin({.kind = faults::Kind::failOnce, .at = 0, .code = ENOSPC, .only = "pwrite"});
-  EXPECT_THROW(DialogueSidecarIO::saveForAudio(numbered(2), audio), PlatformError);
-  faults::end();
-  EXPECT_EQ(savedNumber(), 1);
+  const test::FaultySaving saving(DialogueSidecarIO::sidecarURL(audio),
+                                  test::FaultySaving::ofOperation([&] {
+                                    DialogueSidecarIO::saveForAudio(numbered(2), audio);
+                                  }));
+  for (const bool anonymous : {true, false}) {
+    saving.killAtEveryCall({.anonymous = anonymous});
+    saving.failEveryCall({ENOSPC}, {.anonymous = anonymous});
+  }
 }
 
 }  // namespace

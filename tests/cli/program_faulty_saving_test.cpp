@@ -1,0 +1,58 @@
+// What the program writes is the old or the new file, whole, whatever call of the system fails and
+// whenever the program is killed.
+
+#include <cerrno>
+
+#include "tests/cli/program_fixture.h"
+#include "tests/support/faulty_saving.h"
+#include "tests/support/sanitized.h"
+
+namespace orvane::cli::test {
+namespace {
+
+using orvane::test::FaultySaving;
+
+class ProgramFaultySaving : public ProgramTest {
+ protected:
+  void SetUp() override {
+#ifdef ORVANE_IS_SANITIZED
+    GTEST_SKIP() << "a sanitizer takes the system's calls for itself";
+#endif
+  }
+  /// `arguments` write `output`, a name in the folder.
+  FaultySaving saving(std::vector<std::string> arguments, const std::string& output) const {
+    ProgramSetup setup;
+    setup.arguments = std::move(arguments);
+    setup.folder = folder().path();
+    return {folder() / output, FaultySaving::ofProgram(ORVANE_PROGRAM, setup, ORVANE_FAULTS)};
+  }
+};
+
+TEST_F(ProgramFaultySaving, AReportThatIsReplaced) {
+  folder().write("good.csv", "old");
+  const auto report =
+      saving({"analyze", "-q", "good.wav", "--csv", "good.csv", "--force"}, "good.csv");
+  for (const bool anonymous : {true, false}) {
+    report.failEveryCall({anonymous ? ENOSPC : EIO}, {.anonymous = anonymous});
+    report.killAtEveryCall({.anonymous = anonymous});
+  }
+}
+
+TEST_F(ProgramFaultySaving, AReportThatIsNew) {
+  const auto report = saving({"analyze", "-q", "good.wav", "--csv", "good.csv"}, "good.csv");
+  report.failEveryCall({EDQUOT});
+  report.killAtEveryCall();
+}
+
+TEST_F(ProgramFaultySaving, RegionsThatAreExported) {
+  folder().write("labels.txt", "0.25\t0.5\tAnna\n");
+  ASSERT_EQ(run({"dialogue", "import", "-q", "labels.txt", "good.wav"}).exitCode, 0);
+  folder().write("good.csv", "old");
+  const auto regions =
+      saving({"dialogue", "export", "good.wav", "-o", "good.csv", "--force"}, "good.csv");
+  regions.disturbEveryWrite();
+  regions.killAtEveryCall();
+}
+
+}  // namespace
+}  // namespace orvane::cli::test
