@@ -9,10 +9,10 @@
 
 #include "orvane/container/chapter_mark.h"
 #include "orvane/platform/audio_format.h"
+#include "orvane/platform/execution.h"
 #include "orvane/platform/export.h"
 #include "orvane/platform/input_file.h"
 #include "orvane/platform/pcm_buffer.h"
-#include "orvane/platform/execution.h"
 
 namespace orvane {
 

@@ -2,13 +2,16 @@
 
 #include <algorithm>
 
+#include "orvane/container/chunked/aiff_header.h"
 #include "orvane/container/chunked/aiff_parser.h"
 #include "orvane/container/chunked/asf_stream_parser.h"
 #include "orvane/container/chunked/au_parser.h"
+#include "orvane/container/chunked/caf_header.h"
 #include "orvane/container/chunked/caf_parser.h"
 #include "orvane/container/chunked/marker_chunks.h"
 #include "orvane/container/chunked/riff_parser.h"
 #include "orvane/container/chunked/wave64_parser.h"
+#include "orvane/container/chunked/wave_header.h"
 
 namespace orvane {
 namespace {
@@ -26,29 +29,29 @@ const ContainerKind kKinds[] = {
      .otherExtensions = "rf64 bw64",
      .signatures = {{0, "RIFF", 8, "WAVE"}, {0, "RIFX", 8, "WAVE"}},
      .parse = parseRIFF, .markers = MarkerChunks::ofRIFF,
-     .writable = AudioContainer::wave, .demuxer = "wav"},
+     .writable = AudioContainer::wave, .outline = outlineWave, .demuxer = "wav"},
     {.code = fourCCFrom("RF64"), .name = "RF64", .extensions = "rf64",
      .otherExtensions = "wav wave bwf", .signatures = {{0, "RF64", 8, "WAVE"}},
      .parse = parseRIFF, .markers = MarkerChunks::ofRIFF,
-     .writable = AudioContainer::rf64, .demuxer = "wav"},
+     .writable = AudioContainer::rf64, .outline = outlineWave, .demuxer = "wav"},
     {.code = fourCCFrom("BW64"), .name = "BW64", .extensions = "bw64",
      .otherExtensions = "wav wave bwf", .signatures = {{0, "BW64", 8, "WAVE"}},
      .parse = parseRIFF, .markers = MarkerChunks::ofRIFF,
-     .writable = AudioContainer::bw64, .demuxer = "wav"},
+     .writable = AudioContainer::bw64, .outline = outlineWave, .demuxer = "wav"},
     {.code = fourCCFrom("W64f"), .name = "Wave64", .extensions = "w64",
      .signatures = {{0, kWave64Riff, 24, kWave64Wave}}, .parse = parseWave64,
-     .writable = AudioContainer::wave64, .demuxer = "w64"},
+     .writable = AudioContainer::wave64, .outline = outlineWave64, .demuxer = "w64"},
     {.code = fourCCFrom("AIFF"), .name = "AIFF", .extensions = "aif aiff",
      .otherExtensions = "aifc", .signatures = {{0, "FORM", 8, "AIFF"}},
      .parse = parseAIFF, .markers = MarkerChunks::ofAIFF,
-     .writable = AudioContainer::aiff, .demuxer = "aiff"},
+     .writable = AudioContainer::aiff, .outline = outlineAIFF, .demuxer = "aiff"},
     {.code = fourCCFrom("AIFC"), .name = "AIFF-C", .extensions = "aifc",
      .otherExtensions = "aif aiff", .signatures = {{0, "FORM", 8, "AIFC"}},
      .parse = parseAIFF, .markers = MarkerChunks::ofAIFF,
-     .writable = AudioContainer::aifc, .demuxer = "aiff"},
+     .writable = AudioContainer::aifc, .outline = outlineAIFF, .demuxer = "aiff"},
     {.code = fourCCFrom("caff"), .name = "CAF", .extensions = "caf caff",
      .signatures = {{0, "caff\0\1"sv}}, .parse = parseCAF, .markers = MarkerChunks::ofCAF,
-     .writable = AudioContainer::caf, .demuxer = "caf"},
+     .writable = AudioContainer::caf, .outline = outlineCAF, .demuxer = "caf"},
     {.code = fourCCFrom("NeXT"), .name = "NeXT/Sun (AU)", .extensions = "au snd",
      .signatures = {{0, ".snd"}, {0, "dns."}, {0, "\0ds."sv}, {0, ".sd\0"sv}},
      .parse = parseAU, .demuxer = "au"},

@@ -10,6 +10,7 @@
 
 #include "orvane/container/audio_container.h"
 #include "orvane/container/chapter_mark.h"
+#include "orvane/container/pcm_file_outline.h"
 #include "orvane/container/pcm_stream.h"
 #include "orvane/platform/export.h"
 #include "orvane/platform/four_cc.h"
@@ -38,8 +39,10 @@ struct ContainerKind {
   PCMStream (*parse)(const InputFile& file, std::uint64_t start) = nullptr;
   /// The places that the file's chunks name; null: there is nothing of the sort.
   std::vector<ChapterMark> (*markers)(const InputFile& file, const PCMStream& stream) = nullptr;
-  /// The case of `AudioContainer` that it is.
+  /// The case of `AudioContainer` that it is, where files of the kind are written.
   std::optional<AudioContainer> writable{};
+  /// The bytes around the samples of a new file. Throws `UnwritableFormat`.
+  PCMFileOutline (*outline)(const PCMFileSpecification& specification) = nullptr;
   /// FFmpeg's demuxer, where it is not left to FFmpeg to find one by the file's bytes.
   const char* demuxer = nullptr;
 };

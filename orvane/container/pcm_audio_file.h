@@ -21,9 +21,7 @@ class PCMAudioFile final : public AudioFile {
   const AudioFileDescription& description() const noexcept override { return stream_.description; }
   std::int64_t frameLength() override { return stream_.frameCount; }
   bool knowsFrameLength() const noexcept override { return true; }
-  std::optional<std::int64_t> expectedFrameLength() const override {
-    return stream_.frameCount;
-  }
+  std::optional<std::int64_t> expectedFrameLength() const override { return stream_.frameCount; }
   void read(PCMBuffer& buffer) override;
 
  private:

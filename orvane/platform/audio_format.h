@@ -41,9 +41,11 @@ inline constexpr std::uint32_t kFormatFlagIsNonInterleaved = 1U << 5;
 
 /// The settings under which a file's format is described to writers. Every entry may be missing.
 struct AudioFormatSettings {
+  std::optional<FourCC> fileTypeID{};  ///< of the container: `WAVE`, `caff` …
   std::optional<FourCC> formatID{};
   std::optional<double> sampleRate{};
   std::optional<std::int64_t> channelCount{};
+  std::optional<ChannelLayout> layout{};
   std::optional<std::int64_t> linearPCMBitDepth{};
   std::optional<bool> linearPCMIsFloat{};
   std::optional<bool> linearPCMIsBigEndian{};

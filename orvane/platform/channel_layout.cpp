@@ -127,20 +127,30 @@ std::optional<ChannelLayout> ChannelLayout::fromWaveMask(std::uint32_t mask,
   return fromLabels(std::move(labels));
 }
 
-std::optional<std::uint32_t> ChannelLayout::waveMask() const {
-  auto end = labels.end();
-  while (end != labels.begin() && *(end - 1) == ChannelLabel::unknown) --end;
-  const bool hasRearPair = std::any_of(labels.begin(), end, [](ChannelLabel label) {
+std::optional<ChannelLayout::WaveOrder> ChannelLayout::waveOrder() const {
+  const bool hasRearPair = std::ranges::any_of(labels, [](ChannelLabel label) {
     return label == ChannelLabel::rearSurroundLeft || label == ChannelLabel::rearSurroundRight;
   });
-  std::uint32_t mask = 0;
-  for (auto label = labels.begin(); label != end; ++label) {
-    const std::uint32_t bit = waveBit(*label, hasRearPair);
-    if (bit == 0 || bit <= mask) return std::nullopt;  // below or equal to one already set
-    mask |= bit;
+  std::vector<std::pair<std::uint32_t, std::uint32_t>> places;  // bit, channel
+  WaveOrder order;
+  for (std::uint32_t channel = 0; channel < labels.size(); ++channel) {
+    constexpr std::uint32_t kBehindAll = 1U << 31;
+    const bool isUnknown = labels[channel] == ChannelLabel::unknown;
+    const std::uint32_t bit = isUnknown ? kBehindAll : waveBit(labels[channel], hasRearPair);
+    if (bit == 0 || (order.mask & bit) != 0) return std::nullopt;
+    if (!isUnknown) order.mask |= bit;
+    places.emplace_back(bit, channel);
   }
-  if (mask == 0) return std::nullopt;
-  return mask;
+  if (order.mask == 0) return std::nullopt;
+  std::ranges::sort(places);
+  for (const auto& place : places) order.channels.push_back(place.second);
+  return order;
+}
+
+std::optional<std::uint32_t> ChannelLayout::waveMask() const {
+  const auto order = waveOrder();
+  return order && std::ranges::is_sorted(order->channels) ? std::optional(order->mask)
+                                                          : std::nullopt;
 }
 
 std::optional<ChannelLayout> ChannelLayout::fromBitmap(std::uint32_t bitmap,

@@ -114,6 +114,18 @@ struct ORVANE_API ChannelLayout {
   /// bits or are not in ascending bit order.
   std::optional<std::uint32_t> waveMask() const;
 
+  /// How these channels stand in a WAVE file, which knows no order but that of the mask's bits.
+  struct WaveOrder {
+    std::uint32_t mask = 0;
+    /// The layout's channel that each channel of the file is.
+    std::vector<std::uint32_t> channels{};
+
+    bool operator==(const WaveOrder&) const = default;
+  };
+
+  /// As `waveMask`, for labels in any order. Absent when labels have no bits or share one.
+  std::optional<WaveOrder> waveOrder() const;
+
   /// The layout of a Core Audio channel bitmap: bits 0 … 17 are labels 1 … 18, without a pair rule;
   /// bits 21 and 23 … 26 are the top-middle and top-rear positions. Channels beyond the last bit
   /// are unknown, excess bits are ignored; absent when no bit names a position.

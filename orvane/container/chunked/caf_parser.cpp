@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "orvane/container/chunked/caf_flags.h"
 #include "orvane/container/chunked/header_fields.h"
 #include "orvane/container/chunked/layout_chunk.h"
 #include "orvane/platform/error.h"
@@ -16,10 +17,6 @@ constexpr std::uint64_t kFileHeader = 8;
 constexpr std::uint64_t kDescriptionBytes = 32;
 /// The edit count, before the samples.
 constexpr std::uint64_t kEditCountBytes = 4;
-// Flags of linear PCM as the file states them. The second one means the opposite of its namesake in
-// a stream description.
-constexpr std::uint32_t kFileFlagIsFloat = 1U << 0;
-constexpr std::uint32_t kFileFlagIsLittleEndian = 1U << 1;
 
 void applyDescription(PCMStream& stream, const HeaderFields& body) {
   const double sampleRate = body.float64(0);
@@ -40,8 +37,8 @@ void applyDescription(PCMStream& stream, const HeaderFields& body) {
   sample.bits = bits;
   if (channels != 0 && bytesPerPacket % channels == 0) sample.bytes = bytesPerPacket / channels;
   if (sample.bits == 0 && sample.bytes <= 8) sample.bits = sample.bytes * 8;
-  if ((flags & kFileFlagIsFloat) != 0) sample.kind = SampleEncoding::Kind::floatingPoint;
-  sample.isBigEndian = (flags & kFileFlagIsLittleEndian) == 0;
+  if ((flags & CAFFlags::isFloat) != 0) sample.kind = SampleEncoding::Kind::floatingPoint;
+  sample.isBigEndian = (flags & CAFFlags::isLittleEndian) == 0;
   setLinearPCM(stream, stated);
 }
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "orvane/container/chunked/header_bytes.h"
 #include "orvane/container/chunked/header_fields.h"
 #include "orvane/container/pcm_stream.h"
 
@@ -34,6 +35,16 @@ std::optional<ChannelLayout> readLayoutChunk(const InputFile& file, const Chunk&
   // A tag states its channel count; its labels are only made when that is the stream's.
   if ((tag & 0xFFFF) != channelCount) return {};
   return ChannelLayout::fromTag(tag);
+}
+
+std::vector<std::byte> layoutChunkBody(const ChannelLayout& layout) {
+  const bool isDescribed = layout.tag == ChannelLayoutTags::useChannelDescriptions;
+  HeaderBytes body(std::endian::big);
+  body.u32(layout.tag).u32(0).u32(isDescribed ? layout.labels.size() : 0);
+  if (isDescribed)
+    for (const ChannelLabel label : layout.labels)
+      body.u32(static_cast<std::uint32_t>(label)).u32(0).u32(0).u32(0).u32(0);
+  return body.bytes();
 }
 
 }  // namespace orvane

@@ -1,0 +1,105 @@
+#include "orvane/container/pcm_file_writer.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "orvane/container/container_table.h"
+#include "orvane/platform/precondition.h"
+
+namespace orvane {
+namespace {
+
+/// Bytes that are converted and written at a time: they stay in the second-level cache.
+constexpr std::size_t kPieceBytes = std::size_t{1} << 19;
+
+/// What every container demands of its audio.
+void requireSense(const PCMFileSpecification& specification) {
+  const PCMEncoding& encoding = specification.encoding;
+  const bool hasSample = encoding.isFloat ? encoding.bitDepth == 32 || encoding.bitDepth == 64
+                                          : encoding.bitDepth >= 1 && encoding.bitDepth <= 32;
+  if (!hasSample) throw UnwritableFormat(encoding.label() + " samples cannot be written");
+  if (specification.format.channelCount < 1 || specification.format.channelCount > kMaximumChannels)
+    throw UnwritableFormat("a file has 1 to " + std::to_string(kMaximumChannels) + " channels");
+  const double rate = specification.format.sampleRate;
+  if (!(rate > 0) || !std::isfinite(rate)) throw UnwritableFormat("a sample rate is above 0");
+}
+
+PCMFileSpecification specificationOf(const AudioFormatSettings& settings, std::int64_t frameCount) {
+  const auto container =
+      settings.fileTypeID ? audioContainerFromFileTypeID(*settings.fileTypeID) : std::nullopt;
+  const auto encoding = PCMEncoding::fromFileFormat(settings);
+  precondition(container && encoding && settings.sampleRate && settings.channelCount,
+               "a file is written with container, linear PCM, rate and channel count");
+  precondition(frameCount >= 0, "a file has no fewer than 0 frames");
+  precondition(!settings.layout || static_cast<std::int64_t>(settings.layout->labels.size()) ==
+                                       *settings.channelCount,
+               "a layout names every channel");
+  const std::int64_t channels = std::clamp<std::int64_t>(*settings.channelCount, 0, UINT32_MAX);
+  return {.container = *container,
+          .encoding = *encoding,
+          .format = {.sampleRate = *settings.sampleRate,
+                     .channelCount = static_cast<std::uint32_t>(channels),
+                     .layout = settings.layout},
+          .frameCount = frameCount};
+}
+
+}  // namespace
+
+UnwritableFormat::UnwritableFormat(std::string reason) : Error(std::move(reason)) {}
+UnwritableFormat::~UnwritableFormat() = default;
+
+PCMFileOutline PCMFileWriter::outline(const std::filesystem::path& target,
+                                      const AudioFormatSettings& settings,
+                                      std::int64_t frameCount) {
+  const PCMFileSpecification specification = specificationOf(settings, frameCount);
+  try {
+    requireSense(specification);
+    return containerKind(orvane::fileTypeID(specification.container))->outline(specification);
+  } catch (const UnwritableFormat& reason) {
+    throw PlatformError(target, reason.errorDescription());
+  }
+}
+
+PCMFileWriter::PCMFileWriter(const std::filesystem::path& target,
+                             const AudioFormatSettings& settings, std::int64_t frameCount,
+                             const Options& options)
+    : outline_(outline(target, settings, frameCount)),
+      frameCount_(frameCount),
+      ditherSeed_(options.ditherSeed),
+      file_(target, options.existing) {
+  file_.reserve(outline_.head.size() + outline_.audioBytes + outline_.tail.size());
+  file_.write(outline_.head);
+}
+
+void PCMFileWriter::write(PlanarView audio) {
+  const std::size_t channelCount = outline_.channelOrder.size();
+  precondition(audio.channelCount() == channelCount, "audio is written with the file's channels");
+  precondition(static_cast<std::int64_t>(audio.frameCount()) <= frameCount_ - position_,
+               "no more frames are written than the header states");
+  std::vector<const float*> stored;
+  for (const std::uint32_t channel : outline_.channelOrder)
+    stored.push_back(audio.channel(channel));
+  const PlanarView ordered(stored, audio.frameCount());
+  const std::size_t frameBytes = channelCount * outline_.sample.bytes;
+  const std::size_t pieceFrames = std::max<std::size_t>(kPieceBytes / frameBytes, 1);
+  bytes_.resize(std::min(pieceFrames, audio.frameCount()) * frameBytes);
+  for (std::size_t first = 0; first < ordered.frameCount(); first += pieceFrames) {
+    const PlanarView piece =
+        ordered.slice(first, std::min(pieceFrames, ordered.frameCount() - first));
+    if (ditherSeed_)
+      losses_ +=
+          interleaveDithered(outline_.sample, piece, {*ditherSeed_, position_}, bytes_.data());
+    else
+      losses_ += interleaveFromFloat(outline_.sample, piece, bytes_.data());
+    file_.write(std::span(bytes_).first(piece.frameCount() * frameBytes));
+    position_ += static_cast<std::int64_t>(piece.frameCount());
+  }
+}
+
+void PCMFileWriter::commit() {
+  precondition(position_ == frameCount_, "a file has all the frames that its header states");
+  file_.write(outline_.tail);
+  file_.commit();
+}
+
+}  // namespace orvane
