@@ -119,10 +119,11 @@ bool fallsShort(const Demuxer& demuxer, std::int64_t frames) {
 std::optional<std::int64_t> statedFrames(const Demuxer& demuxer) {
   const AVStream& stream = demuxer.stream();
   const AVRational ofFrames{1, stream.codecpar->sample_rate};
+  const AVRational ofMicroseconds{1, AV_TIME_BASE};
   if (ofFrames.den <= 0) return std::nullopt;
   const std::int64_t frames =
       stream.duration > 0 ? av_rescale_q(stream.duration, stream.time_base, ofFrames)
-                          : av_rescale_q(demuxer.format().duration, AV_TIME_BASE_Q, ofFrames);
+                          : av_rescale_q(demuxer.format().duration, ofMicroseconds, ofFrames);
   return frames > 0 ? std::optional(frames) : std::nullopt;
 }
 
