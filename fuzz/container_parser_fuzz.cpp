@@ -21,8 +21,8 @@ using fuzz::require;
 /// What holds for every answer of a parser: nothing lies outside the file.
 void checkStream(const PCMStream& stream, const InputFile& file) {
   const StreamDescription& format = stream.description.dataFormat;
-  require(stream.chunks.size() <= kMaximumChunks);
-  for (const Chunk& chunk : stream.chunks)
+  require(stream.chunkList.chunks.size() <= kMaximumChunks);
+  for (const Chunk& chunk : stream.chunkList.chunks)
     require(chunk.bodyOffset <= file.size() && chunk.size <= file.size() - chunk.bodyOffset);
   if (format.channelsPerFrame > kMaximumChannels) return;  // refused before it is used
   if (stream.description.layout)
@@ -31,7 +31,9 @@ void checkStream(const PCMStream& stream, const InputFile& file) {
   if (!stream.refusal.empty()) return;  // never read
   require(format.bytesPerFrame == stream.sample.bytes * format.channelsPerFrame);
   require(stream.dataOffset <= file.size());
-  require(stream.frameCount <= (file.size() - stream.dataOffset) / format.bytesPerFrame);
+  require(stream.frameCount >= 0);
+  require(static_cast<std::uint64_t>(stream.frameCount) <=
+          (file.size() - stream.dataOffset) / format.bytesPerFrame);
 }
 
 /// Every parser's chunks are given to every reader of markers.

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <bit>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -31,8 +30,7 @@ struct PCMStream {
   std::uint64_t dataOffset = 0;         ///< of the first sample, from the file's start, bytes
   std::int64_t frameCount = 0;          ///< whole frames that the file really holds
   std::optional<AudioExtent> extent{};  ///< of compressed audio, where the container tells it
-  std::vector<Chunk> chunks{};          ///< every chunk, for those who rewrite the file
-  std::endian byteOrder = std::endian::little;  ///< of the numbers in the chunks
+  ChunkList chunkList{};                ///< all that is there, for those who rewrite the file
   /// Why samples that are well described cannot be read, for the user; empty when they can.
   std::string refusal{};
 

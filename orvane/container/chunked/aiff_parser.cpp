@@ -117,7 +117,7 @@ PCMStream parseAIFF(const InputFile& file, std::uint64_t start) {
       HeaderFields(file, start + 8, 4, std::endian::big).fourCC(0) == fourCCFrom("AIFC");
   const ChunkGrammar grammar{
       .header = ChunkGrammar::Header::riff, .byteOrder = std::endian::big, .audioID = kSoundData};
-  ChunkList list = readChunks(file, start + kFormHeader, grammar);
+  ChunkList list = readChunks(file, start, kFormHeader, grammar);
   const Chunk* const common = list.find(kCommon);
   if (common == nullptr) throw PlatformError(file.path(), "The file does not describe its audio");
   const HeaderFields body(file, common->bodyOffset, std::min(common->size, kCommonBytes),
@@ -128,7 +128,7 @@ PCMStream parseAIFF(const InputFile& file, std::uint64_t start) {
   const FourCC type =
       isCompressible && body.size() >= kCommonBytes ? body.fourCC(18) : fourCCFrom("NONE");
 
-  PCMStream stream{.byteOrder = std::endian::big};
+  PCMStream stream;
   stream.description.fileTypeID = fourCCFrom(isCompressible ? "AIFC" : "AIFF");
   const bool isPCM = isLinearPCM(type, stated.sample);
   if (isPCM)
@@ -145,7 +145,7 @@ PCMStream parseAIFF(const InputFile& file, std::uint64_t start) {
     if (list.count(kSoundData) > 1) addWarning(stream, AudioFileWarning::Code::severalDataChunks);
   }
   if (list.hasMissingPad) addWarning(stream, AudioFileWarning::Code::unusualLayout);
-  stream.chunks = std::move(list.chunks);
+  stream.chunkList = std::move(list);
   return stream;
 }
 

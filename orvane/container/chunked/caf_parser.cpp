@@ -66,12 +66,12 @@ std::optional<AudioExtent> readExtent(const InputFile& file, const Chunk& table,
 PCMStream parseCAF(const InputFile& file, std::uint64_t start) {
   const ChunkGrammar grammar{
       .header = ChunkGrammar::Header::caf, .byteOrder = std::endian::big, .audioID = kData};
-  ChunkList list = readChunks(file, start + kFileHeader, grammar);
+  ChunkList list = readChunks(file, start, kFileHeader, grammar);
   const Chunk* const description = list.find(kDescription);
   if (description == nullptr)
     throw PlatformError(file.path(), "The file does not describe its audio");
 
-  PCMStream stream{.byteOrder = std::endian::big};
+  PCMStream stream;
   stream.description.fileTypeID = fourCCFrom("caff");
   applyDescription(stream,
                    HeaderFields(file, description->bodyOffset,
@@ -95,7 +95,7 @@ PCMStream parseCAF(const InputFile& file, std::uint64_t start) {
     if (data->headerOffset < description->headerOffset)
       addWarning(stream, AudioFileWarning::Code::unusualLayout);
   }
-  stream.chunks = std::move(list.chunks);
+  stream.chunkList = std::move(list);
   return stream;
 }
 

@@ -29,35 +29,23 @@ class Walker {
  public:
   Walker(const InputFile& file, const ChunkGrammar& grammar) : file_(file), grammar_(grammar) {}
 
-  ChunkList walk(std::uint64_t offset);
+  ChunkList walk(std::uint64_t offset) const;
 
  private:
-  std::uint64_t headerSize() const;
   std::optional<Header> headerAt(std::uint64_t offset) const;
   bool isPlausibleAt(std::uint64_t offset) const;
   bool isChainAt(std::uint64_t offset) const;
   Chunk chunkOf(const Header& header, std::uint64_t offset) const;
+  ChunkList::Ending walkChunks(std::uint64_t& offset, ChunkList& list) const;
   std::uint64_t nextOffset(const Chunk& chunk, ChunkList& list) const;
 
   const InputFile& file_;
   const ChunkGrammar& grammar_;
 };
 
-std::uint64_t Walker::headerSize() const {
-  switch (grammar_.header) {
-    case ChunkGrammar::Header::riff:
-      return 8;
-    case ChunkGrammar::Header::wave64:
-      return 24;
-    case ChunkGrammar::Header::caf:
-      return 12;
-  }
-  return 8;
-}
-
 std::optional<Header> Walker::headerAt(std::uint64_t offset) const {
-  const HeaderFields fields(file_, offset, headerSize(), grammar_.byteOrder);
-  if (fields.size() < headerSize()) return {};
+  const HeaderFields fields(file_, offset, grammar_.headerBytes(), grammar_.byteOrder);
+  if (fields.size() < grammar_.headerBytes()) return {};
   Header header{.id = fields.fourCC(0)};
   switch (grammar_.header) {
     case ChunkGrammar::Header::riff: {
@@ -73,8 +61,9 @@ std::optional<Header> Walker::headerAt(std::uint64_t offset) const {
       const HeaderFields guid(file_, offset + 4, 12, std::endian::big);
       if (guid.u32(0) != kWave64Tail1 || guid.u64(4) != kWave64Tail2) header.id = 0;
       const std::uint64_t size = fields.u64(16);
-      header.isSizePossible = size >= headerSize();
-      header.stated = size == kAllOnes || !header.isSizePossible ? size : size - headerSize();
+      header.isSizePossible = size >= grammar_.headerBytes();
+      header.stated =
+          size == kAllOnes || !header.isSizePossible ? size : size - grammar_.headerBytes();
       break;
     }
     case ChunkGrammar::Header::caf: {
@@ -94,20 +83,22 @@ bool Walker::isPlausibleAt(std::uint64_t offset) const {
     const FourCC character = (header->id >> shift) & 0xFF;
     if (character < 0x20 || character > 0x7E) return false;
   }
-  return header->id == grammar_.audioID || header->stated <= file_.size() - offset - headerSize();
+  return header->id == grammar_.audioID ||
+         header->stated <= file_.size() - offset - grammar_.headerBytes();
 }
 
 /// Whether what seems to begin here is the audio, or leads to the next chunk or to the file's end.
 bool Walker::isChainAt(std::uint64_t offset) const {
   if (!isPlausibleAt(offset)) return false;
   const Header header = *headerAt(offset);
-  const std::uint64_t end = offset + headerSize() + header.stated;
+  const std::uint64_t end = offset + grammar_.headerBytes() + header.stated;
   return header.id == grammar_.audioID || end == file_.size() ||
          isPlausibleAt(end + header.stated % 2);
 }
 
 Chunk Walker::chunkOf(const Header& header, std::uint64_t offset) const {
-  Chunk chunk{.id = header.id, .headerOffset = offset, .bodyOffset = offset + headerSize()};
+  Chunk chunk{
+      .id = header.id, .headerOffset = offset, .bodyOffset = offset + grammar_.headerBytes()};
   const std::uint64_t rest = file_.size() - chunk.bodyOffset;
   chunk.size = std::min(header.stated, rest);
   if (header.id == grammar_.audioID) {
@@ -140,21 +131,53 @@ std::uint64_t Walker::nextOffset(const Chunk& chunk, ChunkList& list) const {
   return end + 1;
 }
 
-ChunkList Walker::walk(std::uint64_t offset) {
-  ChunkList list;
-  while (list.chunks.size() < kMaximumChunks) {
-    const std::optional<Header> header = headerAt(offset);
-    if (!header) break;
-    if (!header->isSizePossible && header->id != grammar_.audioID) break;
-    const Chunk chunk = chunkOf(*header, offset);
-    list.chunks.push_back(chunk);
-    if (chunk.extent != Chunk::Extent::exact) break;
-    offset = nextOffset(chunk, list);
-  }
+ChunkList Walker::walk(std::uint64_t offset) const {
+  ChunkList list{.grammar = grammar_};
+  list.ending = walkChunks(offset, list);
+  list.end = std::min(offset, file_.size());
   return list;
 }
 
+ChunkList::Ending Walker::walkChunks(std::uint64_t& offset, ChunkList& list) const {
+  while (list.chunks.size() < kMaximumChunks) {
+    const std::optional<Header> header = headerAt(offset);
+    if (!header) return ChunkList::Ending::fileEnd;
+    if (!header->isSizePossible && header->id != grammar_.audioID)
+      return ChunkList::Ending::impossible;
+    const Chunk chunk = chunkOf(*header, offset);
+    list.chunks.push_back(chunk);
+    offset = chunk.extent == Chunk::Extent::exact ? nextOffset(chunk, list) : file_.size();
+    if (chunk.extent == Chunk::Extent::open) return ChunkList::Ending::openAudio;
+    if (chunk.extent == Chunk::Extent::cutShort) return ChunkList::Ending::cutShort;
+  }
+  return ChunkList::Ending::tooMany;
+}
+
 }  // namespace
+
+std::uint64_t ChunkGrammar::headerBytes() const noexcept {
+  switch (header) {
+    case Header::riff:
+      return 8;
+    case Header::wave64:
+      return 24;
+    case Header::caf:
+      return 12;
+  }
+  return 8;
+}
+
+std::uint64_t ChunkGrammar::alignment() const noexcept {
+  switch (header) {
+    case Header::riff:
+      return 2;
+    case Header::wave64:
+      return 8;
+    case Header::caf:
+      return 1;
+  }
+  return 1;
+}
 
 const Chunk* ChunkList::find(FourCC id) const noexcept {
   const auto found = std::ranges::find(chunks, id, &Chunk::id);
@@ -165,8 +188,11 @@ std::size_t ChunkList::count(FourCC id) const noexcept {
   return static_cast<std::size_t>(std::ranges::count(chunks, id, &Chunk::id));
 }
 
-ChunkList readChunks(const InputFile& file, std::uint64_t offset, const ChunkGrammar& grammar) {
-  return Walker(file, grammar).walk(offset);
+ChunkList readChunks(const InputFile& file, std::uint64_t form, std::uint64_t headBytes,
+                     const ChunkGrammar& grammar) {
+  ChunkList list = Walker(file, grammar).walk(form + headBytes);
+  list.formOffset = form;
+  return list;
 }
 
 }  // namespace orvane

@@ -42,11 +42,33 @@ struct ChunkGrammar {
   FourCC audioID = 0;  ///< the chunk that holds the samples; only its size may be left open
   /// True sizes of chunks whose 32-bit size is all ones (RF64, BW64).
   std::vector<std::pair<FourCC, std::uint64_t>> longSizes{};
+
+  bool operator==(const ChunkGrammar&) const = default;
+
+  /// Bytes of a chunk's header.
+  std::uint64_t headerBytes() const noexcept;
+  /// Chunks begin at multiples of this.
+  std::uint64_t alignment() const noexcept;
 };
 
 struct ORVANE_TESTING_API ChunkList {
-  std::vector<Chunk> chunks{};  ///< in file order
-  bool hasMissingPad = false;   ///< an odd chunk was followed at once by the next one
+  /// Why the walk ended.
+  enum class Ending {
+    fileEnd,     ///< with the file, or with fewer bytes left than a chunk's header has
+    openAudio,   ///< the size of the audio is left open: it is the rest of the file
+    cutShort,    ///< the last chunk states more than the file holds
+    impossible,  ///< what follows cannot be a chunk
+    tooMany      ///< `kMaximumChunks` are there
+  };
+
+  ChunkGrammar grammar{};
+  std::uint64_t formOffset = 0;  ///< of the form that the chunks stand in, from the file's start
+  std::vector<Chunk> chunks{};   ///< in file order
+  std::uint64_t end = 0;         ///< behind the last chunk and its padding, from the file's start
+  Ending ending = Ending::fileEnd;
+  bool hasMissingPad = false;  ///< an odd chunk was followed at once by the next one
+
+  bool operator==(const ChunkList&) const = default;
 
   /// The first chunk with this identifier; null when there is none.
   const Chunk* find(FourCC id) const noexcept;
@@ -56,9 +78,10 @@ struct ORVANE_TESTING_API ChunkList {
 /// More chunks than any real file has; the walk ends there.
 inline constexpr std::size_t kMaximumChunks = 65'536;
 
-/// Walks the chunks from `offset` to the file's end. Ends early, without complaint, where the bytes
+/// Walks the chunks of the form that begins at `form`, from `headBytes` behind that to the file's
+/// end. Ends early, without complaint, where the bytes
 /// stop making sense. The work is bounded by `kMaximumChunks`.
-ORVANE_TESTING_API ChunkList readChunks(const InputFile& file, std::uint64_t offset,
-                                        const ChunkGrammar& grammar);
+ORVANE_TESTING_API ChunkList readChunks(const InputFile& file, std::uint64_t form,
+                                        std::uint64_t headBytes, const ChunkGrammar& grammar);
 
 }  // namespace orvane

@@ -29,11 +29,6 @@ HeaderFields bodyOf(const InputFile& file, const Chunk* chunk, std::uint64_t mos
           chunk != nullptr ? std::min(chunk->size, mostBytes) : 0, order};
 }
 
-const Chunk* find(const PCMStream& stream, FourCC id) {
-  const auto found = std::ranges::find(stream.chunks, id, &Chunk::id);
-  return found == stream.chunks.end() ? nullptr : &*found;
-}
-
 bool isPossible(double seconds) {
   return std::isfinite(seconds) && seconds >= 0;
 }
@@ -62,7 +57,7 @@ void readCueText(const HeaderFields& list, FourCC id, std::size_t at, std::size_
 std::map<std::uint32_t, CueText> readCueTexts(const InputFile& file, const PCMStream& stream,
                                               std::endian order) {
   std::map<std::uint32_t, CueText> texts;
-  for (const Chunk& chunk : stream.chunks) {
+  for (const Chunk& chunk : stream.chunkList.chunks) {
     if (chunk.id != fourCCFrom("LIST")) continue;
     const HeaderFields list = bodyOf(file, &chunk, kMaximumTextBytes, order);
     if (list.size() < 4 || list.fourCC(0) != fourCCFrom("adtl")) continue;
@@ -107,12 +102,12 @@ std::map<std::uint32_t, std::string> readStrings(const InputFile& file, const Ch
 }  // namespace
 
 std::vector<ChapterMark> ofRIFF(const InputFile& file, const PCMStream& stream) {
-  const std::endian order = stream.byteOrder;
+  const std::endian order = stream.chunkList.grammar.byteOrder;
   constexpr std::size_t kPoint = 24;
   constexpr std::size_t kFrameInPoint = 20;
   const double rate = stream.description.dataFormat.sampleRate;
-  const HeaderFields cue =
-      bodyOf(file, find(stream, fourCCFrom("cue ")), 4 + kPoint * kMaximumEmbeddedChapters, order);
+  const HeaderFields cue = bodyOf(file, stream.chunkList.find(fourCCFrom("cue ")),
+                                  4 + kPoint * kMaximumEmbeddedChapters, order);
   if (cue.size() < 4 || !(rate > 0)) return {};
   const auto texts = readCueTexts(file, stream, order);
   const std::size_t count = std::min<std::size_t>(cue.u32(0), (cue.size() - 4) / kPoint);
@@ -136,7 +131,7 @@ std::vector<ChapterMark> ofAIFF(const InputFile& file, const PCMStream& stream) 
   constexpr std::size_t kMarkerHead = 7;  // identifier, position, length of the name
   const double rate = stream.description.dataFormat.sampleRate;
   const HeaderFields body =
-      bodyOf(file, find(stream, fourCCFrom("MARK")), kMaximumTextBytes, std::endian::big);
+      bodyOf(file, stream.chunkList.find(fourCCFrom("MARK")), kMaximumTextBytes, std::endian::big);
   if (body.size() < 2 || !(rate > 0)) return {};
   std::vector<ChapterMark> marks;
   std::size_t at = 2;
@@ -157,10 +152,10 @@ std::vector<ChapterMark> ofCAF(const InputFile& file, const PCMStream& stream) {
   constexpr std::size_t kHead = 8;  // kind of time code, count
   constexpr std::size_t kMarker = 28;
   const double rate = stream.description.dataFormat.sampleRate;
-  const HeaderFields body = bodyOf(file, find(stream, fourCCFrom("mark")),
+  const HeaderFields body = bodyOf(file, stream.chunkList.find(fourCCFrom("mark")),
                                    kHead + kMarker * kMaximumEmbeddedChapters, std::endian::big);
   if (body.size() < kHead || !(rate > 0)) return {};
-  const auto names = readStrings(file, find(stream, fourCCFrom("strg")));
+  const auto names = readStrings(file, stream.chunkList.find(fourCCFrom("strg")));
   const std::size_t count = std::min<std::size_t>(body.u32(4), (body.size() - kHead) / kMarker);
   std::vector<ChapterMark> marks;
   for (std::size_t i = 0; i < count; ++i) {

@@ -43,7 +43,7 @@ PCMStream parseRIFF(const InputFile& file, std::uint64_t start) {
                        .audioID = kWaveDataID};
   if (isLong) grammar.longSizes = readLongSizes(file, start);
   return waveStream(file, isLong ? form : fourCCFrom("WAVE"),
-                    readChunks(file, start + kFormHeader, grammar), grammar.byteOrder);
+                    readChunks(file, start, kFormHeader, grammar));
 }
 
 }  // namespace orvane

@@ -10,8 +10,7 @@ PCMStream parseWave64(const InputFile& file, std::uint64_t start) {
   const ChunkGrammar grammar{.header = ChunkGrammar::Header::wave64,
                              .byteOrder = std::endian::little,
                              .audioID = kWaveDataID};
-  return waveStream(file, fourCCFrom("W64f"), readChunks(file, start + kFormHeader, grammar),
-                    std::endian::little);
+  return waveStream(file, fourCCFrom("W64f"), readChunks(file, start, kFormHeader, grammar));
 }
 
 }  // namespace orvane

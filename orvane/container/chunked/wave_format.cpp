@@ -142,9 +142,9 @@ FourCC codecOfWaveTag(std::uint16_t tag) {
   }
 }
 
-PCMStream waveStream(const InputFile& file, FourCC fileTypeID, ChunkList list,
-                     std::endian byteOrder) {
-  PCMStream stream{.byteOrder = byteOrder};
+PCMStream waveStream(const InputFile& file, FourCC fileTypeID, ChunkList list) {
+  const std::endian byteOrder = list.grammar.byteOrder;
+  PCMStream stream;
   stream.description.fileTypeID = fileTypeID;
   const Chunk* const format = list.find(kWaveFormatID);
   if (format == nullptr) throw PlatformError(file.path(), "The file does not describe its audio");
@@ -158,7 +158,7 @@ PCMStream waveStream(const InputFile& file, FourCC fileTypeID, ChunkList list,
       addWarning(stream, AudioFileWarning::Code::unusualLayout);
   }
   if (list.hasMissingPad) addWarning(stream, AudioFileWarning::Code::unusualLayout);
-  stream.chunks = std::move(list.chunks);
+  stream.chunkList = std::move(list);
   return stream;
 }
 

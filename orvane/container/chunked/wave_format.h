@@ -1,6 +1,5 @@
 #pragma once
 
-#include <bit>
 #include <cstdint>
 
 #include "orvane/container/pcm_stream.h"
@@ -15,7 +14,6 @@ FourCC codecOfWaveTag(std::uint16_t tag);
 
 /// The stream that the format and data chunks of a WAVE file describe, in whichever way the chunks
 /// are headed. Throws `PlatformError` without a format chunk, or with one that is cut short.
-PCMStream waveStream(const InputFile& file, FourCC fileTypeID, ChunkList list,
-                     std::endian byteOrder);
+PCMStream waveStream(const InputFile& file, FourCC fileTypeID, ChunkList list);
 
 }  // namespace orvane

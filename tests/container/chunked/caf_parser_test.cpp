@@ -71,7 +71,7 @@ TEST_F(CafParser, DoesNotPadOddChunks) {
                      {.id = "info", .body = Bytes(2)}}));
   EXPECT_EQ(stream.frameCount, 3);
   EXPECT_EQ(stream.sample.kind, SampleEncoding::Kind::signedInteger);
-  EXPECT_EQ(stream.chunks.size(), 4U);
+  EXPECT_EQ(stream.chunkList.chunks.size(), 4U);
 }
 
 TEST_F(CafParser, TakesASizeOfMinusOneToTheEndWithoutComplaint) {

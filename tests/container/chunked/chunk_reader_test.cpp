@@ -17,7 +17,7 @@ class ChunkReader : public testing::Test {
  protected:
   ChunkList read(const Bytes& bytes, const ChunkGrammar& grammar, std::uint64_t start = 0) {
     const InputFile file(folder_.write("chunks", bytes));
-    return readChunks(file, start, grammar);
+    return readChunks(file, 0, start, grammar);
   }
 
   static Bytes chunk(std::string_view id, std::uint32_t size, std::size_t bodyBytes) {

@@ -48,7 +48,7 @@ TEST_F(RiffParser, DescribesPlainPCM) {
                                .bitsPerChannel = 24}));
   EXPECT_EQ(stream.dataOffset, 44U);
   EXPECT_EQ(stream.frameCount, 8);
-  EXPECT_EQ(stream.chunks.size(), 2U);
+  EXPECT_EQ(stream.chunkList.chunks.size(), 2U);
   EXPECT_TRUE(stream.description.warnings.empty());
 }
 
@@ -112,7 +112,7 @@ TEST_F(RiffParser, TakesLongSizesFromTheirChunk) {
                         {.id = "LIST", .body = Bytes(4)}}));
     EXPECT_EQ(stream.description.fileTypeID, fourCCFrom(form));
     EXPECT_EQ(stream.frameCount, 2);
-    EXPECT_EQ(stream.chunks.size(), 4U);
+    EXPECT_EQ(stream.chunkList.chunks.size(), 4U);
     EXPECT_TRUE(stream.description.warnings.empty());
   }
 }

@@ -30,9 +30,9 @@ TEST_F(Wave64Parser, ReadsFormatAndPlaceOfTheAudio) {
   EXPECT_EQ(stream.description.fileTypeID, fourCCFrom("W64f"));
   EXPECT_EQ(stream.frameCount, 3);
   EXPECT_EQ(stream.description.dataFormat.bitsPerChannel, 24U);
-  ASSERT_EQ(stream.chunks.size(), 4U);
+  ASSERT_EQ(stream.chunkList.chunks.size(), 4U);
   // Each chunk begins on a boundary of eight bytes.
-  for (const Chunk& chunk : stream.chunks) EXPECT_EQ(chunk.headerOffset % 8, 0U);
+  for (const Chunk& chunk : stream.chunkList.chunks) EXPECT_EQ(chunk.headerOffset % 8, 0U);
   EXPECT_EQ(stream.dataOffset, 40U + 40 + 32 + 24);
 }
 
