@@ -10,33 +10,34 @@ namespace {
 
 using ReproducibleMath::Phase;
 
+// Times are whole numbers of steps of 100 ms, so that a duration either holds a sequence or not.
+constexpr double kStepsPerSecond = 10;
 /// Five bursts per second can be counted by ear.
-constexpr double kBurstSeconds = 0.1;
-constexpr double kBurstPeriodSeconds = 0.2;
+constexpr std::size_t kStepsFromBurstToBurst = 2;
 /// Makes the silence before the next channel four times as long as that between two bursts.
-constexpr double kExtraPauseSeconds = 0.3;
+constexpr std::size_t kExtraPauseSteps = 3;
 /// A burst rises and falls as a cosine does, lest it be heard as clicks.
 constexpr double kRampSeconds = 0.005;
 
-/// From the first burst of a channel to the first of the next one.
-double turnSeconds(const GeneratorSpec& spec, std::size_t channel) {
-  if (!spec.sounds(channel)) return 0;
-  return static_cast<double>(channel + 1) * kBurstPeriodSeconds + kExtraPauseSeconds;
-}
-
 /// When the first burst of a channel comes in a sequence; for one more than there are channels, how
 /// long the sequence takes.
-double startSeconds(const GeneratorSpec& spec, std::size_t channel) {
-  double seconds = 0;
-  for (std::size_t earlier = 0; earlier < channel; ++earlier) seconds += turnSeconds(spec, earlier);
-  return seconds;
+std::size_t startStep(const GeneratorSpec& spec, std::size_t channel) {
+  std::size_t steps = 0;
+  for (std::size_t earlier = 0; earlier < channel; ++earlier)
+    if (spec.sounds(earlier)) steps += (earlier + 1) * kStepsFromBurstToBurst + kExtraPauseSteps;
+  return steps;
 }
 
-void renderBurst(const GeneratorSpec& spec, double startSeconds, std::vector<float>& samples) {
+std::size_t frameOf(const GeneratorSpec& spec, std::size_t step) {
+  return static_cast<std::size_t>(
+      std::round(static_cast<double>(step) / kStepsPerSecond * spec.sampleRate));
+}
+
+/// One step of tone.
+void renderBurst(const GeneratorSpec& spec, std::size_t first, std::vector<float>& samples) {
   const double amplitude = ReproducibleMath::amplitudeOfDB(spec.levelDB);
   const double rampFrames = kRampSeconds * spec.sampleRate;
-  const auto first = static_cast<std::size_t>(std::round(startSeconds * spec.sampleRate));
-  const auto frames = static_cast<std::size_t>(std::round(kBurstSeconds * spec.sampleRate));
+  const std::size_t frames = frameOf(spec, 1);
   const Phase step = ReproducibleMath::phaseOfTurns(spec.frequency / spec.sampleRate);
   for (std::size_t i = 0; i < frames && first + i < samples.size(); ++i) {
     const auto toEdge = static_cast<double>(std::min(i, frames - i));
@@ -51,17 +52,17 @@ void renderBurst(const GeneratorSpec& spec, double startSeconds, std::vector<flo
 }  // namespace
 
 double ChannelIdent::sequenceSeconds(const GeneratorSpec& spec) {
-  return startSeconds(spec, spec.channelCount);
+  return static_cast<double>(startStep(spec, spec.channelCount)) / kStepsPerSecond;
 }
 
 std::vector<float> ChannelIdent::render(const GeneratorSpec& spec, std::size_t channel) {
   std::vector<float> samples(spec.frameCount());
-  const double sequence = sequenceSeconds(spec);
-  const double start = startSeconds(spec, channel);
-  for (double repetition = 0; (repetition + 1) * sequence <= spec.durationSeconds; ++repetition)
+  const std::size_t sequence = startStep(spec, spec.channelCount);
+  const std::size_t first = startStep(spec, channel);
+  for (std::size_t end = sequence;
+       static_cast<double>(end) / kStepsPerSecond <= spec.durationSeconds; end += sequence)
     for (std::size_t burst = 0; burst <= channel; ++burst)
-      renderBurst(spec,
-                  repetition * sequence + start + static_cast<double>(burst) * kBurstPeriodSeconds,
+      renderBurst(spec, frameOf(spec, end - sequence + first + burst * kStepsFromBurstToBurst),
                   samples);
   return samples;
 }

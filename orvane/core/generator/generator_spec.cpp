@@ -100,7 +100,7 @@ void requireWaveform(const GeneratorSpec& spec) {
       requireTone(spec, "frequency", "frequency", spec.frequency);
       const double seconds = ChannelIdent::sequenceSeconds(spec);
       return require(spec.durationSeconds >= seconds, "durationSeconds",
-                     "The duration must be at least " + textOf(std::round(seconds * 10) / 10) +
+                     "The duration must be at least " + textOf(seconds) +
                          " seconds, which it takes to name every channel once.");
     }
     case GeneratorWaveform::whiteNoise:

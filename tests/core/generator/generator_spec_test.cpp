@@ -5,6 +5,7 @@
 #include <cmath>
 #include <functional>
 #include <limits>
+#include <utility>
 
 namespace orvane::core {
 namespace {
@@ -84,8 +85,11 @@ TEST(GeneratorSpec, WantsRoomToNameEveryChannel) {
       spec.durationSeconds = seconds;
     });
   };
-  EXPECT_EQ(identOf(8, 10), "");
-  EXPECT_EQ(identOf(8, 9.5), "durationSeconds");
+  for (const auto& [channels, seconds] :
+       {std::pair{1U, 0.5}, std::pair{2U, 1.2}, std::pair{6U, 6.0}, std::pair{8U, 9.6}}) {
+    EXPECT_EQ(identOf(channels, seconds), "") << channels;
+    EXPECT_EQ(identOf(channels, seconds - 0.01), "durationSeconds") << channels;
+  }
 }
 
 TEST(GeneratorSpec, WantsARateAndChannels) {
