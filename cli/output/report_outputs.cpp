@@ -1,6 +1,5 @@
 #include "cli/output/report_outputs.h"
 
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -8,9 +7,9 @@
 #include <system_error>
 #include <utility>
 
+#include "cli/output/output_file.h"
 #include "cli/output/source_date.h"
 #include "cli/usage_error.h"
-#include "orvane/edit/edit_output_guard.h"
 #include "orvane/platform/atomic_file.h"
 #include "orvane/platform/error.h"
 #include "orvane/platform/parallel.h"
@@ -24,49 +23,11 @@ namespace fs = std::filesystem;
 constexpr const char* kStandardOutput = "-";
 constexpr const char* kGroup = "Reports";
 
-/// What makes two names the same file.
-using FileIdentity = std::pair<dev_t, ino_t>;
-
-std::optional<FileIdentity> identityOf(const fs::path& path) {
-  struct stat status {};
-  if (::stat(path.c_str(), &status) != 0) return std::nullopt;
-  return FileIdentity{status.st_dev, status.st_ino};
-}
-
-/// The files that are read, each under one of its names.
-using ReadFiles = std::map<FileIdentity, fs::path>;
-
-void requireNotRead(const fs::path& output, const ReadFiles& read) {
-  const auto identity = identityOf(output);
-  const auto same = identity ? read.find(*identity) : read.end();
-  if (same == read.end()) return;
-  EditOutputGuard::assertNotInPlace(same->second, output);
-  throw PlatformError(output,
-                      "it is another name of \"" + same->second.string() + "\", which is read");
-}
-
 /// One form for all names of a place; what cannot be resolved will not open either.
 fs::path placeOf(const fs::path& path) {
   std::error_code failure;
   auto place = fs::weakly_canonical(fs::absolute(path), failure);
   return failure ? path.lexically_normal() : place;
-}
-
-void requireFolder(const fs::path& output) {
-  const fs::path folder = output.parent_path();
-  std::error_code ignored;
-  if (folder.empty() || fs::is_directory(folder, ignored)) return;
-  throw PlatformError(output, "there is no folder \"" + folder.string() + "\"");
-}
-
-AtomicFile opened(const fs::path& output, bool force) {
-  using Existing = AtomicFile::Existing;
-  try {
-    return AtomicFile(output, force ? Existing::replace : Existing::refuse);
-  } catch (const PlatformError& error) {
-    if (error.code() != std::errc::file_exists) throw;
-    throw PlatformError(output, error.message() + "; --force replaces it", error.code());
-  }
 }
 
 void addFile(CLI::App& command, ReportOutputOptions& options, ReportFormat format,
@@ -172,11 +133,8 @@ ReportOutputs::ReportOutputs(const ReportOutputOptions& options, std::span<const
 bool ReportOutputs::check(std::span<const InputName> inputs,
                           std::span<const fs::path> otherFilesRead) const {
   ReadFiles read;
-  const auto note = [&read](const fs::path& path) {
-    if (const auto identity = identityOf(path)) read.emplace(*identity, path);
-  };
-  for (const InputName& input : inputs) note(input.path);
-  for (const fs::path& path : otherFilesRead) note(path);
+  for (const InputName& input : inputs) read.add(input.path);
+  for (const fs::path& path : otherFilesRead) read.add(path);
 
   std::set<fs::path> known;
   bool needsBrowser = false;
@@ -184,11 +142,10 @@ bool ReportOutputs::check(std::span<const InputName> inputs,
     for (const Output& output : ofOneInput) {
       needsBrowser = needsBrowser || output.format == ReportFormat::pdf;
       if (!output.path) continue;
-      requireNotRead(*output.path, read);
+      read.requireNone(*output.path);
       if (!known.insert(placeOf(*output.path)).second)
         throw UsageError("two reports would be written to '" + output.path->string() + "'");
-      requireFolder(*output.path);
-      opened(*output.path, force_);  // and dropped again
+      OutputFile::requireWritable(*output.path, force_);
     }
   }
   return needsBrowser;
@@ -216,7 +173,7 @@ std::string ReportOutputs::write(std::size_t inputIndex, const OrvaneReport& rep
       forStandardOutput = std::move(content);
       return;
     }
-    AtomicFile file = opened(*output.path, force_);
+    AtomicFile file = OutputFile::open(*output.path, force_);
     file.write(content);
     file.commit();
   });

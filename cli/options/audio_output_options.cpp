@@ -1,0 +1,93 @@
+#include "cli/options/audio_output_options.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "cli/usage_error.h"
+
+namespace orvane::cli {
+namespace {
+
+constexpr const char* kGroup = "Output";
+
+constexpr std::pair<std::string_view, AudioContainer> kContainers[] = {
+    {"wav", AudioContainer::wave},   {"rf64", AudioContainer::rf64},
+    {"bw64", AudioContainer::bw64},  {"w64", AudioContainer::wave64},
+    {"aiff", AudioContainer::aiff},  {"aifc", AudioContainer::aifc},
+    {"caf", AudioContainer::caf}};
+
+constexpr std::pair<std::string_view, PCMEncoding> kEncodings[] = {
+    {"u8", {8, false}},  {"s16", {16, false}}, {"s24", {24, false}},
+    {"s32", {32, false}}, {"f32", {32, true}},  {"f64", {64, true}}};
+
+/// The choice of a name; what is none of the names is a `UsageError` that lists them.
+template <typename Choices>
+auto chosen(const Choices& choices, const std::string& option, const std::string& name) {
+  std::string known;
+  for (const auto& [text, value] : choices) {
+    if (text == name) return value;
+    known += (known.empty() ? "" : ", ") + std::string(text);
+  }
+  throw UsageError(option + ": unknown name '" + name + "'; the names are " + known);
+}
+
+}  // namespace
+
+std::optional<AudioContainer> audioContainerFromName(std::string_view name) {
+  for (const auto& [text, container] : kContainers)
+    if (text == name) return container;
+  return std::nullopt;
+}
+
+AudioContainer AudioOutputOptions::containerFor(const PCMEncoding& stored,
+                                                AudioContainer otherwise) const {
+  if (container) return *container;
+  std::string extension = std::filesystem::path(file).extension().string();
+  if (!extension.empty()) extension.erase(0, 1);
+  return accommodating(audioContainerFromExtension(extension).value_or(otherwise), stored.isFloat);
+}
+
+void addAudioOutputOptions(CLI::App& command, AudioOutputOptions& options) {
+  command.add_option("-o,--output", options.file, "The file to write")
+      ->option_text("OUT")
+      ->required()
+      ->group(kGroup);
+  command.add_flag("--force", options.force, "Replace OUT if it exists")->group(kGroup);
+  command.add_flag("--dry-run", options.dryRun, "Say what would be written, and write nothing")
+      ->group(kGroup);
+  command.add_flag("--json", options.json, "Say what was written as JSON")->group(kGroup);
+  command.add_flag("-q,--quiet", options.quiet, "Do not say what was written")->group(kGroup);
+}
+
+void addAudioFormatOptions(CLI::App& command, AudioOutputOptions& options) {
+  command
+      .add_option_function<std::string>(
+          "--container",
+          [&options](const std::string& name) {
+            options.container = chosen(kContainers, "--container", name);
+          },
+          "What kind of file; by default OUT's extension says it")
+      ->option_text("wav|rf64|bw64|w64|aiff|aifc|caf")
+      ->group(kGroup);
+  command
+      .add_option_function<std::string>(
+          "--encoding",
+          [&options](const std::string& name) {
+            options.encoding = chosen(kEncodings, "--encoding", name);
+          },
+          "How samples are stored; by default as in the source")
+      ->option_text("u8|s16|s24|s32|f32|f64")
+      ->group(kGroup);
+  command
+      .add_option_function<std::string>(
+          "--dither",
+          [&options](const std::string& name) {
+            if (name != "tpdf") throw UsageError("--dither: the one kind is tpdf, not '" + name + "'");
+            options.dither = true;
+          },
+          "Add triangular dither before samples are rounded")
+      ->option_text("tpdf")
+      ->group(kGroup);
+}
+
+}  // namespace orvane::cli

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "cli/options/audio_output_options.h"
+#include "cli/output/json_output.h"
+#include "cli/terminal/console.h"
+#include "orvane/platform/audio_format.h"
+#include "orvane/platform/sample_conversion.h"
+
+namespace orvane::cli {
+
+/// An audio file that was written, or would have been.
+struct WrittenAudio {
+  std::filesystem::path file{};
+  AudioFormatSettings settings{};
+  std::int64_t frameCount = 0;
+  SampleLosses losses{};
+  std::vector<std::string> warnings{};
+
+  /// "take.wav: WAV, 24-bit integer, 48 kHz, 2 channels, 0:10.000 (480,000 frames)".
+  std::string summary() const;
+};
+
+/// Tells of it: the warnings and what was lost as such, then the summary, or with `--json` a
+/// document that begins with what `document` has and goes on with `file`, `container`, `encoding`,
+/// `sampleRate`, `channelCount`, `frameCount`, `clippedSamples`, `nonFiniteSamples`, `warnings` and
+/// `isDryRun`.
+void tellOfWrittenAudio(const WrittenAudio& audio, const AudioOutputOptions& options,
+                        Console& console, JsonOutput::Document document = {});
+
+}  // namespace orvane::cli
