@@ -1,0 +1,20 @@
+#pragma once
+
+/// Destructive edits on decoded audio.
+///
+/// Frame ranges are [startFrame, endFrame), cut to what is there. Where nothing is, the audio stays
+/// as it is; nothing here throws. Each edit has up to three forms with the same samples:
+/// - on whole channels in memory, giving an `EditResult`: channels of unequal length and a rate
+/// that
+///   is no number are programming errors; arrays that are given away (std::move) are not copied;
+/// - in place, on a view of audio that the caller owns;
+/// - on a slice of a longer programme, for what does not fit into memory twice.
+/// An edit that moves frames has a `FrameMap` beside it; for all others it is the identity.
+#include "orvane/edit/dc_offset.h"
+#include "orvane/edit/edit_result.h"
+#include "orvane/edit/fade_curve.h"
+#include "orvane/edit/fade_envelope.h"
+#include "orvane/edit/frame_map.h"
+#include "orvane/edit/level.h"
+#include "orvane/edit/silence.h"
+#include "orvane/edit/trim_cut.h"
