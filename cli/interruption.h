@@ -3,8 +3,9 @@
 #include "cli/exit_code.h"
 
 /// Ctrl-C, the system's request to end, and a terminal that is gone. Long work asks `isRequested`
-/// and stops in good order. A second later, or by a second signal, the process ends wherever it is;
-/// what it was writing has no name or is recognised by the next run.
+/// and stops in good order. A second later, or by a second signal, the process ends wherever it is,
+/// but for the moment in which a file gets its name; what it was writing has none or is recognised
+/// by the next run.
 namespace orvane::cli::Interruption {
 
 /// Installs the handlers.

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "orvane/platform/atomic_file.h"
+#include "tests/support/in_child.h"
 #include "tests/support/system_call_faults.h"
 #include "tests/support/temporary_directory.h"
 #include "tests/support/whole_file.h"
@@ -134,6 +135,32 @@ TEST_F(AtomicFileVersionTest, LosesNoneOfTwoSavesThatComeInBetween) {
   const auto left = abandonedTemporaries(folder.path());
   ASSERT_EQ(left.size(), 1U);
   EXPECT_EQ(readFile(left.front()), "second");
+}
+
+TEST_F(AtomicFileVersionTest, OfTwoSaversAtOnceOneWinsAndTheOtherIsTold) {
+  for (int round = 0; round < 50; ++round) {
+    writeFile(target, "as it was read");
+    const auto stamp = FileStamp::of(target).value();
+    const auto save = [&](const std::string& content) {
+      return test::startInChild([&, content] {
+        try {
+          AtomicFile file(target, stamp);
+          file.write(content);
+          file.commit();
+          return 0;
+        } catch (const PlatformError& error) {
+          return error.errorDescription() == kChanged ? 1 : 2;
+        }
+      });
+    };
+    const auto first = save("first");
+    const auto second = save("second");
+    const int endOfFirst = test::waitFor(first).exitCode;
+    const int endOfSecond = test::waitFor(second).exitCode;
+    EXPECT_EQ(endOfFirst + endOfSecond, 1);
+    EXPECT_EQ(readFile(target), endOfFirst == 0 ? "first" : "second");
+    EXPECT_EQ(names(), std::vector<std::string>{"take.wav"});
+  }
 }
 
 TEST_F(AtomicFileVersionTest, SaysThatItIsSavedWhenTheChangeCannotBePutBack) {
