@@ -9,7 +9,9 @@
 #include "cli/command.h"
 #include "cli/commands/analyze_command.h"
 #include "cli/commands/dialogue_command.h"
+#include "cli/commands/generate_command.h"
 #include "cli/commands/identify_command.h"
+#include "cli/commands/raw_command.h"
 #include "cli/commands/report_command.h"
 #include "cli/commands/targets_command.h"
 #include "cli/interruption.h"
@@ -50,6 +52,8 @@ std::unique_ptr<CLI::App> makeProgram(ChosenCommand& chosen) {
   addDialogueCommand(*program, chosen);
   addReportCommand(*program, chosen);
   addTargetsCommand(*program, chosen);
+  addGenerateCommand(*program, chosen);
+  addRawCommand(*program, chosen);
   for (CLI::App* command : program->get_subcommands([](CLI::App*) { return true; })) {
     command->get_help_ptr()->description("Print this help");
     command->footer("");  // not the program's

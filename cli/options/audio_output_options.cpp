@@ -11,13 +11,12 @@ namespace {
 constexpr const char* kGroup = "Output";
 
 constexpr std::pair<std::string_view, AudioContainer> kContainers[] = {
-    {"wav", AudioContainer::wave},   {"rf64", AudioContainer::rf64},
-    {"bw64", AudioContainer::bw64},  {"w64", AudioContainer::wave64},
-    {"aiff", AudioContainer::aiff},  {"aifc", AudioContainer::aifc},
+    {"wav", AudioContainer::wave},   {"rf64", AudioContainer::rf64}, {"bw64", AudioContainer::bw64},
+    {"w64", AudioContainer::wave64}, {"aiff", AudioContainer::aiff}, {"aifc", AudioContainer::aifc},
     {"caf", AudioContainer::caf}};
 
 constexpr std::pair<std::string_view, PCMEncoding> kEncodings[] = {
-    {"u8", {8, false}},  {"s16", {16, false}}, {"s24", {24, false}},
+    {"u8", {8, false}},   {"s16", {16, false}}, {"s24", {24, false}},
     {"s32", {32, false}}, {"f32", {32, true}},  {"f64", {64, true}}};
 
 /// The choice of a name; what is none of the names is a `UsageError` that lists them.
@@ -82,7 +81,8 @@ void addAudioFormatOptions(CLI::App& command, AudioOutputOptions& options) {
       .add_option_function<std::string>(
           "--dither",
           [&options](const std::string& name) {
-            if (name != "tpdf") throw UsageError("--dither: the one kind is tpdf, not '" + name + "'");
+            if (name != "tpdf")
+              throw UsageError("--dither: the one kind is tpdf, not '" + name + "'");
             options.dither = true;
           },
           "Add triangular dither before samples are rounded")

@@ -44,7 +44,7 @@ std::string channelText(const MeasuredFile& file) {
   const auto names = file.channelNames();
   if (isMono(file.detail.layout, names.size())) return "mono";
   constexpr std::size_t kNamed = 16;
-  std::string text = NumberText::counted(names.size(), "channel");
+  std::string text = NumberText::counted(static_cast<std::int64_t>(names.size()), "channel");
   if (names.size() <= kNamed) text += " (" + joined(names, " ") + ")";
   return text;
 }

@@ -164,8 +164,8 @@ std::string ReportOutputs::write(std::size_t inputIndex, const OrvaneReport& rep
   std::string forStandardOutput;
   // While the browser lays the PDF out, the others are made.
   auto outputs = outputs_[inputIndex];
-  std::ranges::stable_partition(
-      outputs, [](const Output& output) { return output.format == ReportFormat::pdf; });
+  std::stable_partition(outputs.begin(), outputs.end(),
+                        [](const Output& output) { return output.format == ReportFormat::pdf; });
   parallelFor(2, outputs.size(), [&](std::size_t index) {
     const Output& output = outputs[index];
     std::string content = renderer_.render(report, output.format, warnings);

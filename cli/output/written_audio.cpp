@@ -44,8 +44,8 @@ void tellOfWrittenAudio(const WrittenAudio& audio, const AudioOutputOptions& opt
     document.add("file", audio.file.string());
     document.add("container", nameOfContainer(audio.settings));
     document.add("encoding", PCMEncoding::fromFileFormat(audio.settings)->label());
-    document.add("sampleRate", audio.settings.sampleRate);
-    document.add("channelCount", audio.settings.channelCount);
+    document.add("sampleRate", audio.settings.sampleRate.value_or(0));
+    document.add("channelCount", audio.settings.channelCount.value_or(0));
     document.add("frameCount", audio.frameCount);
     document.add("clippedSamples", static_cast<std::int64_t>(audio.losses.clipped));
     document.add("nonFiniteSamples", static_cast<std::int64_t>(audio.losses.nonFinite));

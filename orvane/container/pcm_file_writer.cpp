@@ -96,6 +96,34 @@ void PCMFileWriter::write(PlanarView audio) {
   }
 }
 
+bool PCMFileWriter::holds(SampleEncoding encoding) const noexcept {
+  encoding.isBigEndian = outline_.sample.isBigEndian;
+  return encoding == outline_.sample;
+}
+
+void PCMFileWriter::writeStored(SampleEncoding encoding, std::span<const std::byte> samples) {
+  precondition(holds(encoding), "stored samples have the encoding of the file");
+  const std::size_t width = encoding.bytes;
+  const std::size_t channels = outline_.channelOrder.size();
+  const std::size_t frameBytes = channels * width;
+  const auto frames = static_cast<std::int64_t>(samples.size() / frameBytes);
+  precondition(samples.size() % frameBytes == 0 && frames <= frameCount_ - position_,
+               "no more frames are written than the header states");
+  const bool isTurned = encoding.isBigEndian != outline_.sample.isBigEndian;
+  bytes_.resize(samples.size());
+  for (std::size_t frame = 0; frame < samples.size(); frame += frameBytes)
+    for (std::size_t channel = 0; channel < channels; ++channel) {
+      const auto sample = samples.subspan(frame + outline_.channelOrder[channel] * width, width);
+      const auto to = bytes_.begin() + static_cast<std::ptrdiff_t>(frame + channel * width);
+      if (isTurned)
+        std::reverse_copy(sample.begin(), sample.end(), to);
+      else
+        std::copy(sample.begin(), sample.end(), to);
+    }
+  file_.write(bytes_);
+  position_ += frames;
+}
+
 void PCMFileWriter::commit() {
   precondition(position_ == frameCount_, "a file has all the frames that its header states");
   file_.write(outline_.tail);

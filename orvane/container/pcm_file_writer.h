@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -40,6 +41,14 @@ class ORVANE_API PCMFileWriter {
 
   /// The next frames; they go on where those before ended, and never beyond the stated count.
   void write(PlanarView audio);
+
+  /// The same as samples that are stored already, interleaved in the audio's channel order: for
+  /// those that a float would not hold. Kind, bits and bytes are the file's; the byte order may be
+  /// the other one.
+  void writeStored(SampleEncoding encoding, std::span<const std::byte> samples);
+
+  /// Whether samples of that encoding can be written as they are stored.
+  bool holds(SampleEncoding encoding) const noexcept;
 
   /// Gives the file its name. All frames must have been written.
   void commit();

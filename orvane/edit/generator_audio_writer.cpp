@@ -73,7 +73,9 @@ WriterError WriterError::unsupportedFormat(const std::string& message) {
   return {Case::unsupportedFormat, message, 0, message};
 }
 WriterError WriterError::bufferBuildFailed(std::int64_t channelCount) {
-  return {Case::bufferBuildFailed, {}, channelCount,
+  return {Case::bufferBuildFailed,
+          {},
+          channelCount,
           "Couldn't build a " + std::to_string(channelCount) + "-channel output buffer."};
 }
 WriterError WriterError::writeFailed(const std::string& message) {
@@ -102,9 +104,9 @@ void write(const std::vector<std::vector<float>>& channelData, double sampleRate
       {channelData, sampleRate, static_cast<int>(channelCount)}, discrete);
   if (!buffer) throw WriterError::bufferBuildFailed(channelCount);
   try {
-    PCMFileWriter writer(
-        url, PCMWriteSettings::make(containerOf(container), buffer->format(), encoding),
-        buffer->frameLength(), {.existing = existing});
+    PCMFileWriter writer(url,
+                         PCMWriteSettings::make(containerOf(container), buffer->format(), encoding),
+                         buffer->frameLength(), {.existing = existing});
     writer.write(buffer->view());
     writer.commit();
   } catch (const SavedFileError&) {

@@ -15,28 +15,6 @@ namespace {
 /// Source bytes taken at a time: few enough to stay in a core's cache until they are converted.
 constexpr std::int64_t kBlockBytes = std::int64_t{256} << 10;
 
-SampleEncoding sampleEncoding(const RawPCMFormat& format) {
-  using enum RawPCMFormat::Encoding;
-  const bool isBigEndian = format.endianness == RawPCMFormat::Endianness::big;
-  switch (format.encoding) {
-    case uint8:
-      return SampleEncoding::unsignedInteger(1);
-    case int16:
-      return SampleEncoding::signedInteger(2, isBigEndian);
-    case int24Packed:
-      return SampleEncoding::signedInteger(3, isBigEndian);
-    case int24In32:
-      return SampleEncoding::low24In32(isBigEndian);
-    case int32:
-      return SampleEncoding::signedInteger(4, isBigEndian);
-    case float32:
-      return SampleEncoding::floatingPoint(4, isBigEndian);
-    case float64:
-      return SampleEncoding::floatingPoint(8, isBigEndian);
-  }
-  return {};
-}
-
 /// Cuts the work into blocks and converts them, in any order, on the threads of the call. A run is
 /// the whole payload of an interleaved file or one channel of a planar one.
 class Filler {
@@ -98,6 +76,28 @@ class Filler {
 }
 
 }  // namespace
+
+SampleEncoding sampleEncoding(const RawPCMFormat& format) {
+  using enum RawPCMFormat::Encoding;
+  const bool isBigEndian = format.endianness == RawPCMFormat::Endianness::big;
+  switch (format.encoding) {
+    case uint8:
+      return SampleEncoding::unsignedInteger(1);
+    case int16:
+      return SampleEncoding::signedInteger(2, isBigEndian);
+    case int24Packed:
+      return SampleEncoding::signedInteger(3, isBigEndian);
+    case int24In32:
+      return SampleEncoding::low24In32(isBigEndian);
+    case int32:
+      return SampleEncoding::signedInteger(4, isBigEndian);
+    case float32:
+      return SampleEncoding::floatingPoint(4, isBigEndian);
+    case float64:
+      return SampleEncoding::floatingPoint(8, isBigEndian);
+  }
+  return {};
+}
 
 std::int64_t requiredRawPCMFrames(const RawPCMFormat& format, std::int64_t fileSize) {
   if (!format.isShapeValid()) fail(RawPCMImportError::InvalidFormat{});

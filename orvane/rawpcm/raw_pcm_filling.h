@@ -7,6 +7,7 @@
 
 #include "orvane/platform/input_file.h"
 #include "orvane/platform/pcm_buffer.h"
+#include "orvane/platform/sample_encoding.h"
 #include "orvane/platform/stage_progress.h"
 #include "orvane/rawpcm/raw_pcm_format.h"
 
@@ -42,6 +43,9 @@ class RawPCMPayloadInFile final : public RawPCMPayload {
   const InputFile& file_;
   std::int64_t start_;
 };
+
+/// How the samples of such a file are stored.
+SampleEncoding sampleEncoding(const RawPCMFormat& format);
 
 /// Frames in a file of that size; throws `RawPCMImportError` when the format's shape is wrong or
 /// the size does not fit it.

@@ -1,0 +1,13 @@
+#include "cli/commands/raw_command.h"
+
+#include "cli/commands/raw_commands.h"
+
+namespace orvane::cli {
+
+void addRawCommand(CLI::App& program, ChosenCommand& chosen) {
+  CLI::App* raw = program.add_subcommand("raw", "Work with headerless PCM");
+  raw->require_subcommand(1);
+  addRawConvertCommand(*raw, chosen);
+}
+
+}  // namespace orvane::cli

@@ -1,0 +1,99 @@
+#include <memory>
+
+#include "cli/commands/job_runner.h"
+#include "cli/commands/raw_commands.h"
+#include "cli/options/audio_output_options.h"
+#include "cli/options/source_options.h"
+#include "cli/output/abandoned_files.h"
+#include "cli/output/output_file.h"
+#include "cli/output/written_audio.h"
+#include "cli/terminal/progress_bar.h"
+#include "cli/usage_error.h"
+#include "orvane/audio/audio_source.h"
+#include "orvane/edit/audio_copy.h"
+#include "orvane/edit/pcm_write_settings.h"
+
+namespace orvane::cli {
+namespace {
+
+struct ConvertOptions {
+  std::string file{};
+  SourceOptions source{};
+  AudioOutputOptions output{};
+};
+
+/// The encoding that holds the samples as they are.
+PCMEncoding encodingOf(const RawPCMFormat& format) {
+  using Encoding = RawPCMFormat::Encoding;
+  switch (format.encoding) {
+    case Encoding::uint8:
+      return {8, false};
+    case Encoding::int16:
+      return {16, false};
+    case Encoding::int24Packed:
+    case Encoding::int24In32:
+      return {24, false};
+    case Encoding::int32:
+      return {32, false};
+    case Encoding::float32:
+      return {32, true};
+    case Encoding::float64:
+      break;
+  }
+  return {64, true};
+}
+
+ExitCode runConvert(const ConvertOptions& options, Console& console) {
+  if (!options.source.rawFormat) throw UsageError("--raw is missing; it says how FILE is encoded");
+  const AudioOutputOptions& output = options.output;
+  ReadFiles read;
+  read.add(options.file);
+  read.requireNone(output.file);
+  OutputFile::requireWritable(output.file, output.force);
+  warnOfAbandonedFiles({output.file}, console);
+
+  ProgressBar bar(console, 1, !output.quiet);
+  const auto observer = bar.forFile(options.file);
+  const Execution execution{.threadCount = JobRunner::threadsPerJob(1), .observer = observer.get()};
+  const auto source =
+      AudioSource::open(options.file, options.source.rawFormat, {.execution = execution});
+  const PCMEncoding encoding = output.encoding.value_or(encodingOf(*options.source.rawFormat));
+  WrittenAudio written{
+      .file = output.file,
+      .settings = PCMWriteSettings::make(output.containerFor(encoding, AudioContainer::wave),
+                                         source->format(), encoding),
+      .frameCount = source->frameLength()};
+  const PCMFileOutline outline =
+      PCMFileWriter::outline(output.file, written.settings, written.frameCount);
+  written.settings.fileTypeID = outline.fileTypeID;
+  written.warnings = outline.warnings;
+  if (!output.dryRun)
+    written.losses = OutputFile::writing(output.file, [&] {
+      PCMFileWriter writer(
+          output.file, written.settings, written.frameCount,
+          {.existing = OutputFile::existing(output.force),
+           .ditherSeed = output.dither ? std::optional<std::uint64_t>(0) : std::nullopt});
+      copyAudio(*source, writer, execution);
+      writer.commit();
+      return writer.losses();
+    });
+  tellOfWrittenAudio(written, output, console);
+  return ExitCode::done;
+}
+
+}  // namespace
+
+void addRawConvertCommand(CLI::App& raw, ChosenCommand& chosen) {
+  auto options = std::make_shared<ConvertOptions>();
+  CLI::App* command =
+      raw.add_subcommand("convert", "Write headerless PCM into a file that says what it is");
+  command->add_option("FILE", options->file, "The headerless file")->required();
+  addSourceOptions(*command, options->source);
+  addAudioOutputOptions(*command, options->output);
+  addAudioFormatOptions(*command, options->output);
+  command->callback([options, &chosen] {
+    chosen = [options](Console& console) { return runConvert(*options, console); };
+  });
+}
+
+}  // namespace orvane::cli
