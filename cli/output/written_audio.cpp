@@ -42,8 +42,8 @@ void tellOfWrittenAudio(const WrittenAudio& audio, const AudioOutputOptions& opt
     console.warning(audio.file.filename().string() + ": " + warning);
   if (options.json) {
     document.add("file", audio.file.string());
-    document.add("container", nameOfContainer(audio.settings));
-    document.add("encoding", PCMEncoding::fromFileFormat(audio.settings)->label());
+    document.add("containerName", nameOfContainer(audio.settings));
+    document.add("encodingName", PCMEncoding::fromFileFormat(audio.settings)->label());
     document.add("sampleRate", audio.settings.sampleRate.value_or(0));
     document.add("channelCount", audio.settings.channelCount.value_or(0));
     document.add("frameCount", audio.frameCount);

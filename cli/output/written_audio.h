@@ -26,9 +26,9 @@ struct WrittenAudio {
 };
 
 /// Tells of it: the warnings and what was lost as such, then the summary, or with `--json` a
-/// document that begins with what `document` has and goes on with `file`, `container`, `encoding`,
-/// `sampleRate`, `channelCount`, `frameCount`, `clippedSamples`, `nonFiniteSamples`, `warnings` and
-/// `isDryRun`.
+/// document that begins with what `document` has and goes on with `file`, `containerName`,
+/// `encodingName`, `sampleRate`, `channelCount`, `frameCount`, `clippedSamples`,
+/// `nonFiniteSamples`, `warnings` and `isDryRun`.
 void tellOfWrittenAudio(const WrittenAudio& audio, const AudioOutputOptions& options,
                         Console& console, JsonOutput::Document document = {});
 

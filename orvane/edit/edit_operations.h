@@ -8,7 +8,8 @@
 /// that
 ///   is no number are programming errors; arrays that are given away (std::move) are not copied;
 /// - in place, on a view of audio that the caller owns;
-/// - on a slice of a longer programme, for what does not fit into memory twice.
+/// - on a slice of a longer programme, and as a writer to a file, for what does not fit into memory
+///   twice.
 /// An edit that moves frames has a `FrameMap` beside it; for all others it is the identity.
 #include "orvane/edit/dc_offset.h"
 #include "orvane/edit/edit_result.h"
@@ -17,4 +18,5 @@
 #include "orvane/edit/frame_map.h"
 #include "orvane/edit/level.h"
 #include "orvane/edit/silence.h"
+#include "orvane/edit/streaming_writers.h"
 #include "orvane/edit/trim_cut.h"

@@ -54,5 +54,24 @@ TEST_F(ProgramFaultySaving, RegionsThatAreExported) {
   regions.killAtEveryCall();
 }
 
+TEST_F(ProgramFaultySaving, ASignalThatIsGenerated) {
+  folder().write("tone.wav", "old");
+  const auto signal = saving(
+      {"generate", "sine", "-q", "--duration", "0.1", "-o", "tone.wav", "--force"}, "tone.wav");
+  signal.failEveryCall({EIO, ENOSPC, EDQUOT, EFBIG, EINTR});
+  signal.disturbEveryWrite();
+  signal.killAtEveryCall();
+}
+
+TEST_F(ProgramFaultySaving, HeaderlessAudioThatIsConverted) {
+  folder().write("take.raw", sineSamples(4800, 0.5));
+  const auto conversion = saving(
+      {"raw", "convert", "-q", "take.raw", "--raw", "s16le,48000,2", "-o", "take.wav"}, "take.wav");
+  for (const bool anonymous : {true, false}) {
+    conversion.failEveryCall({ENOSPC}, {.anonymous = anonymous});
+    conversion.killAtEveryCall({.anonymous = anonymous});
+  }
+}
+
 }  // namespace
 }  // namespace orvane::cli::test
