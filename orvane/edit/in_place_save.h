@@ -1,0 +1,60 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "orvane/edit/frame_map.h"
+#include "orvane/edit/in_place_save_error.h"
+#include "orvane/platform/atomic_file.h"
+#include "orvane/platform/export.h"
+#include "orvane/platform/pcm_buffer.h"
+#include "orvane/platform/sample_conversion.h"
+
+/// Saves edited audio back into the file that it came from. Container, sample format and channel
+/// order stay; so do all chunks and all bytes that the edit does not make false. What is written is
+/// read back and compared before it gets the name, and no other version of the file than the one
+/// that was read is ever replaced.
+namespace orvane::InPlaceSave {
+
+/// Of files that may be rewritten in place, for dialogs.
+ORVANE_API const std::set<std::string>& supportedExtensions();
+
+struct Options {
+  /// Of the file when its audio was read; without one the version that stands there now.
+  std::optional<FileStamp> version{};
+  /// Where the edit put the file's frames; absent where it moved none.
+  std::optional<FrameMap> frames{};
+  /// Seeds dither of the samples that changed; without one none is added.
+  std::optional<std::uint64_t> ditherSeed{};
+};
+
+/// What came of it.
+struct Outcome {
+  bool hasChangedAudio = false;
+  SampleLosses samples{};            ///< of changed samples
+  MetadataLosses metadata{};         ///< of the file as such
+  std::vector<std::string> notes{};  ///< what the edit made false in the chunks: sentences
+};
+
+/// Replaces the audio of the file at `over` by the edited one, in canonical channel order. A
+/// symbolic link is followed. Throws `InPlaceSaveError`, before anything is written for what is
+/// refused, and with the file unchanged for everything else; `SavedFileError` when the file is
+/// saved, but perhaps not safe against a power failure.
+ORVANE_API Outcome write(const PCMBuffer& buffer, const std::filesystem::path& over,
+                         const Options& options);
+ORVANE_API Outcome write(const PCMBuffer& buffer, const std::filesystem::path& over);
+
+/// The settings under which the file would be rewritten, which are its own. Throws
+/// `InPlaceSaveError` for a file that cannot be rewritten with that audio.
+ORVANE_API AudioFormatSettings writeSettings(const std::filesystem::path& url,
+                                             const PCMBuffer& buffer);
+
+/// The edited channel, in canonical order, that each channel of a file of this format is. A file
+/// without a layout has no order but its own. Throws `InPlaceSaveError` (channelOrderUnknown).
+ORVANE_API std::vector<std::uint32_t> fileOrder(const AudioFormat& fileFormat);
+
+}  // namespace orvane::InPlaceSave
