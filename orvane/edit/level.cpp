@@ -1,6 +1,5 @@
 #include "orvane/edit/level.h"
 
-#include <cmath>
 #include <utility>
 
 #include "orvane/edit/channel_arrays.h"
@@ -21,7 +20,7 @@ void changeLevelInPlace(MutablePlanarView audio, double gainDB, std::int64_t sta
 }
 
 void changeLevelOfSlice(const ProgrammeSlice& slice, const FrameRange& range, double gainDB) {
-  const auto gain = static_cast<float>(std::pow(10.0, gainDB / 20));
+  const float gain = linearGain(gainDB);
   const auto audio = slice.within(range).audio;
   for (std::size_t c = 0; c < audio.channelCount(); ++c)
     SampleArithmetic::scale(audio.samples(c), gain);

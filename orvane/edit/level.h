@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cmath>
 #include <cstdint>
 #include <vector>
 
@@ -9,8 +10,12 @@
 
 namespace orvane::EditOperations {
 
-/// Multiplies the frames [startFrame, endFrame) by 10^(gainDB ÷ 20), computed in double and rounded
-/// once.
+/// 10^(gainDB ÷ 20), computed in double and rounded once.
+inline float linearGain(double gainDB) {
+  return static_cast<float>(std::pow(10.0, gainDB / 20));
+}
+
+/// Multiplies the frames [startFrame, endFrame) by `linearGain`.
 ORVANE_API EditResult changeLevel(ChannelArrays channelData, double sampleRate, double gainDB,
                                   std::int64_t startFrame, std::int64_t endFrame);
 ORVANE_API void changeLevelInPlace(MutablePlanarView audio, double gainDB, std::int64_t startFrame,

@@ -12,9 +12,9 @@
 #include "orvane/edit/level.h"
 #include "orvane/edit/mapped_frames.h"
 #include "orvane/edit/pcm_write_settings.h"
+#include "orvane/edit/peak_normalization.h"
 #include "orvane/edit/trim_cut.h"
 #include "orvane/platform/sample_arithmetic.h"
-#include "orvane/platform/signal_kernels.h"
 
 namespace orvane::EditOperations {
 namespace {
@@ -80,21 +80,6 @@ double amplitudeOf(double decibels) {
   return std::pow(10.0, decibels / 20);
 }
 
-/// The largest magnitude of finite samples.
-float samplePeak(PlanarView audio) {
-  float peak = 0;
-  for (std::size_t c = 0; c < audio.channelCount(); ++c) {
-    const float highest = SignalKernels::maximumMagnitude(audio.channel(c), audio.frameCount());
-    if (std::isfinite(highest)) {
-      peak = std::max(peak, highest);
-      continue;
-    }
-    for (const float x : audio.samples(c))
-      if (std::isfinite(x)) peak = std::max(peak, std::abs(x));
-  }
-  return peak;
-}
-
 double truePeak(const PCMBuffer& source) {
   core::TruePeakMeter meter(source.sampleRate(), source.channelCount());
   meter.process(source.view());
@@ -119,8 +104,7 @@ void writeBelowCeiling(const PCMBuffer& source, double proposed, double ceilingD
   writeEdited(source, url, chunkFrames, [&](const ProgrammeSlice& slice) {
     for (std::size_t c = 0; c < slice.audio.channelCount(); ++c) {
       const auto samples = slice.audio.samples(c);
-      std::ranges::replace_if(
-          samples, [](float x) { return !std::isfinite(x); }, 0.0F);
+      SampleArithmetic::silenceNonFinite(samples);
       SampleArithmetic::scale(samples, gain);
     }
   });
@@ -171,8 +155,7 @@ void writeSilenceWAV(const PCMBuffer& source, std::int64_t startFrame, std::int6
 void writePeakNormalizedWAV(const PCMBuffer& source, double targetDB,
                             const std::filesystem::path& url, std::int64_t chunkFrames) {
   requireAudio(source);
-  const double peak = samplePeak(source.view());
-  const double gainDB = peak > 0 ? targetDB - 20 * std::log10(peak) : 0;
+  const double gainDB = peakNormalizationGainDB(source.view(), targetDB);
   writeEdited(source, url, chunkFrames, [&](const ProgrammeSlice& slice) {
     changeLevelOfSlice(slice, allOf(source), gainDB);
   });

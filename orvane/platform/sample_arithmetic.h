@@ -21,6 +21,13 @@ ORVANE_API void negate(std::span<float> samples) noexcept;
 /// x + constant.
 ORVANE_API void offset(std::span<float> samples, float constant) noexcept;
 
+/// The larger of x and the other of the same index, none of them NaN. `others` may lie within
+/// `samples` or behind it.
+ORVANE_API void raise(std::span<float> samples, const float* others) noexcept;
+
+/// Puts 0 for NaN and infinities; whether there were any.
+ORVANE_API bool silenceNonFinite(std::span<float> samples) noexcept;
+
 /// destination = a · gainsOfA + b · gainsOfB.
 ORVANE_API void mix(const float* a, const float* gainsOfA, const float* b, const float* gainsOfB,
                     float* destination, std::size_t count) noexcept;

@@ -1,6 +1,8 @@
 // Arithmetic on runs of samples, compiled once per instruction set by Highway.
 #include "orvane/platform/sample_arithmetic.h"
 
+#include <cfloat>
+
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "orvane/platform/sample_arithmetic.simd.cpp"
 #include "hwy/foreach_target.h"  // IWYU pragma: keep
@@ -45,6 +47,24 @@ void offsetBy(float* x, std::size_t count, float constant) {
   });
 }
 
+void raiseTo(float* x, const float* others, std::size_t count) {
+  forEach(count, [=](auto d, std::size_t i) HWY_ATTR {
+    hn::StoreU(hn::Max(hn::LoadU(d, x + i), hn::LoadU(d, others + i)), d, x + i);
+  });
+}
+
+bool silenceAllNonFinite(float* x, std::size_t count) {
+  bool any = false;
+  forEach(count, [=, &any](auto d, std::size_t i) HWY_ATTR {
+    const auto samples = hn::LoadU(d, x + i);
+    const auto isFinite = hn::Le(hn::Abs(samples), hn::Set(d, FLT_MAX));
+    if (hn::AllTrue(d, isFinite)) return;
+    any = true;
+    hn::StoreU(hn::IfThenElseZero(isFinite, samples), d, x + i);
+  });
+  return any;
+}
+
 void mixBoth(const float* a, const float* gainsOfA, const float* b, const float* gainsOfB,
              float* destination, std::size_t count) {
   forEach(count, [=](auto d, std::size_t i) HWY_ATTR {
@@ -64,6 +84,8 @@ HWY_EXPORT(scaleBy);
 HWY_EXPORT(multiplyBy);
 HWY_EXPORT(negateAll);
 HWY_EXPORT(offsetBy);
+HWY_EXPORT(raiseTo);
+HWY_EXPORT(silenceAllNonFinite);
 HWY_EXPORT(mixBoth);
 
 void scale(std::span<float> samples, float gain) noexcept {
@@ -80,6 +102,14 @@ void negate(std::span<float> samples) noexcept {
 
 void offset(std::span<float> samples, float constant) noexcept {
   HWY_DYNAMIC_DISPATCH(offsetBy)(samples.data(), samples.size(), constant);
+}
+
+void raise(std::span<float> samples, const float* others) noexcept {
+  HWY_DYNAMIC_DISPATCH(raiseTo)(samples.data(), others, samples.size());
+}
+
+bool silenceNonFinite(std::span<float> samples) noexcept {
+  return HWY_DYNAMIC_DISPATCH(silenceAllNonFinite)(samples.data(), samples.size());
 }
 
 void mix(const float* a, const float* gainsOfA, const float* b, const float* gainsOfB,

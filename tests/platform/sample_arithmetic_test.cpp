@@ -1,6 +1,9 @@
 #include "orvane/platform/sample_arithmetic.h"
 
+#include <algorithm>
+#include <limits>
 #include <random>
+#include <span>
 #include <vector>
 
 #include "tests/support/each_instruction_set.h"
@@ -35,6 +38,44 @@ TEST(SampleArithmetic, EqualsPlainArithmeticBitForBit) {
         EXPECT_EQ(offset[i], a[i] - 0.3F);
         EXPECT_EQ(mixed[i], a[i] * g[i] + b[i] * h[i]);
       }
+    }
+  });
+}
+
+TEST(SampleArithmetic, RaisesToTheLargerOne) {
+  test::onEachInstructionSet([] {
+    for (std::size_t count = 0; count < 70; ++count) {
+      const auto a = noise(5, count + 30);
+      for (const std::size_t ahead : {0U, 1U, 3U, 17U, 30U}) {
+        auto raised = a;
+        SampleArithmetic::raise(std::span(raised).first(count), raised.data() + ahead);
+        for (std::size_t i = 0; i < raised.size(); ++i)
+          EXPECT_EQ(raised[i], i < count ? std::max(a[i], a[i + ahead]) : a[i]);
+      }
+    }
+  });
+}
+
+TEST(SampleArithmetic, SilencesWhatIsNoNumber) {
+  constexpr float kInfinity = std::numeric_limits<float>::infinity();
+  constexpr float kMost = std::numeric_limits<float>::max();
+  test::onEachInstructionSet([] {
+    for (std::size_t count = 0; count < 70; ++count) {
+      auto samples = noise(6, count);
+      if (count > 0) samples[0] = -kMost;
+      const auto before = samples;
+      EXPECT_FALSE(SampleArithmetic::silenceNonFinite(samples));
+      EXPECT_EQ(samples, before);
+      for (std::size_t at = 0; at < count; ++at)
+        for (const float wild : {kInfinity, -kInfinity, std::numeric_limits<float>::quiet_NaN(),
+                                 -std::numeric_limits<float>::signaling_NaN()}) {
+          auto expected = before;
+          expected[at] = 0;
+          samples = before;
+          samples[at] = wild;
+          EXPECT_TRUE(SampleArithmetic::silenceNonFinite(samples));
+          EXPECT_EQ(samples, expected);
+        }
     }
   });
 }

@@ -17,6 +17,10 @@ inline constexpr std::size_t kHistory = 13;
 /// Samples before a run that `largestPeak` looks at.
 inline constexpr std::size_t kPeakHistory = 23;
 
+/// No value at ×4 exceeds the largest sample of its window by more: the sum of a filter's
+/// magnitudes.
+inline constexpr float kLargestGain = 1.901F;
+
 /// Points per sample at which the signal is estimated.
 enum class Factor { none = 1, two = 2, four = 4 };
 

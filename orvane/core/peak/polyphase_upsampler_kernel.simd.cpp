@@ -85,11 +85,13 @@ float InterpolatedPeak(int factor, const float* samples, size_t count) {
 }
 
 template <size_t kTaps>
-float GainBound(const std::array<float, kTaps>& taps) {
+constexpr float GainBound(const std::array<float, kTaps>& taps) {
   float sum = 0;
   for (const float tap : taps) sum += tap < 0 ? -tap : tap;
   return sum * 1.00001F;  // room for rounding
 }
+
+static_assert(GainBound(kUpsamplerFilters[1]) < PolyphaseUpsampler4x::kLargestGain);
 
 /// The most by which a factor's filters can exceed the largest sample they see.
 float LargestGain(int factor) {

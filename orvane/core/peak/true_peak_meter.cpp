@@ -21,7 +21,10 @@ Factor factorFor(double sampleRate) {
 }  // namespace
 
 TruePeakMeter::TruePeakMeter(double sampleRate, std::size_t channelCount)
-    : factor_(factorFor(sampleRate)), histories_(channelCount, History{}), peaks_(channelCount) {}
+    : TruePeakMeter(factorFor(sampleRate), channelCount, 0) {}
+
+TruePeakMeter::TruePeakMeter(Factor factor, std::size_t channelCount, float floor)
+    : factor_(factor), histories_(channelCount, History{}), peaks_(channelCount, floor) {}
 
 void TruePeakMeter::process(PlanarView audio) {
   const ScopedDenormalFlush flush;

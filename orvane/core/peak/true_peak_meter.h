@@ -17,6 +17,9 @@ namespace orvane::core {
 class ORVANE_API TruePeakMeter {
  public:
   TruePeakMeter(double sampleRate, std::size_t channelCount);
+  /// Interpolates by a factor of the caller's own, and looks for peaks above `floor` only: the
+  /// figures are `floor` where there are none.
+  TruePeakMeter(PolyphaseUpsampler4x::Factor factor, std::size_t channelCount, float floor);
 
   /// Next piece; pieces of any size give the same peaks.
   void process(PlanarView audio);

@@ -23,6 +23,20 @@ constexpr float kMinusInfinity = -std::numeric_limits<float>::infinity();
 // Epsilon-scaled: 24 float products and the step of a float in decibels.
 constexpr double kToleranceDB = 24 * 6e-8 * 2.4 * 8.7 + 4e-6;
 
+TEST(TruePeakMeter, LooksAboveAFloorOnly) {
+  const auto noise = test::whiteNoise(60, 5000, 1.0F);
+  const float* const samples = noise.data();
+  const auto peakAbove = [&](float floor) {
+    TruePeakMeter meter(PolyphaseUpsampler4x::Factor::four, 1, floor);
+    meter.process({{&samples, 1}, noise.size()});
+    return meter.peaks()[0];
+  };
+  const float peak = peakAbove(0);
+  EXPECT_EQ(peakAbove(0.9F * peak), peak);
+  EXPECT_EQ(peakAbove(peak), peak);
+  EXPECT_EQ(peakAbove(1.1F * peak), 1.1F * peak);
+}
+
 class TruePeakAtRate : public ::testing::TestWithParam<double> {};
 
 // ×4 below 96 kHz, ×2 below 192 kHz, ×1 above; the filter's tail included.

@@ -1,0 +1,18 @@
+#pragma once
+
+#include "orvane/edit/edit_result.h"
+#include "orvane/platform/export.h"
+#include "orvane/platform/planar_view.h"
+
+namespace orvane::EditOperations {
+
+/// Scales all of it so that its sample peak lies at `targetDB`. Audio without a peak, silent or
+/// empty, stays as it is.
+ORVANE_API EditResult normalizePeak(ChannelArrays channelData, double sampleRate, double targetDB);
+ORVANE_API void normalizePeakInPlace(MutablePlanarView audio, double targetDB);
+
+/// The gain that does it: `targetDB` less the largest magnitude of all channels in dBFS, samples
+/// that are not finite left out; 0 for audio without a peak.
+ORVANE_API double peakNormalizationGainDB(PlanarView audio, double targetDB) noexcept;
+
+}  // namespace orvane::EditOperations
