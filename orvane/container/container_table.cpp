@@ -2,16 +2,12 @@
 
 #include <algorithm>
 
-#include "orvane/container/chunked/aiff_header.h"
-#include "orvane/container/chunked/aiff_parser.h"
+#include "orvane/container/chunked/aiff_file.h"
 #include "orvane/container/chunked/asf_stream_parser.h"
 #include "orvane/container/chunked/au_parser.h"
-#include "orvane/container/chunked/caf_header.h"
-#include "orvane/container/chunked/caf_parser.h"
+#include "orvane/container/chunked/caf_file.h"
 #include "orvane/container/chunked/marker_chunks.h"
-#include "orvane/container/chunked/riff_parser.h"
-#include "orvane/container/chunked/wave64_parser.h"
-#include "orvane/container/chunked/wave_header.h"
+#include "orvane/container/chunked/wave_file.h"
 
 namespace orvane {
 namespace {

@@ -1,4 +1,4 @@
-#include "orvane/container/chunked/aiff_header.h"
+#include "orvane/container/chunked/aiff_file.h"
 
 #include <numeric>
 

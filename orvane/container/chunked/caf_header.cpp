@@ -1,8 +1,7 @@
-#include "orvane/container/chunked/caf_header.h"
+#include "orvane/container/chunked/caf_file.h"
 
 #include <numeric>
 
-#include "orvane/container/chunked/caf_flags.h"
 #include "orvane/container/chunked/header_bytes.h"
 #include "orvane/container/chunked/layout_chunk.h"
 

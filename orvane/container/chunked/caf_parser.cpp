@@ -1,8 +1,7 @@
-#include "orvane/container/chunked/caf_parser.h"
+#include "orvane/container/chunked/caf_file.h"
 
 #include <algorithm>
 
-#include "orvane/container/chunked/caf_flags.h"
 #include "orvane/container/chunked/header_fields.h"
 #include "orvane/container/chunked/layout_chunk.h"
 #include "orvane/platform/error.h"

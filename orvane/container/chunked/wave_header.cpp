@@ -1,7 +1,7 @@
 // All sizes are known before the first byte, so the header is written once and as it stays: a WAV
 // that will outgrow 32 bits begins as RF64, and no chunk holds a place for another.
 
-#include "orvane/container/chunked/wave_header.h"
+#include "orvane/container/chunked/wave_file.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,4 +1,4 @@
-#include "orvane/container/chunked/aiff_parser.h"
+#include "orvane/container/chunked/aiff_file.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "orvane/container/chunked/caf_parser.h"
+#include "orvane/container/chunked/caf_file.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "orvane/container/chunked/wave64_parser.h"
+#include "orvane/container/chunked/wave_file.h"
 
 #include <gtest/gtest.h>
 

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 
+#include "orvane/container/pcm_file_outline.h"
 #include "orvane/container/pcm_stream.h"
 #include "orvane/platform/export.h"
 
@@ -10,5 +11,9 @@ namespace orvane {
 /// Reads the header of an AIFF or AIFF-C file. `start` is where the form begins. Throws
 /// `PlatformError` for a file without a usable common chunk.
 ORVANE_TESTING_API PCMStream parseAIFF(const InputFile& file, std::uint64_t start);
+
+/// An AIFF file to be, or an AIFF-C file of integers (`NONE`) or floats (`fl32`, `fl64`). Throws
+/// `UnwritableFormat`.
+PCMFileOutline outlineAIFF(const PCMFileSpecification& specification);
 
 }  // namespace orvane
