@@ -194,8 +194,8 @@ TEST(RawPCMProposalAccuracy, IsRightAboutRecordings) {
     Programme programme{audio->sampleRate(), {}};
     const auto frames = std::min<std::size_t>(
         audio->frameLength(), static_cast<std::size_t>(kPreviewSeconds * audio->sampleRate()));
-    for (const float* channel : audio->constChannels())
-      programme.channels.emplace_back(channel, channel + frames);
+    for (std::uint32_t c = 0; c < audio->channelCount(); ++c)
+      programme.channels.emplace_back(audio->channel(c), audio->channel(c) + frames);
     if (rmsOf(programme) < kLeastRMS) continue;
     for (const auto& format :
          RawPCMGuesser::candidateGrid(audio->sampleRate(), audio->channelCount(), 0)) {
