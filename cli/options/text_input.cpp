@@ -1,11 +1,9 @@
 #include "cli/options/text_input.h"
 
 #include <cstdint>
-#include <span>
 
 #include "cli/options/standard_input.h"
-#include "orvane/platform/error.h"
-#include "orvane/platform/input_file.h"
+#include "orvane/platform/file_text.h"
 
 namespace orvane::cli {
 namespace {
@@ -18,12 +16,7 @@ constexpr std::uint64_t kLargestText = 1U << 30U;
 
 std::string readTextInput(const std::string& name) {
   if (name == kStandardInput) return StandardInput().asText();
-  const InputFile file(name);
-  if (file.size() > kLargestText)
-    throw PlatformError(name, std::make_error_code(std::errc::file_too_large));
-  std::string text(file.size(), '\0');
-  text.resize(file.readAt(0, std::as_writable_bytes(std::span(text))));
-  return text;
+  return readFileText(name, kLargestText);
 }
 
 std::string shownTextInput(const std::string& name) {

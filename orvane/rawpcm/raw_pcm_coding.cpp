@@ -3,5 +3,6 @@
 namespace orvane {
 
 ORVANE_JSON_FORM(RawPCMFormat);
+ORVANE_JSON_FORM(RawPCMPreset);
 
 }  // namespace orvane

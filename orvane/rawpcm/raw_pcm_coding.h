@@ -1,9 +1,10 @@
 #pragma once
 
 #include "orvane/rawpcm/raw_pcm_format.h"
+#include "orvane/rawpcm/raw_pcm_preset.h"
 #include "orvane/text/json/json_coding.h"
 
-// JSON form of a declared raw format.
+// JSON forms of a declared raw format and of a preset.
 namespace orvane::json {
 
 template <>
@@ -18,5 +19,7 @@ struct Coding<RawPCMFormat::Endianness> {
 
 ORVANE_JSON_FIELDS(RawPCMFormat, sampleRate, channelCount, encoding, endianness, isPlanar,
                    headerSkipBytes, trailingBytesTolerance);
+
+ORVANE_JSON_FIELDS(RawPCMPreset, id, name, format);
 
 }  // namespace orvane::json

@@ -3,11 +3,10 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <span>
 #include <system_error>
 
 #include "orvane/platform/atomic_file.h"
-#include "orvane/platform/input_file.h"
+#include "orvane/platform/file_text.h"
 #include "orvane/speech/dialogue/dialogue_json.h"
 
 namespace orvane {
@@ -19,15 +18,6 @@ constexpr std::uint64_t kMaximumFileSize = 256U << 20U;
 bool isThere(const std::filesystem::path& path) {
   std::error_code ignored;
   return std::filesystem::exists(path, ignored);
-}
-
-std::string readWhole(const std::filesystem::path& url) {
-  const InputFile file(url);
-  if (file.size() > kMaximumFileSize)
-    throw PlatformError(url, std::make_error_code(std::errc::file_too_large));
-  std::string content(file.size(), '\0');
-  content.resize(file.readAt(0, std::as_writable_bytes(std::span(content))));
-  return content;
 }
 
 }  // namespace
@@ -50,7 +40,7 @@ std::filesystem::path sidecarURL(const std::filesystem::path& audio) {
 
 std::optional<DialogueSidecar> load(const std::filesystem::path& url) {
   if (!isThere(url)) return std::nullopt;
-  const auto content = readWhole(url);
+  const auto content = readFileText(url, kMaximumFileSize);
   try {
     auto sidecar = DialogueJSON::sidecar(content);
     if (sidecar.schemaVersion > DialogueSidecar::currentSchemaVersion)
