@@ -5,7 +5,6 @@
 
 #include "tests/cli/program_fixture.h"
 #include "tests/support/faulty_saving.h"
-#include "tests/support/sanitized.h"
 
 namespace orvane::cli::test {
 namespace {
@@ -14,11 +13,6 @@ using orvane::test::FaultySaving;
 
 class ProgramFaultySaving : public ProgramTest {
  protected:
-  void SetUp() override {
-#ifdef ORVANE_IS_SANITIZED
-    GTEST_SKIP() << "a sanitizer takes the system's calls for itself";
-#endif
-  }
   /// `arguments` write `output`, a name in the folder.
   FaultySaving saving(std::vector<std::string> arguments, const std::string& output) const {
     ProgramSetup setup;

@@ -75,7 +75,7 @@ class Renderer {
     return samples;
   }
 
-  /// `waveAt(phase)` is a wave with the frequency of the specification.
+  /// `waveAt(phase)` is a wave of the frequency that is asked for.
   template <typename Wave>
   Samples tone(std::size_t channel, Wave waveAt) const {
     const Phase step = ReproducibleMath::phaseOfTurns(spec_.frequency / spec_.sampleRate);
