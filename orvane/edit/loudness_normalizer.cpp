@@ -18,8 +18,9 @@ constexpr int kMostPasses = 3;
 constexpr double kCloseEnoughLU = 0.1;
 constexpr double kWorseLU = 0.05;
 
-/// Frames that the meter takes at a time. Another cut would show in the last bits of its figures.
-constexpr std::size_t kMeasuredFrames = std::size_t{1} << 16;
+/// Frames that the meter takes at a time: it filters stretches of them side by side, and another
+/// cut would show in the last bits of its figures.
+constexpr std::size_t kMeasuredFrames = std::size_t{1} << 20;
 
 std::int64_t lengthOf(PlanarView audio) {
   return static_cast<std::int64_t>(audio.frameCount());

@@ -142,6 +142,61 @@ TEST(TruePeakLimiter, GivesTheSameBitsForAnyNumberOfThreads) {
   }
 }
 
+/// Slice by slice, both turns.
+Programme limitedInSlices(const Programme& programme, double ceilingDBTP, std::uint64_t seed,
+                          bool* hasChanged) {
+  Programme result{programme.sampleRate, {}};
+  float scale = 1;
+  for (int turn = 0; turn < 2; ++turn) {
+    test::Random random(seed);
+    TruePeakLimiter limiter(programme.sampleRate, programme.channels.size(),
+                            linearGain(ceilingDBTP));
+    result.channels.assign(programme.channels.size(), {});
+    const auto keep = [&](MutablePlanarView known) {
+      for (std::size_t c = 0; c < known.channelCount(); ++c)
+        for (const float x : known.samples(c)) result.channels[c].push_back(x * scale);
+    };
+    for (std::size_t at = 0; at < programme.frameCount();) {
+      const auto count =
+          std::min<std::size_t>(random.below(3) == 0 ? random.below(30) : random.below(20000),
+                                programme.frameCount() - at);
+      keep(limiter.process({programme.pointers(at), count}));
+      at += count;
+    }
+    keep(limiter.finish());
+    EXPECT_EQ(turn == 0 ? scale : limiter.lastScale(), scale);
+    scale = limiter.lastScale();
+    *hasChanged = limiter.hasChanged();
+  }
+  return result;
+}
+
+TEST(TruePeakLimiter, GivesTheSameBitsInSlicesOfAnySize) {
+  for (std::uint64_t seed = 0; seed < 60; ++seed) {
+    auto programme = test::hostileProgramme(seed, seed % 2 == 0 ? 48000 : 2000);
+    bool hasChanged = false;
+    const auto inSlices = limitedInSlices(programme, -1, seed, &hasChanged);
+    EXPECT_EQ(limit(programme, -1), hasChanged) << seed;
+    EXPECT_EQ(inSlices.channels, programme.channels) << seed;
+  }
+  bool hasChanged = true;
+  limitedInSlices({48000, {{}, {}}}, -1, 1, &hasChanged);
+  EXPECT_FALSE(hasChanged);
+}
+
+// More than one of the slices that the limiter itself cuts.
+TEST(TruePeakLimiter, EqualsTheFormulasOverALongProgramme) {
+  Programme programme{44100, {}};
+  for (std::uint64_t c = 0; c < 3; ++c)
+    programme.channels.push_back(test::noiseBursts(90 + c, 44100, 300000));
+  const auto expected = reference::limited(programme.channels, 44100, linearGain(-6));
+  EXPECT_TRUE(limit(programme, -6, {.threadCount = 2}));
+  for (std::size_t c = 0; c < 3; ++c)
+    for (std::size_t i = 0; i < 300000; ++i)
+      ASSERT_NEAR(programme.channels[c][i], expected.channels[c][i],
+                  4 * 6e-8F * std::abs(expected.channels[c][i]));
+}
+
 TEST(TruePeakLimiter, LeavesWhatIsBelowTheCeilingAlone) {
   test::onEachInstructionSet([] {
     for (const std::size_t frames : {1U, 240U, 100000U}) {
