@@ -8,6 +8,8 @@ ORVANE_JSON_FORM(MusicAnalysisResult::StemLane);
 ORVANE_JSON_FORM(MusicAnalysisResult::KeyRange);
 ORVANE_JSON_FORM(MusicAnalysisResult::PaceRange);
 ORVANE_JSON_FORM(MusicAnalysisResult);
+ORVANE_JSON_FORM(MusicAutoAnalysisPolicy);
+ORVANE_JSON_FORM(MusicGridSnap::Mode);
 ORVANE_JSON_FORM(StemGatedLoudness::Pair);
 ORVANE_JSON_FORM(StemGatedLoudness);
 ORVANE_JSON_FORM(MusicSectionLoudness::Entry);

@@ -1,6 +1,8 @@
 #pragma once
 
 #include "orvane/music/music_analysis_result.h"
+#include "orvane/music/music_auto_analysis_policy.h"
+#include "orvane/music/music_grid_snap.h"
 #include "orvane/music/music_section_loudness.h"
 #include "orvane/music/stem_gated_loudness.h"
 #include "orvane/text/json/json_coding.h"
@@ -11,6 +13,16 @@ namespace orvane::json {
 template <>
 struct Coding<MusicAnalysisResult::Stem> {
   static constexpr auto value = stemFromRawValue;
+};
+
+template <>
+struct Coding<MusicGridSnap::Mode> {
+  static constexpr auto value = MusicGridSnap::modeFromRawValue;
+};
+
+template <>
+struct Coding<MusicAutoAnalysisPolicy> {
+  static constexpr auto value = musicAutoAnalysisPolicyFromRawValue;
 };
 
 ORVANE_JSON_FIELDS(MusicAnalysisResult::TimeSpan, start, end);

@@ -2,8 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <limits>
 #include <vector>
+
+#include "tests/support/random.h"
 
 namespace orvane {
 namespace {
@@ -46,6 +49,36 @@ TEST(MusicSectionChapters, AreNoneWithoutASectionInTheFile) {
 
 TEST(MusicSectionChapters, AreOneForAFileShorterThanTheMinimum) {
   EXPECT_EQ(tile(Spans{{0, 2}, {2, 4}}, 5, 10), (Spans{{0, 5}}));
+}
+
+TEST(MusicSectionChapters, TileTheFileAndAreNeverShorterThanTheMinimumUnlessItIs) {
+  test::Random random(5);
+  for (int round = 0; round < 2000; ++round) {
+    const double duration = random.between(0.1, 300), minimum = random.between(0, 40);
+    Spans sections(1 + random.below(12));
+    for (auto& section : sections) {
+      section.start = random.between(-20, duration);
+      section.end = section.start + random.between(0, 100);
+    }
+    const auto chapters = tile(sections, duration, minimum);
+    const bool isAnyInside = std::any_of(sections.begin(), sections.end(), [&](const auto& each) {
+      return each.end > 0 && each.start < duration && each.end > each.start;
+    });
+    ASSERT_EQ(chapters.empty(), !isAnyInside);
+    double reached = 0;
+    for (const auto& chapter : chapters) {
+      EXPECT_EQ(chapter.start, reached);
+      EXPECT_LT(chapter.start, chapter.end);
+      if (chapters.size() > 1) {
+        EXPECT_GE(chapter.duration(), minimum);
+      }
+      reached = chapter.end;
+    }
+    if (isAnyInside) {
+      EXPECT_EQ(reached, duration);
+    }
+    EXPECT_EQ(tile(chapters, duration, minimum), chapters);
+  }
 }
 
 }  // namespace
