@@ -21,6 +21,9 @@ ORVANE_API void negate(std::span<float> samples) noexcept;
 /// x + constant.
 ORVANE_API void offset(std::span<float> samples, float constant) noexcept;
 
+/// x + other · gain of the same index; as many others as samples.
+ORVANE_API void addScaled(std::span<float> samples, const float* others, float gain) noexcept;
+
 /// The larger of x and the other of the same index, none of them NaN. `others` may lie within
 /// `samples` or behind it.
 ORVANE_API void raise(std::span<float> samples, const float* others) noexcept;

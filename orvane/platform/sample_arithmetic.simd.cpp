@@ -47,6 +47,13 @@ void offsetBy(float* x, std::size_t count, float constant) {
   });
 }
 
+void addAllScaled(float* x, const float* others, std::size_t count, float gain) {
+  forEach(count, [=](auto d, std::size_t i) HWY_ATTR {
+    const auto scaled = hn::Mul(hn::LoadU(d, others + i), hn::Set(d, gain));
+    hn::StoreU(hn::Add(hn::LoadU(d, x + i), scaled), d, x + i);
+  });
+}
+
 void raiseTo(float* x, const float* others, std::size_t count) {
   forEach(count, [=](auto d, std::size_t i) HWY_ATTR {
     hn::StoreU(hn::Max(hn::LoadU(d, x + i), hn::LoadU(d, others + i)), d, x + i);
@@ -84,6 +91,7 @@ HWY_EXPORT(scaleBy);
 HWY_EXPORT(multiplyBy);
 HWY_EXPORT(negateAll);
 HWY_EXPORT(offsetBy);
+HWY_EXPORT(addAllScaled);
 HWY_EXPORT(raiseTo);
 HWY_EXPORT(silenceAllNonFinite);
 HWY_EXPORT(mixBoth);
@@ -102,6 +110,10 @@ void negate(std::span<float> samples) noexcept {
 
 void offset(std::span<float> samples, float constant) noexcept {
   HWY_DYNAMIC_DISPATCH(offsetBy)(samples.data(), samples.size(), constant);
+}
+
+void addScaled(std::span<float> samples, const float* others, float gain) noexcept {
+  HWY_DYNAMIC_DISPATCH(addAllScaled)(samples.data(), others, samples.size(), gain);
 }
 
 void raise(std::span<float> samples, const float* others) noexcept {

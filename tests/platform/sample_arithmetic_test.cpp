@@ -24,18 +24,20 @@ TEST(SampleArithmetic, EqualsPlainArithmeticBitForBit) {
     // Every remainder of every vector length.
     for (std::size_t count = 0; count < 70; ++count) {
       const auto a = noise(1, count), b = noise(2, count), g = noise(3, count), h = noise(4, count);
-      auto scaled = a, multiplied = a, negated = a, offset = a;
+      auto scaled = a, multiplied = a, negated = a, offset = a, added = a;
       std::vector<float> mixed(count);
       SampleArithmetic::scale(scaled, 0.7F);
       SampleArithmetic::multiply(multiplied, g.data());
       SampleArithmetic::negate(negated);
       SampleArithmetic::offset(offset, -0.3F);
+      SampleArithmetic::addScaled(added, b.data(), -0.7F);
       SampleArithmetic::mix(a.data(), g.data(), b.data(), h.data(), mixed.data(), count);
       for (std::size_t i = 0; i < count; ++i) {
         EXPECT_EQ(scaled[i], a[i] * 0.7F);
         EXPECT_EQ(multiplied[i], a[i] * g[i]);
         EXPECT_EQ(negated[i], -a[i]);
         EXPECT_EQ(offset[i], a[i] - 0.3F);
+        EXPECT_EQ(added[i], a[i] + b[i] * -0.7F);
         EXPECT_EQ(mixed[i], a[i] * g[i] + b[i] * h[i]);
       }
     }
