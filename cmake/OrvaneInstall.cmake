@@ -25,7 +25,8 @@ set_target_properties(orvane PROPERTIES INSTALL_RPATH "${ORVANE_RUN_PATH}")
 install(TARGETS orvane RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
 
 # Licences of what others have written and the product uses.
-foreach(package IN ITEMS libavformat-dev libcli11-dev libhwy-dev libicu-dev libkissfft-dev)
+foreach(package IN ITEMS
+    libavformat-dev libcli11-dev libhwy-dev libicu-dev libkissfft-dev libsoxr-dev)
   install(FILES "/usr/share/doc/${package}/copyright" RENAME "${package}.txt"
     DESTINATION "${CMAKE_INSTALL_DOCDIR}/third-party" OPTIONAL)
 endforeach()

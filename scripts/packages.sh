@@ -6,7 +6,7 @@
 # To build the libraries and the program.
 buildPackages=(
   g++ cmake ninja-build pkg-config ccache
-  libhwy-dev libkissfft-dev
+  libhwy-dev libkissfft-dev libsoxr-dev
   libavformat-dev libavcodec-dev libavutil-dev
   libcli11-dev
   libicu-dev librsvg2-bin

@@ -69,4 +69,29 @@ inline Channel cut(const Channel& x, std::int64_t start, std::int64_t end,
   return out;
 }
 
+/// The base with the take in place of its frames [start, end), which lie within it.
+inline Channel splice(const Channel& base, std::int64_t start, std::int64_t end,
+                      const Channel& take, std::int64_t crossfadeFrames) {
+  const auto length = static_cast<std::int64_t>(base.size());
+  const auto takeLength = static_cast<std::int64_t>(take.size());
+  const auto at = [](const Channel& x, std::int64_t n) { return x[static_cast<std::size_t>(n)]; };
+  const auto angle = [](std::int64_t i, std::int64_t n) {
+    return static_cast<float>(i) / static_cast<float>(n) * 3.1415925F * 0.5F;
+  };
+  const auto in = std::clamp<std::int64_t>(std::min(start, crossfadeFrames), 0, takeLength);
+  const auto out =
+      std::max<std::int64_t>(0, std::min(takeLength - in, std::min(length - end, crossfadeFrames)));
+  Channel result;
+  for (std::int64_t n = 0; n < start - in; ++n) result.push_back(at(base, n));
+  for (std::int64_t i = 0; i < in; ++i)
+    result.push_back(at(base, start - in + i) * std::cos(angle(i, in)) +
+                     at(take, i) * std::sin(angle(i, in)));
+  for (std::int64_t n = in; n < takeLength - out; ++n) result.push_back(at(take, n));
+  for (std::int64_t i = 0; i < out; ++i)
+    result.push_back(at(take, takeLength - out + i) * std::cos(angle(i, out)) +
+                     at(base, end + i) * std::sin(angle(i, out)));
+  for (std::int64_t n = end + out; n < length; ++n) result.push_back(at(base, n));
+  return result;
+}
+
 }  // namespace orvane::reference
