@@ -84,16 +84,17 @@ TEST_P(HostileProgrammes, AreLimitedAsTheFormulasSay) {
     const auto expected =
         reference::limited(programme.channels, programme.sampleRate, linearGain(-1));
     EXPECT_EQ(limit(programme, -1), expected.hasChanged) << seed;
-    // Rounding: one step of the gain and two of the last scaling.
+    // Rounding: a step of the gain, which the last scaling follows, and two products.
     for (std::size_t c = 0; c < expected.channels.size(); ++c)
       for (std::size_t i = 0; i < expected.channels[c].size(); ++i)
         ASSERT_NEAR(programme.channels[c][i], expected.channels[c][i],
-                    4 * 6e-8F * std::abs(expected.channels[c][i]))
+                    8 * 6e-8F * std::abs(expected.channels[c][i]))
             << seed << ' ' << i;
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(, HostileProgrammes, ::testing::Values(44100U, 48000U, 88200U),
+// At 1 kHz the look-ahead is shorter than what the filters look back.
+INSTANTIATE_TEST_SUITE_P(, HostileProgrammes, ::testing::Values(44100U, 48000U, 88200U, 1000U),
                          ::testing::PrintToStringParamName());
 
 // From 96 kHz on the meter reads by a longer filter than the limiter looks through.
@@ -194,7 +195,7 @@ TEST(TruePeakLimiter, EqualsTheFormulasOverALongProgramme) {
   for (std::size_t c = 0; c < 3; ++c)
     for (std::size_t i = 0; i < 300000; ++i)
       ASSERT_NEAR(programme.channels[c][i], expected.channels[c][i],
-                  4 * 6e-8F * std::abs(expected.channels[c][i]));
+                  8 * 6e-8F * std::abs(expected.channels[c][i]));
 }
 
 TEST(TruePeakLimiter, LeavesWhatIsBelowTheCeilingAlone) {
