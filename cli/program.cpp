@@ -1,14 +1,19 @@
 #include "cli/program.h"
 
+#include <algorithm>
 #include <exception>
 #include <memory>
 #include <new>
 #include <optional>
+#include <span>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "cli/command.h"
 #include "cli/commands/analyze_command.h"
 #include "cli/commands/dialogue_command.h"
+#include "cli/commands/edit_command.h"
 #include "cli/commands/generate_command.h"
 #include "cli/commands/identify_command.h"
 #include "cli/commands/raw_command.h"
@@ -52,6 +57,7 @@ std::unique_ptr<CLI::App> makeProgram(ChosenCommand& chosen) {
   addDialogueCommand(*program, chosen);
   addReportCommand(*program, chosen);
   addTargetsCommand(*program, chosen);
+  addEditCommand(*program, chosen);
   addGenerateCommand(*program, chosen);
   addRawCommand(*program, chosen);
   for (CLI::App* command : program->get_subcommands([](CLI::App*) { return true; })) {
@@ -64,7 +70,7 @@ std::unique_ptr<CLI::App> makeProgram(ChosenCommand& chosen) {
 /// The name behind "orvane " for hints; empty when no command was recognised.
 std::string commandName(const CLI::App& program) {
   const auto chosen = program.get_subcommands();
-  return chosen.empty() ? "" : " " + chosen.front()->get_name();
+  return chosen.empty() ? "" : " " + chosen.front()->get_name() + commandName(*chosen.front());
 }
 
 std::string usageText(const CLI::App& program, std::string text) {
@@ -93,21 +99,35 @@ ExitCode runChosen(const CLI::App& program, const ChosenCommand& chosen, Console
   return ExitCode::fileFailed;
 }
 
-void requireCommand(const CLI::App& program, const std::string& name) {
+/// What is wrong with a word that must name a command, as far as commands have commands.
+std::optional<std::string> unknownCommand(const CLI::App& program,
+                                          std::span<const std::string> words) {
+  const auto commands = program.get_subcommands([](const CLI::App*) { return true; });
+  if (commands.empty() || words.empty() || words.front().starts_with('-')) return std::nullopt;
   std::string known;
-  for (const CLI::App* command : program.get_subcommands([](const CLI::App*) { return true; })) {
-    if (command->get_name() == name) return;
+  for (const CLI::App* command : commands) {
+    if (command->get_name() == words.front()) return unknownCommand(*command, words.subspan(1));
     known += (known.empty() ? "" : ", ") + command->get_name();
   }
-  throw UsageError("unknown command '" + name + "', the commands are " + known);
+  return "unknown command '" + words.front() + "', the commands are " + known;
+}
+
+/// The arguments behind the program's name. Negative numbers are values, also those that begin with
+/// a point, which would be taken for options.
+std::vector<std::string> wordsOf(int count, const char* const* arguments) {
+  std::vector<std::string> words(arguments + std::min(count, 1), arguments + count);
+  for (std::string& word : words)
+    if (word.size() > 2 && word.starts_with("-.") && word[2] >= '0' && word[2] <= '9')
+      word.insert(1, "0");
+  return words;
 }
 
 /// Reads the arguments; a code when the program is over after that.
 std::optional<ExitCode> parse(CLI::App& program, int count, const char* const* arguments,
                               Console& console) {
+  const std::vector<std::string> words = wordsOf(count, arguments);
   try {
-    if (count > 1 && arguments[1][0] != '-') requireCommand(program, arguments[1]);
-    program.parse(count, arguments);
+    program.parse(std::vector<std::string>(words.rbegin(), words.rend()));  // as CLI11 takes them
     return std::nullopt;
   } catch (const CLI::CallForHelp&) {
     console.print(program.help());
@@ -116,7 +136,7 @@ std::optional<ExitCode> parse(CLI::App& program, int count, const char* const* a
     console.print(versionText() + "\n");
     return ExitCode::done;
   } catch (const CLI::ParseError& error) {
-    console.error(usageText(program, error.what()));
+    console.error(usageText(program, unknownCommand(program, words).value_or(error.what())));
   } catch (const UsageError& error) {
     console.error(usageText(program, error.what()));
   }

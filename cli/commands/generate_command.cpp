@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "cli/options/audio_output_options.h"
+#include "cli/options/named_choice.h"
 #include "cli/options/number_option.h"
 #include "cli/options/sample_rate_limits.h"
 #include "cli/output/abandoned_files.h"
@@ -54,20 +55,6 @@ struct GenerateOptions {
   bool isLinear = false;
   AudioOutputOptions output{};
 };
-
-template <typename Choices, typename Value>
-void choose(const Choices& choices, const std::string& option, const std::string& name,
-            Value& value) {
-  std::string known;
-  for (const auto& [text, choice] : choices) {
-    if (text == name) {
-      value = choice;
-      return;
-    }
-    known += (known.empty() ? "" : ", ") + std::string(text);
-  }
-  throw UsageError(option + ": unknown name '" + name + "'; the names are " + known);
-}
 
 /// By `--container`, else by the name of the output; what is neither AIFF nor CAF becomes WAV.
 GeneratorContainer containerOf(const GenerateOptions& options) {
@@ -200,7 +187,7 @@ void addSignalOptions(CLI::App& command, const std::shared_ptr<GenerateOptions>&
       .add_option_function<std::string>(
           "--bit-depth",
           [&spec](const std::string& name) {
-            choose(kBitDepths, "--bit-depth", name, spec.bitDepth);
+            spec.bitDepth = namedChoice(kBitDepths, "--bit-depth", name);
           },
           "By default int24")
       ->option_text("int16|int24|float32")
@@ -209,9 +196,7 @@ void addSignalOptions(CLI::App& command, const std::shared_ptr<GenerateOptions>&
       .add_option_function<std::string>(
           "--container",
           [options](const std::string& name) {
-            GeneratorContainer container{};
-            choose(kContainers, "--container", name, container);
-            options->container = container;
+            options->container = namedChoice(kContainers, "--container", name);
           },
           "By default what OUT's extension says, else wav")
       ->option_text("wav|aiff|caf")
@@ -227,7 +212,7 @@ void addGenerateCommand(CLI::App& program, ChosenCommand& chosen) {
       ->add_option_function<std::string>(
           "SIGNAL",
           [options](const std::string& name) {
-            choose(kWaveforms, "SIGNAL", name, options->spec.waveform);
+            options->spec.waveform = namedChoice(kWaveforms, "SIGNAL", name);
           },
           "sine, dual (two sines), square, saw, triangle, sweep, white, pink or brown (noise), "
           "impulse, clicks, silence or ident (channel n gives n bursts)")

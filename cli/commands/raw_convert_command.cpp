@@ -22,27 +22,6 @@ struct ConvertOptions {
   AudioOutputOptions output{};
 };
 
-/// The encoding that holds the samples as they are.
-PCMEncoding encodingOf(const RawPCMFormat& format) {
-  using Encoding = RawPCMFormat::Encoding;
-  switch (format.encoding) {
-    case Encoding::uint8:
-      return {8, false};
-    case Encoding::int16:
-      return {16, false};
-    case Encoding::int24Packed:
-    case Encoding::int24In32:
-      return {24, false};
-    case Encoding::int32:
-      return {32, false};
-    case Encoding::float32:
-      return {32, true};
-    case Encoding::float64:
-      break;
-  }
-  return {64, true};
-}
-
 ExitCode runConvert(const ConvertOptions& options, Console& console) {
   if (!options.source.rawFormat) throw UsageError("--raw is missing; it says how FILE is encoded");
   const AudioOutputOptions& output = options.output;
@@ -57,7 +36,7 @@ ExitCode runConvert(const ConvertOptions& options, Console& console) {
   const Execution execution{.threadCount = JobRunner::threadsPerJob(1), .observer = observer.get()};
   const auto source =
       AudioSource::open(options.file, options.source.rawFormat, {.execution = execution});
-  const PCMEncoding encoding = output.encoding.value_or(encodingOf(*options.source.rawFormat));
+  const PCMEncoding encoding = output.encodingFor(*source);
   WrittenAudio written{
       .file = output.file,
       .settings = PCMWriteSettings::make(output.containerFor(encoding, AudioContainer::wave),

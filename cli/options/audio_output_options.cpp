@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <utility>
 
+#include "cli/options/named_choice.h"
 #include "cli/usage_error.h"
+#include "orvane/audio/audio_file_identity.h"
 
 namespace orvane::cli {
 namespace {
@@ -19,17 +21,6 @@ constexpr std::pair<std::string_view, PCMEncoding> kEncodings[] = {
     {"u8", {8, false}},   {"s16", {16, false}}, {"s24", {24, false}},
     {"s32", {32, false}}, {"f32", {32, true}},  {"f64", {64, true}}};
 
-/// The choice of a name; what is none of the names is a `UsageError` that lists them.
-template <typename Choices>
-auto chosen(const Choices& choices, const std::string& option, const std::string& name) {
-  std::string known;
-  for (const auto& [text, value] : choices) {
-    if (text == name) return value;
-    known += (known.empty() ? "" : ", ") + std::string(text);
-  }
-  throw UsageError(option + ": unknown name '" + name + "'; the names are " + known);
-}
-
 }  // namespace
 
 std::optional<AudioContainer> audioContainerFromName(std::string_view name) {
@@ -38,12 +29,27 @@ std::optional<AudioContainer> audioContainerFromName(std::string_view name) {
   return std::nullopt;
 }
 
+PCMEncoding AudioOutputOptions::encodingFor(const AudioSource& source) const {
+  if (encoding) return *encoding;
+  if (const auto& raw = source.rawFormat()) {
+    using Encoding = RawPCMFormat::Encoding;
+    const bool isFloat = raw->encoding == Encoding::float32 || raw->encoding == Encoding::float64;
+    return {bitDepth(raw->encoding), isFloat};
+  }
+  constexpr PCMEncoding kForCompressed{24, false};
+  return source.identity() ? source.identity()->pcmEncoding.value_or(kForCompressed)
+                           : kForCompressed;
+}
+
 AudioContainer AudioOutputOptions::containerFor(const PCMEncoding& stored,
                                                 AudioContainer otherwise) const {
   if (container) return *container;
   std::string extension = std::filesystem::path(file).extension().string();
   if (!extension.empty()) extension.erase(0, 1);
-  return accommodating(audioContainerFromExtension(extension).value_or(otherwise), stored.isFloat);
+  const auto named = audioContainerFromExtension(extension);
+  if (!named && AudioFileIdentity::expectedContainers(extension))
+    throw UsageError("." + extension + " files are not written; --container says what is");
+  return accommodating(named.value_or(otherwise), stored.isFloat);
 }
 
 void addAudioOutputOptions(CLI::App& command, AudioOutputOptions& options) {
@@ -63,7 +69,7 @@ void addAudioFormatOptions(CLI::App& command, AudioOutputOptions& options) {
       .add_option_function<std::string>(
           "--container",
           [&options](const std::string& name) {
-            options.container = chosen(kContainers, "--container", name);
+            options.container = namedChoice(kContainers, "--container", name);
           },
           "What kind of file; by default OUT's extension says it")
       ->option_text("wav|rf64|bw64|w64|aiff|aifc|caf")
@@ -72,7 +78,7 @@ void addAudioFormatOptions(CLI::App& command, AudioOutputOptions& options) {
       .add_option_function<std::string>(
           "--encoding",
           [&options](const std::string& name) {
-            options.encoding = chosen(kEncodings, "--encoding", name);
+            options.encoding = namedChoice(kEncodings, "--encoding", name);
           },
           "How samples are stored; by default as in the source")
       ->option_text("u8|s16|s24|s32|f32|f64")
@@ -85,7 +91,7 @@ void addAudioFormatOptions(CLI::App& command, AudioOutputOptions& options) {
               throw UsageError("--dither: the one kind is tpdf, not '" + name + "'");
             options.dither = true;
           },
-          "Add triangular dither before samples are rounded")
+          "Add triangular dither to all samples before they are rounded")
       ->option_text("tpdf")
       ->group(kGroup);
 }

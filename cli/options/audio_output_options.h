@@ -7,6 +7,7 @@
 #include <string>
 #include <string_view>
 
+#include "orvane/audio/audio_source.h"
 #include "orvane/container/audio_container.h"
 #include "orvane/container/pcm_encoding.h"
 
@@ -23,8 +24,12 @@ struct AudioOutputOptions {
   bool force = false;
   bool quiet = false;
 
+  /// The encoding by `--encoding`, else the source's; 24-bit integers for compressed sources.
+  PCMEncoding encodingFor(const AudioSource& source) const;
+
   /// The container by `--container`, else by the file's extension, else `otherwise`. An AIFF that
-  /// nobody asked for by name becomes AIFF-C where floats are to be stored.
+  /// nobody asked for by name becomes AIFF-C where floats are to be stored. Throws `UsageError` for
+  /// the extension of audio files that cannot be written.
   AudioContainer containerFor(const PCMEncoding& stored, AudioContainer otherwise) const;
 };
 

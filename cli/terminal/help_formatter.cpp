@@ -16,7 +16,10 @@ std::string usage(const CLI::App& app, const std::string& name) {
   text += " [OPTION]…";
   for (const CLI::Option* option : app.get_options()) {
     if (!option->get_positional()) continue;
-    text += " " + option->get_name(true) + (option->get_items_expected_max() > 1 ? "…" : "");
+    const std::string words = option->get_option_text();
+    text += " " + (words.empty()
+                       ? option->get_name(true) + (option->get_items_expected_max() > 1 ? "…" : "")
+                       : words);
   }
   return text + "\n";
 }

@@ -85,4 +85,13 @@ void copyAudio(AudioSource& source, PCMFileWriter& writer, const Execution& exec
   }
 }
 
+void copyAudio(PlanarView audio, PCMFileWriter& writer, const Execution& execution) {
+  StageProgress progress(execution.observer, "Writing", audio.frameCount());
+  for (std::size_t first = 0; first < audio.frameCount(); first += kPieceFrames) {
+    const std::size_t count = std::min<std::size_t>(kPieceFrames, audio.frameCount() - first);
+    writer.write(audio.slice(first, count));
+    progress.advance(count);
+  }
+}
+
 }  // namespace orvane

@@ -4,6 +4,7 @@
 #include "orvane/container/pcm_file_writer.h"
 #include "orvane/platform/execution.h"
 #include "orvane/platform/export.h"
+#include "orvane/platform/planar_view.h"
 
 namespace orvane {
 
@@ -13,5 +14,9 @@ namespace orvane {
 /// reading and writing throw, and `PlatformError` for a source that ends before its length.
 ORVANE_API void copyAudio(AudioSource& source, PCMFileWriter& writer,
                           const Execution& execution = {});
+
+/// Writes audio that is in memory; the stage is "Writing". Throws what writing throws, and
+/// `Cancelled` when the observer asks for it.
+ORVANE_API void copyAudio(PlanarView audio, PCMFileWriter& writer, const Execution& execution = {});
 
 }  // namespace orvane

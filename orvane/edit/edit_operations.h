@@ -4,9 +4,8 @@
 ///
 /// Frame ranges are [startFrame, endFrame), cut to what is there. Where nothing is, the audio stays
 /// as it is; nothing here throws. Each edit has up to three forms with the same samples:
-/// - on whole channels in memory, giving an `EditResult`: channels of unequal length and a rate
-/// that
-///   is no number are programming errors; arrays that are given away (std::move) are not copied;
+/// - on whole channels in memory, giving an `EditResult`: channels of unequal length and rates that
+///   are no numbers are programming errors; arrays that are given away (std::move) are not copied;
 /// - in place, on a view of audio that the caller owns;
 /// - on a slice of a longer programme, and as a writer to a file, for what does not fit into memory
 ///   twice.

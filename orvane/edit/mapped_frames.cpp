@@ -3,9 +3,11 @@
 #include <algorithm>
 #include <array>
 #include <span>
+#include <vector>
 
 #include "orvane/edit/fade_gain_kernel.h"
 #include "orvane/edit/frame_range.h"
+#include "orvane/platform/precondition.h"
 #include "orvane/platform/sample_arithmetic.h"
 
 namespace orvane {
@@ -75,6 +77,31 @@ void renderMappedFrames(const FrameMap& map, PlanarView source, std::int64_t fir
     done = std::max(done, range.end);
   }
   fillWithSilence(wanted.end);
+}
+
+void moveMappedFrames(const FrameMap& map, std::int64_t frameCount, MutablePlanarView room) {
+  if (map == FrameMap::identity(frameCount)) return;
+  const auto staysOrGoesBack = [](const Piece& piece) { return piece.place >= piece.sourceFirst; };
+  const auto staysOrGoesForward = [](const Piece& piece) {
+    return piece.place <= piece.sourceFirst;
+  };
+  const bool isForward = std::ranges::all_of(map.pieces, staysOrGoesForward);
+  precondition(isForward || std::ranges::all_of(map.pieces, staysOrGoesBack),
+               "frames are moved one way");
+  // No frame that a later block is made of lies where an earlier one was put.
+  constexpr std::int64_t kBlock = std::int64_t{1} << 15;
+  const std::int64_t blocks = (map.frameCount + kBlock - 1) / kBlock;
+  std::vector<float> block(sizeOf(std::min(kBlock, map.frameCount)));
+  for (std::size_t c = 0; c < room.channelCount(); ++c) {
+    const auto channel = room.channels(c, 1);
+    for (std::int64_t i = 0; i < blocks; ++i) {
+      const std::int64_t first = (isForward ? i : blocks - 1 - i) * kBlock;
+      const std::size_t count = sizeOf(std::min(kBlock, map.frameCount - first));
+      float* const result = block.data();
+      renderMappedFrames(map, channel, first, MutablePlanarView({&result, 1}, count));
+      std::copy_n(result, count, channel.channel(0) + first);
+    }
+  }
 }
 
 }  // namespace orvane

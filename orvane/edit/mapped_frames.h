@@ -15,4 +15,9 @@ namespace orvane {
 ORVANE_TESTING_API void renderMappedFrames(const FrameMap& map, PlanarView source,
                                            std::int64_t first, MutablePlanarView destination);
 
+/// The same in place: `room` begins with the `frameCount` frames of the source, and holds the
+/// result too. The map brings every frame forward or leaves it where it is, or brings none forward.
+ORVANE_TESTING_API void moveMappedFrames(const FrameMap& map, std::int64_t frameCount,
+                                         MutablePlanarView room);
+
 }  // namespace orvane

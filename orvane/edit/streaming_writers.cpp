@@ -7,6 +7,7 @@
 
 #include "orvane/container/pcm_file_writer.h"
 #include "orvane/core/channel_order.h"
+#include "orvane/core/decibels.h"
 #include "orvane/core/loudness/loudness_processor.h"
 #include "orvane/core/peak/true_peak_meter.h"
 #include "orvane/edit/level.h"
@@ -76,10 +77,6 @@ void writeEdited(const PCMBuffer& source, const std::filesystem::path& url,
                 });
 }
 
-double amplitudeOf(double decibels) {
-  return std::pow(10.0, decibels / 20);
-}
-
 double truePeak(const PCMBuffer& source) {
   core::TruePeakMeter meter(source.sampleRate(), source.channelCount());
   meter.process(source.view());
@@ -95,12 +92,10 @@ double integratedLUFS(const PCMBuffer& source) {
   return meter.integratedLUFS();
 }
 
-/// Writes the source with the gain `proposed`, or with less as the ceiling demands.
-void writeBelowCeiling(const PCMBuffer& source, double proposed, double ceilingDB,
+/// Writes the source with that gain, or with less as the ceiling demands.
+void writeBelowCeiling(const PCMBuffer& source, double gainDB, double ceilingDB,
                        const std::filesystem::path& url, std::int64_t chunkFrames) {
-  const double peak = truePeak(source);
-  const double most = peak > 0 ? amplitudeOf(ceilingDB) / peak : proposed;
-  const auto gain = static_cast<float>(std::min(proposed, most));
+  const float gain = linearGain(std::min(gainDB, ceilingDB - core::linearToDB(truePeak(source))));
   writeEdited(source, url, chunkFrames, [&](const ProgrammeSlice& slice) {
     for (std::size_t c = 0; c < slice.audio.channelCount(); ++c) {
       const auto samples = slice.audio.samples(c);
@@ -186,8 +181,8 @@ void writeNormalizedWAV(const PCMBuffer& source, double targetLUFS, double ceili
                         const std::filesystem::path& url, std::int64_t chunkFrames) {
   requireAudio(source);
   const double measured = integratedLUFS(source);
-  writeBelowCeiling(source, std::isfinite(measured) ? amplitudeOf(targetLUFS - measured) : 1,
-                    ceilingDB, url, chunkFrames);
+  writeBelowCeiling(source, std::isfinite(measured) ? targetLUFS - measured : 0, ceilingDB, url,
+                    chunkFrames);
 }
 
 void writeLimitedWAV(const PCMBuffer& source, double ceilingDBTP, const std::filesystem::path& url,
@@ -198,7 +193,7 @@ void writeLimitedWAV(const PCMBuffer& source, double ceilingDBTP, const std::fil
 void writeGainLimitedWAV(const PCMBuffer& source, double gainDB, double ceilingDB,
                          const std::filesystem::path& url, std::int64_t chunkFrames) {
   requireAudio(source);
-  writeBelowCeiling(source, amplitudeOf(gainDB), ceilingDB, url, chunkFrames);
+  writeBelowCeiling(source, gainDB, ceilingDB, url, chunkFrames);
 }
 
 }  // namespace orvane::EditOperations

@@ -67,5 +67,14 @@ TEST_F(ProgramFaultySaving, HeaderlessAudioThatIsConverted) {
   }
 }
 
+TEST_F(ProgramFaultySaving, AudioThatIsEdited) {
+  folder().write("out.wav", "old");
+  const auto edited =
+      saving({"edit", "trim", "-q", "0", "0.1", "good.wav", "-o", "out.wav", "--force"}, "out.wav");
+  edited.failEveryCall({ENOSPC});
+  edited.disturbEveryWrite();
+  edited.killAtEveryCall();
+}
+
 }  // namespace
 }  // namespace orvane::cli::test

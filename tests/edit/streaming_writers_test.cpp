@@ -136,10 +136,10 @@ TEST_F(StreamingWritersTest, DoNotInsertANegativeTime) {
 
 TEST_F(StreamingWritersTest, NormaliseThePeakOverAllChannels) {
   ChannelArrays channels = {{0.25F, kNaN, -0.125F}, {0.5F, kInfinity, 0.0F}};
-  const auto expected = changeLevel(channels, kRate, -6 - 20 * std::log10(0.5), 0, 3).channelData;
-  expectStreamed(channels, expected, [&](const PCMBuffer& source, std::int64_t chunk) {
-    writePeakNormalizedWAV(source, -6, out, chunk);
-  });
+  expectStreamed(channels, normalizePeak(channels, kRate, -6).channelData,
+                 [&](const PCMBuffer& source, std::int64_t chunk) {
+                   writePeakNormalizedWAV(source, -6, out, chunk);
+                 });
   EXPECT_NEAR(written()[1][0], std::pow(10.0, -6.0 / 20), 1e-7);
 }
 

@@ -1,0 +1,257 @@
+#include "cli/commands/edit_command.h"
+
+#include <memory>
+#include <set>
+#include <utility>
+
+#include "cli/commands/job_runner.h"
+#include "cli/commands/measured_file.h"
+#include "cli/options/audio_output_options.h"
+#include "cli/options/edit_requests.h"
+#include "cli/options/sample_rate_limits.h"
+#include "cli/options/source_options.h"
+#include "cli/output/abandoned_files.h"
+#include "cli/output/edit_text.h"
+#include "cli/output/number_text.h"
+#include "cli/output/output_file.h"
+#include "cli/output/written_audio.h"
+#include "cli/terminal/progress_bar.h"
+#include "cli/terminal/terminal_text.h"
+#include "cli/usage_error.h"
+#include "orvane/container/side_chunks.h"
+#include "orvane/edit/audio_copy.h"
+#include "orvane/edit/pcm_write_settings.h"
+
+namespace orvane::cli {
+namespace {
+
+namespace fs = std::filesystem;
+
+struct EditOptions {
+  std::string file{};
+  std::vector<EditRequest> requests{};
+  std::vector<std::string> followers{};  ///< of `--then`
+  SourceOptions source{};
+  AudioOutputOptions output{};
+};
+
+/// A file to be written, with all channels of the audio or one of them.
+struct Target {
+  WrittenAudio written{};
+  std::optional<std::uint32_t> channel{};
+};
+
+AudioContainer containerFor(const EditOptions& options, const AudioSource& source,
+                            const PCMEncoding& encoding) {
+  const auto own = source.identity()
+                       ? audioContainerFromFileTypeID(source.identity()->containerTypeID)
+                       : std::nullopt;
+  return options.output.containerFor(encoding, own.value_or(AudioContainer::wave));
+}
+
+/// "take.L.wav" for "take.wav"; names of channels that are not told apart are numbers.
+std::vector<fs::path> splitNames(const fs::path& output, const AudioFormat& format) {
+  auto names = shownChannelNames(format.layout, format.channelCount);
+  const bool areDistinct = std::set(names.begin(), names.end()).size() == names.size();
+  std::vector<fs::path> paths;
+  for (std::size_t i = 0; i < names.size(); ++i) {
+    std::string name = areDistinct ? names[i] : "Ch " + std::to_string(i + 1);
+    std::erase(name, ' ');
+    fs::path path = output;
+    paths.push_back(
+        path.replace_filename(output.stem().string() + "." + name + output.extension().string()));
+  }
+  return paths;
+}
+
+std::vector<Target> targetsOf(const EditOptions& options, const AudioSource& source,
+                              std::int64_t frameCount) {
+  const PCMEncoding encoding = options.output.encodingFor(source);
+  const AudioContainer container = containerFor(options, source, encoding);
+  std::vector<Target> targets;
+  const auto add = [&](const fs::path& file, const AudioFormat& format,
+                       std::optional<std::uint32_t> channel) {
+    auto settings = PCMWriteSettings::make(container, format, encoding);
+    const auto outline = PCMFileWriter::outline(file, settings, frameCount);
+    settings.fileTypeID = outline.fileTypeID;
+    targets.push_back({.written = {.file = file,
+                                   .settings = std::move(settings),
+                                   .frameCount = frameCount,
+                                   .warnings = outline.warnings},
+                       .channel = channel});
+  };
+  if (options.requests.back().edit) {
+    add(options.output.file, source.format(), std::nullopt);
+    return targets;
+  }
+  const AudioFormat mono{.sampleRate = source.format().sampleRate, .channelCount = 1};
+  std::uint32_t channel = 0;
+  for (const fs::path& path : splitNames(options.output.file, source.format()))
+    add(path, mono, channel++);
+  return targets;
+}
+
+void requireWritable(const EditOptions& options, const std::vector<Target>& targets,
+                     Console& console) {
+  ReadFiles read;
+  read.add(options.file);
+  std::vector<fs::path> files;
+  for (const Target& target : targets) {
+    read.requireNone(target.written.file);
+    OutputFile::requireWritable(target.written.file, options.output.force);
+    files.push_back(target.written.file);
+  }
+  warnOfAbandonedFiles(files, console);
+}
+
+void requireRate(const AudioSource& source) {
+  const double rate = source.format().sampleRate;
+  if (!SampleRateLimits::contains(rate))
+    throw PlatformError(source.url(), "The sample rate of " + NumberText::sampleRate(rate) +
+                                          " lies outside " + SampleRateLimits::description());
+}
+
+/// The edits of audio that long; what makes no sense of them is said with the operation's name.
+EditChain chainOf(const EditOptions& options, const AudioSource& source, std::int64_t frames) {
+  const AudioFormat& format = source.format();
+  std::vector<Edit> edits;
+  for (const EditRequest& request : options.requests)
+    if (request.edit) edits.push_back(request.edit(format.sampleRate));
+  try {
+    return {std::move(edits), frames, format.channelCount};
+  } catch (const EditChainError& error) {
+    throw PlatformError(
+        source.url(), options.requests[error.index()].operation + ": " + error.errorDescription());
+  }
+}
+
+std::string leftBehind(const std::vector<FourCC>& chunks) {
+  std::string names;
+  for (const FourCC id : chunks)
+    names += (names.empty() ? "" : ", ") + (id == 0 ? "chunks of others" : fourCC(id));
+  return names;
+}
+
+/// Bits that a sample of a float has.
+constexpr std::int64_t kFloatBits = 24;
+
+/// What the user should know of the source.
+void warnOfSource(const AudioSource& source, const std::vector<FourCC>& chunks, Console& console) {
+  const std::string name = source.url().filename().string() + ": ";
+  for (const auto& warning : source.warnings()) console.warning(name + warning.text);
+  const PCMEncoding stored = AudioOutputOptions().encodingFor(source);
+  if (stored.bitDepth > kFloatBits && stored != PCMEncoding::float32)
+    console.warning(name + "samples are edited as 32-bit floats, which round those of " +
+                    std::to_string(stored.bitDepth) + " bits");
+  if (!chunks.empty())
+    console.warning(name + "these chunks are left behind: " + leftBehind(chunks));
+}
+
+SampleLosses write(const EditOptions& options, const Target& target, const PCMBuffer& audio,
+                   const Execution& execution) {
+  const fs::path& file = target.written.file;
+  return OutputFile::writing(file, [&] {
+    PCMFileWriter writer(
+        file, target.written.settings, target.written.frameCount,
+        {.existing = OutputFile::existing(options.output.force),
+         .ditherSeed = options.output.dither ? std::optional<std::uint64_t>(0) : std::nullopt});
+    const PlanarView all = audio.view();
+    copyAudio(target.channel ? all.channels(*target.channel, 1) : all, writer, execution);
+    writer.commit();
+    return writer.losses();
+  });
+}
+
+ExitCode runEdit(const EditOptions& options, Console& console) {
+  const AudioOutputOptions& output = options.output;
+  ProgressBar bar(console, 1, !output.quiet);
+  const auto observer = bar.forFile(options.file);
+  const Execution execution{.threadCount = JobRunner::threadsPerJob(1), .observer = observer.get()};
+  const auto source =
+      AudioSource::open(options.file, options.source.rawFormat,
+                        {.streamIndex = options.source.streamIndex, .execution = execution});
+  requireRate(*source);
+  EditChain chain = chainOf(options, *source, source->frameLength());
+  std::vector<Target> targets = targetsOf(options, *source, chain.frameMap().frameCount);
+  requireWritable(options, targets, console);
+  const auto chunks = sideChunks(source->file());
+
+  const bool isMeasured = !output.dryRun && (output.json || !output.quiet);
+  ProgrammeLevels before;
+  ProgrammeLevels after;
+  if (!output.dryRun) {
+    const auto audio = chain.load(*source);
+    if (audio->frameLength() < source->frameLength()) {
+      chain = chainOf(options, *source, audio->frameLength());
+      targets = targetsOf(options, *source, chain.frameMap().frameCount);
+    }
+    if (isMeasured) before = measureLevels(*audio, execution);
+    chain.apply(*audio);
+    if (isMeasured) after = measureLevels(*audio, execution);
+    for (Target& target : targets)
+      target.written.losses = write(options, target, *audio, execution);
+  }
+  warnOfSource(*source, chunks, console);
+  if (!output.json && !output.quiet) {
+    for (const Edit& edit : chain.edits())
+      console.print(EditText::description(edit, source->format().sampleRate) + "\n");
+    if (isMeasured) console.print(EditText::levels(before, after) + "\n");
+  }
+  for (const Target& target : targets) {
+    JsonOutput::Document document;
+    document.add("source", options.file);
+    EditText::addEdits(document, chain.edits());
+    if (isMeasured) EditText::addLevels(document, before, after);
+    std::vector<std::string> names;
+    for (const FourCC id : chunks) names.push_back(fourCC(id));
+    document.add("leftBehind", names);
+    tellOfWrittenAudio(target.written, output, console, std::move(document));
+  }
+  return ExitCode::done;
+}
+
+/// Takes the words of the command line apart, once all of them are there.
+void completeRequests(EditOptions& options, const EditOperation& operation, OperationWords words) {
+  if (words.words.empty()) throw UsageError("no IN is given");
+  options.file = words.words.back();
+  words.words.pop_back();
+  options.requests.push_back(requestOf(operation, words));
+  for (const std::string& follower : options.followers)
+    options.requests.push_back(requestIn(follower));
+  for (std::size_t i = 0; i + 1 < options.requests.size(); ++i)
+    if (!options.requests[i].edit) throw UsageError("split comes last");
+}
+
+}  // namespace
+
+void addEditCommand(CLI::App& program, ChosenCommand& chosen) {
+  CLI::App* const edit = program.add_subcommand(
+      "edit",
+      "Edit the audio of a file and write it to another one. A TIME is in seconds, "
+      "[h:]mm:ss[.fff] or #FRAME");
+  edit->require_subcommand(1);
+  addEditOperations(
+      *edit, "IN",
+      [&chosen](CLI::App& command, const EditOperation& operation,
+                const std::shared_ptr<OperationWords>& words) {
+        const auto options = std::make_shared<EditOptions>();
+        command
+            .add_option("--then", options->followers,
+                        "One more edit, of what the edits before it give, such as \"fade out 58s "
+                        "60s\"; may be given several times")
+            ->option_text("\"OPERATION …\"")
+            ->allow_extra_args(false)  // several in all, one at a time
+            ->group("Edit");
+        addAudioOutputOptions(command, options->output);
+        addAudioFormatOptions(command, options->output);
+        addSourceOptions(command, options->source);
+        command.get_help_ptr()->description("Print this help");
+        command.footer("");  // not the program's
+        command.callback([options, words, &operation, &chosen] {
+          completeRequests(*options, operation, *words);
+          chosen = [options](Console& console) { return runEdit(*options, console); };
+        });
+      });
+}
+
+}  // namespace orvane::cli

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace orvane::cli {
+
+/// A place in audio, or a length of it: a time, or a number of frames.
+struct EditTime {
+  bool isFrames = false;
+  std::int64_t frames = 0;
+  double seconds = 0;  ///< unless it is frames
+
+  /// From "62.5", "62.5s", "500ms", "1:02.5", "1:02:03" or "#48000". Throws `UsageError`, which
+  /// names `what` it was to be.
+  static EditTime parse(std::string_view text, const std::string& what);
+
+  /// The nearest frame.
+  std::int64_t frameAt(double sampleRate) const;
+};
+
+/// Throws `UsageError` where the times alone show that nothing lies between them.
+void requireOrder(const EditTime& start, const EditTime& end);
+
+}  // namespace orvane::cli

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "cli/output/json_output.h"
+#include "orvane/edit/edit_chain.h"
+#include "orvane/edit/programme_levels.h"
+
+/// How edits and what came of them are told.
+namespace orvane::cli::EditText {
+
+/// "Fade out, linear: #2784000 to #2880000 (0:58.000 to 1:00.000)".
+std::string description(const Edit& edit, double sampleRate);
+
+/// "Integrated -23.04 → -20.04 LUFS, true peak -3.00 → -0.01 dBTP".
+std::string levels(const ProgrammeLevels& before, const ProgrammeLevels& after);
+
+/// Adds `edits`: an object each with its `operation` and parameters.
+void addEdits(JsonOutput::Document& document, const std::vector<Edit>& edits);
+
+/// Adds `integratedLUFSBefore`, `integratedLUFSAfter`, `truePeakDBBefore` and `truePeakDBAfter`.
+void addLevels(JsonOutput::Document& document, const ProgrammeLevels& before,
+               const ProgrammeLevels& after);
+
+}  // namespace orvane::cli::EditText

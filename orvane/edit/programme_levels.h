@@ -1,0 +1,21 @@
+#pragma once
+
+#include "orvane/platform/execution.h"
+#include "orvane/platform/export.h"
+#include "orvane/platform/pcm_buffer.h"
+
+namespace orvane {
+
+/// How loud audio is, as one looks at it before and after an edit. Minus infinity for silence.
+struct ProgrammeLevels {
+  float integratedLUFS = 0;
+  float truePeakDB = 0;  ///< dBTP
+
+  bool operator==(const ProgrammeLevels&) const = default;
+};
+
+/// Measures with the weights of the audio's layout; the stage is "Measuring". Throws `Cancelled`
+/// when the observer asks for it.
+ORVANE_API ProgrammeLevels measureLevels(const PCMBuffer& audio, const Execution& execution = {});
+
+}  // namespace orvane
