@@ -3,7 +3,8 @@
 /// Destructive edits on decoded audio.
 ///
 /// Frame ranges are [startFrame, endFrame), cut to what is there. Where nothing is, the audio stays
-/// as it is; nothing here throws. Each edit has up to three forms with the same samples:
+/// as it is; nothing here throws, but `Cancelled` where an observer asks for it. Each edit has up
+/// to three forms with the same samples:
 /// - on whole channels in memory, giving an `EditResult`: channels of unequal length and rates that
 ///   are no numbers are programming errors; arrays that are given away (std::move) are not copied;
 /// - in place, on a view of audio that the caller owns;
