@@ -1,5 +1,6 @@
 #include "cli/commands/edit_command.h"
 
+#include <algorithm>
 #include <memory>
 #include <set>
 #include <utility>
@@ -33,6 +34,7 @@ struct EditOptions {
   std::vector<std::string> followers{};  ///< of `--then`
   SourceOptions source{};
   AudioOutputOptions output{};
+  bool enforce = false;
 };
 
 /// A file to be written, with all channels of the audio or one of them.
@@ -179,6 +181,7 @@ ExitCode runEdit(const EditOptions& options, Console& console) {
   const bool isMeasured = !output.dryRun && (output.json || !output.quiet);
   ProgrammeLevels before;
   ProgrammeLevels after;
+  std::vector<Normalization> normalizations;
   if (!output.dryRun) {
     const auto audio = chain.load(*source);
     if (audio->frameLength() < source->frameLength()) {
@@ -186,7 +189,7 @@ ExitCode runEdit(const EditOptions& options, Console& console) {
       targets = targetsOf(options, *source, chain.frameMap().frameCount);
     }
     if (isMeasured) before = measureLevels(*audio, execution);
-    chain.apply(*audio);
+    normalizations = chain.apply(*audio, execution);
     if (isMeasured) after = measureLevels(*audio, execution);
     for (Target& target : targets)
       target.written.losses = write(options, target, *audio, execution);
@@ -195,19 +198,23 @@ ExitCode runEdit(const EditOptions& options, Console& console) {
   if (!output.json && !output.quiet) {
     for (const Edit& edit : chain.edits())
       console.print(EditText::description(edit, source->format().sampleRate) + "\n");
+    for (const Normalization& each : normalizations)
+      console.print(EditText::description(each) + "\n");
     if (isMeasured) console.print(EditText::levels(before, after) + "\n");
   }
   for (const Target& target : targets) {
     JsonOutput::Document document;
     document.add("source", options.file);
     EditText::addEdits(document, chain.edits());
+    EditText::addNormalizations(document, normalizations);
     if (isMeasured) EditText::addLevels(document, before, after);
     std::vector<std::string> names;
     for (const FourCC id : chunks) names.push_back(fourCC(id));
     document.add("leftBehind", names);
     tellOfWrittenAudio(target.written, output, console, std::move(document));
   }
-  return ExitCode::done;
+  const bool isMissed = !std::ranges::all_of(normalizations, EditText::isTargetReached);
+  return options.enforce && isMissed ? ExitCode::targetMissed : ExitCode::done;
 }
 
 /// Takes the words of the command line apart, once all of them are there.
@@ -241,6 +248,10 @@ void addEditCommand(CLI::App& program, ChosenCommand& chosen) {
                         "60s\"; may be given several times")
             ->option_text("\"OPERATION …\"")
             ->allow_extra_args(false)  // several in all, one at a time
+            ->group("Edit");
+        command
+            .add_flag("--enforce", options->enforce,
+                      "End with exit code 3 when normalize misses its target")
             ->group("Edit");
         addAudioOutputOptions(command, options->output);
         addAudioFormatOptions(command, options->output);

@@ -6,6 +6,7 @@
 
 #include "cli/options/edit_names.h"
 #include "cli/options/named_choice.h"
+#include "cli/options/number_option.h"
 #include "cli/options/shell_words.h"
 #include "cli/usage_error.h"
 #include "orvane/text/number_text.h"
@@ -112,13 +113,76 @@ EditAtRate fadeOf(const OperationWords& words) {
   };
 }
 
-EditAtRate gainOf(const OperationWords& words) {
-  constexpr double kMostDB = 300;
-  const auto decibels = NumberText::parsed<double>(words.words[0]);
+constexpr double kMostDB = 300;
+constexpr double kUsualCeilingDBTP = -1;
+
+double decibelsIn(const std::string& text, const char* operation) {
+  const auto decibels = NumberText::parsed<double>(text);
   if (!decibels || !(*decibels >= -kMostDB && *decibels <= kMostDB))
-    throw UsageError("gain takes decibels from -300 to 300, not '" + words.words[0] + "'");
-  return [range = rangeOf(words), decibels](double rate) -> Edit {
-    return GainEdit{range(rate), *decibels};
+    throw UsageError(std::string(operation) + " takes decibels from -300 to 300, not '" + text +
+                     "'");
+  return *decibels;
+}
+
+EditAtRate gainOf(const OperationWords& words) {
+  return
+      [range = rangeOf(words), decibels = decibelsIn(words.words[0], "gain")](double rate) -> Edit {
+        return GainEdit{range(rate), decibels};
+      };
+}
+
+EditAtRate peakOf(const OperationWords& words) {
+  return [edit = PeakEdit{decibelsIn(words.words[0], "peak")}](double) -> Edit { return edit; };
+}
+
+void addLevelOption(CLI::App& command, const char* name, const char* argument, const char* text,
+                    std::optional<double>& level) {
+  addNumberOption(command, {name, argument, kGroup, -kMostDB, kMostDB, text},
+                  [&level](double value) { level = value; });
+}
+
+void addCeiling(CLI::App& command, OperationWords& words) {
+  addLevelOption(command, "--ceiling", "DBTP", "The highest true peak; by default -1",
+                 words.ceilingDBTP);
+}
+
+EditAtRate limitOf(const OperationWords& words) {
+  return [edit = LimitEdit{words.ceilingDBTP.value_or(kUsualCeilingDBTP)}](double) -> Edit {
+    return edit;
+  };
+}
+
+void addTarget(CLI::App& command, OperationWords& words) {
+  addLevelOption(command, "--target", "LUFS", "The integrated loudness to come to",
+                 words.targetLUFS);
+  addLevelOption(command, "--ceiling", "DBTP",
+                 "The highest true peak; by default that of --target-id, else -1",
+                 words.ceilingDBTP);
+  command
+      .add_option_function<std::string>(
+          "--target-id",
+          [&words](const std::string& id) {
+            words.target = core::LoudnessTargetCatalog::target(id);
+            if (!words.target)
+              throw UsageError("--target-id: unknown target '" + id +
+                               "'; \"orvane targets\" lists them");
+            if (words.target->source != core::LoudnessTargetSource::integrated)
+              throw UsageError("--target-id: " + id + " is not about integrated loudness");
+          },
+          "Loudness and ceiling of a delivery target")
+      ->option_text("ID")
+      ->group(kGroup);
+}
+
+EditAtRate normalizationOf(const OperationWords& words) {
+  if (words.targetLUFS.has_value() == words.target.has_value())
+    throw UsageError("normalize takes either --target or --target-id");
+  const double target =
+      words.target ? static_cast<double>(words.target->referenceLUFS) : *words.targetLUFS;
+  const double ceiling =
+      words.target ? static_cast<double>(words.target->truePeakCeilingDBTP) : kUsualCeilingDBTP;
+  return [edit = NormalizeEdit{target, words.ceilingDBTP.value_or(ceiling)}](double) -> Edit {
+    return edit;
   };
 }
 
@@ -149,6 +213,11 @@ constexpr EditOperation kOperations[] = {
     {"gain", "DB", 1, 1, "Change the level", addRange, gainOf},
     {"invert", "", 0, 0, "Invert the polarity", addRange, inversionOf},
     {"dc", "", 0, 0, "Remove the offset of each channel from zero", addRange, offsetOf},
+    {"peak", "DB", 1, 1, "Bring the sample peak to a level in dBFS", addNothing, peakOf},
+    {"limit", "", 0, 0, "Lower the audio around true peaks above a ceiling", addCeiling, limitOf},
+    {"normalize", "", 0, 0,
+     "Bring the integrated loudness to a target, and limit true peaks to a ceiling", addTarget,
+     normalizationOf},
     {"swap", "", 0, 0, "Exchange the channels of stereo", addNothing, swapOf},
     {"split", "", 0, 0, "Write each channel to a file of its own, OUT with .L, .R … in its name",
      addNothing, splitOf},

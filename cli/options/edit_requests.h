@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "cli/options/edit_time.h"
+#include "orvane/core/targets/loudness_target.h"
 #include "orvane/edit/edit_chain.h"
 
 namespace orvane::cli {
@@ -27,6 +28,9 @@ struct OperationWords {
   std::optional<EditTime> to{};
   EditTime crossfade{.seconds = 0.01};
   EditOperations::FadeCurve curve = EditOperations::FadeCurve::linear;
+  std::optional<double> ceilingDBTP{};
+  std::optional<double> targetLUFS{};
+  std::optional<core::LoudnessTarget> target{};
 };
 
 /// An operation of the program.

@@ -1,5 +1,6 @@
 #include "cli/output/edit_text.h"
 
+#include <cmath>
 #include <utility>
 
 #include "cli/options/edit_names.h"
@@ -61,6 +62,17 @@ struct Description {
     return "Offset removed: " + range(edit);
   }
   std::string operator()(const SwapEdit&) const { return "Channels swapped"; }
+  std::string operator()(const PeakEdit& edit) const {
+    return "Sample peak: to " + NumberText::fixed(edit.targetDB, 2) + " dBFS";
+  }
+  std::string operator()(const LimitEdit& edit) const { return "Limit: " + ceiling(edit); }
+  std::string operator()(const NormalizeEdit& edit) const {
+    return "Normalize: to " + NumberText::fixed(edit.targetLUFS, 2) + " LUFS, " + ceiling(edit);
+  }
+
+  static std::string ceiling(const auto& edit) {
+    return "true peaks of at most " + NumberText::fixed(edit.ceilingDBTP, 2) + " dBTP";
+  }
 
   std::string range(const auto& edit) const { return text(edit.range, sampleRate); }
   std::string length(std::int64_t frames) const {
@@ -92,10 +104,25 @@ struct Keys {
   }
   void operator()(const InvertEdit& edit) const { begin("invert", edit); }
   void operator()(const DCOffsetEdit& edit) const { begin("dc", edit); }
-  void operator()(const SwapEdit&) const { document.add("operation", std::string("swap")); }
+  void operator()(const SwapEdit&) const { name("swap"); }
+  void operator()(const PeakEdit& edit) const {
+    name("peak");
+    document.add("targetDB", edit.targetDB);
+  }
+  void operator()(const LimitEdit& edit) const {
+    name("limit");
+    document.add("ceilingDBTP", edit.ceilingDBTP);
+  }
+  void operator()(const NormalizeEdit& edit) const {
+    name("normalize");
+    document.add("targetLUFS", edit.targetLUFS);
+    document.add("ceilingDBTP", edit.ceilingDBTP);
+  }
+
+  void name(const char* operation) const { document.add("operation", std::string(operation)); }
 
   void begin(const char* operation, const auto& edit) const {
-    document.add("operation", std::string(operation));
+    name(operation);
     document.add("startFrame", edit.range.start);
     document.add("endFrame", edit.range.end);
   }
@@ -115,6 +142,33 @@ std::string levels(const ProgrammeLevels& before, const ProgrammeLevels& after) 
   return "Integrated " +
          change(double{before.integratedLUFS}, double{after.integratedLUFS}, "LUFS") +
          ", true peak " + change(double{before.truePeakDB}, double{after.truePeakDB}, "dBTP");
+}
+
+bool isTargetReached(const Normalization& normalization) {
+  constexpr double kTolerance = 0.1;
+  return std::abs(normalization.outcome.loudnessAfter - normalization.edit.targetLUFS) <=
+         kTolerance;
+}
+
+std::string description(const Normalization& normalization) {
+  const double after = normalization.outcome.loudnessAfter;
+  if (!std::isfinite(after)) return "There is no loudness that could be normalized";
+  const std::string reached = "Normalized to " + NumberText::fixed(after, 2) + " LUFS";
+  if (isTargetReached(normalization)) return reached;
+  return reached + ", which misses the target by " +
+         NumberText::fixed(std::abs(after - normalization.edit.targetLUFS), 2) + " LU";
+}
+
+void addNormalizations(JsonOutput::Document& document,
+                       const std::vector<Normalization>& normalizations) {
+  if (normalizations.empty()) return;
+  document.addObjects("normalizations", normalizations, [&](const Normalization& each) {
+    document.add("targetLUFS", each.edit.targetLUFS);
+    document.add("ceilingDBTP", each.edit.ceilingDBTP);
+    document.add("integratedLUFS", each.outcome.loudnessAfter);
+    document.add("limiterPasses", std::int64_t{each.outcome.limiterPasses});
+    document.add("isTargetReached", isTargetReached(each));
+  });
 }
 
 void addEdits(JsonOutput::Document& document, const std::vector<Edit>& edits) {

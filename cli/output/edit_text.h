@@ -16,8 +16,19 @@ std::string description(const Edit& edit, double sampleRate);
 /// "Integrated -23.04 → -20.04 LUFS, true peak -3.00 → -0.01 dBTP".
 std::string levels(const ProgrammeLevels& before, const ProgrammeLevels& after);
 
+/// Whether the loudness came as close to the target as measuring can tell, to 0.1 LU.
+bool isTargetReached(const Normalization& normalization);
+
+/// "Normalized to -23.02 LUFS", and by how much that misses the target.
+std::string description(const Normalization& normalization);
+
 /// Adds `edits`: an object each with its `operation` and parameters.
 void addEdits(JsonOutput::Document& document, const std::vector<Edit>& edits);
+
+/// Adds `normalizations`: an object each with `targetLUFS`, `ceilingDBTP`, `integratedLUFS`,
+/// `limiterPasses` and `isTargetReached`.
+void addNormalizations(JsonOutput::Document& document,
+                       const std::vector<Normalization>& normalizations);
 
 /// Adds `integratedLUFSBefore`, `integratedLUFSAfter`, `truePeakDBBefore` and `truePeakDBAfter`.
 void addLevels(JsonOutput::Document& document, const ProgrammeLevels& before,

@@ -4,11 +4,14 @@
 #include <string>
 #include <utility>
 
+#include "orvane/core/channel_order.h"
 #include "orvane/edit/dc_offset.h"
 #include "orvane/edit/fade_envelope.h"
 #include "orvane/edit/level.h"
 #include "orvane/edit/mapped_frames.h"
+#include "orvane/edit/peak_normalization.h"
 #include "orvane/edit/trim_cut.h"
+#include "orvane/edit/true_peak_limiter.h"
 #include "orvane/platform/audio_load_limits.h"
 #include "orvane/platform/precondition.h"
 
@@ -78,6 +81,8 @@ struct MapOfEdit {
 /// What one edit does beside moving frames.
 struct ChangeOfEdit {
   PCMBuffer& buffer;
+  const Execution& execution;
+  std::vector<Normalization>& normalizations;
 
   MutablePlanarView audio() const { return buffer.room().slice(0, buffer.frameLength()); }
 
@@ -99,6 +104,15 @@ struct ChangeOfEdit {
     removeDCOffsetInPlace(audio(), edit.range.start, edit.range.end);
   }
   void operator()(const SwapEdit&) const { buffer.permuteChannels({1, 0}, buffer.format().layout); }
+  void operator()(const PeakEdit& edit) const { normalizePeakInPlace(audio(), edit.targetDB); }
+  void operator()(const LimitEdit& edit) const {
+    applyTruePeakLimiter(audio(), linearGain(edit.ceilingDBTP), buffer.sampleRate(), execution);
+  }
+  void operator()(const NormalizeEdit& edit) const {
+    normalizations.push_back(
+        {edit, normalizeLUFSInPlace(audio(), buffer.sampleRate(), edit.targetLUFS, edit.ceilingDBTP,
+                                    core::ChannelOrder::bs1770Weights(buffer), execution)});
+  }
 };
 
 }  // namespace
@@ -122,9 +136,13 @@ EditChain::EditChain(std::vector<Edit> edits, std::int64_t frameCount, std::uint
 
 std::shared_ptr<PCMBuffer> EditChain::load(AudioSource& source) const {
   const std::int64_t channelCount = source.format().channelCount;
+  // The best pass so far of a normalisation stands beside the one that is tried.
+  const bool normalizes = std::ranges::any_of(
+      edits_, [](const Edit& edit) { return std::holds_alternative<NormalizeEdit>(edit); });
+  const std::int64_t copies = normalizes ? 2 : 1;
   if (!AudioLoadLimits::isWithinLimits(largestFrameCount_, channelCount) ||
       !AudioLoadLimits::inRAMRebuildFitsLive(
-          AudioLoadLimits::decodedBytes(largestFrameCount_, channelCount), 1))
+          AudioLoadLimits::decodedBytes(largestFrameCount_, channelCount), copies))
     throw PlatformError(source.url(), "there is not enough memory to edit so much audio");
   auto buffer = source.makeBuffer(static_cast<std::uint32_t>(largestFrameCount_));
   source.read(*buffer);
@@ -133,15 +151,17 @@ std::shared_ptr<PCMBuffer> EditChain::load(AudioSource& source) const {
   return buffer;
 }
 
-void EditChain::apply(PCMBuffer& audio) const {
+std::vector<Normalization> EditChain::apply(PCMBuffer& audio, const Execution& execution) const {
   precondition(
       audio.frameLength() == sourceFrameCount_ && audio.frameCapacity() >= largestFrameCount_,
       "audio is edited that has the length of the chain, and room");
+  std::vector<Normalization> normalizations;
   for (std::size_t i = 0; i < edits_.size(); ++i) {
     moveMappedFrames(maps_[i], audio.frameLength(), audio.room());
     audio.setFrameLength(static_cast<std::uint32_t>(maps_[i].frameCount));
-    std::visit(ChangeOfEdit{audio}, edits_[i]);
+    std::visit(ChangeOfEdit{audio, execution, normalizations}, edits_[i]);
   }
+  return normalizations;
 }
 
 }  // namespace orvane

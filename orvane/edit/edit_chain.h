@@ -10,8 +10,10 @@
 #include "orvane/edit/fade_curve.h"
 #include "orvane/edit/frame_map.h"
 #include "orvane/edit/frame_range.h"
+#include "orvane/edit/loudness_normalizer.h"
 #include "orvane/edit/silence.h"
 #include "orvane/platform/error.h"
+#include "orvane/platform/execution.h"
 #include "orvane/platform/export.h"
 #include "orvane/platform/pcm_buffer.h"
 
@@ -56,9 +58,30 @@ struct DCOffsetEdit {
 struct SwapEdit {
   bool operator==(const SwapEdit&) const = default;
 };
+struct PeakEdit {
+  double targetDB = 0;
+  bool operator==(const PeakEdit&) const = default;
+};
+struct LimitEdit {
+  double ceilingDBTP = 0;
+  bool operator==(const LimitEdit&) const = default;
+};
+struct NormalizeEdit {
+  double targetLUFS = 0;
+  double ceilingDBTP = 0;
+  bool operator==(const NormalizeEdit&) const = default;
+};
 
 using Edit = std::variant<TrimEdit, CutEdit, SilenceEdit, FadeEdit, GainEdit, InvertEdit,
-                          DCOffsetEdit, SwapEdit>;
+                          DCOffsetEdit, SwapEdit, PeakEdit, LimitEdit, NormalizeEdit>;
+
+/// What came of normalising the loudness within a chain.
+struct Normalization {
+  NormalizeEdit edit{};
+  EditOperations::NormalizationOutcome outcome{};
+
+  bool operator==(const Normalization&) const = default;
+};
 
 /// An edit that would do nothing, or leave nothing, in one sentence.
 class ORVANE_API EditChainError : public Error {
@@ -101,9 +124,10 @@ class ORVANE_API EditChain {
   /// the memory does not suffice. A damaged source may end before its length.
   std::shared_ptr<PCMBuffer> load(AudioSource& source) const;
 
-  /// Edits the audio, for which the buffer has room, in place: nothing of its length is held
-  /// beside it.
-  void apply(PCMBuffer& audio) const;
+  /// Edits the audio, for which the buffer has room, in place. Nothing of its length is held beside
+  /// it, but for normalising the loudness. Gives what came of that, in order. Throws `Cancelled`,
+  /// with part of the edits done.
+  std::vector<Normalization> apply(PCMBuffer& audio, const Execution& execution = {}) const;
 
  private:
   std::vector<Edit> edits_;

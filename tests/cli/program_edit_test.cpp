@@ -148,6 +148,58 @@ TEST_F(ProgramEdit, SwapsAndSplitsChannels) {
   EXPECT_FALSE(std::filesystem::exists(folder() / "one.two.wav"));
 }
 
+TEST_F(ProgramEdit, BringsThePeakToALevel) {
+  expectDone({"peak", "-6.0206", "good.wav", "-o", "out.wav"});
+  const auto peak = std::ranges::max(read("out.wav")[0]);
+  EXPECT_NEAR(peak, 16'384, 1);
+}
+
+TEST_F(ProgramEdit, LimitsTruePeaks) {
+  const auto end = edit({"limit", "--ceiling", "-12", "good.wav", "-o", "out.wav"});
+  EXPECT_EQ(end.exitCode, 0) << end.errors;
+  EXPECT_THAT(end.output, StartsWith("Limit: true peaks of at most -12.00 dBTP\n"));
+  EXPECT_THAT(end.output, HasSubstr("true peak -6.02 → -12.00 dBTP\n"));
+  EXPECT_THAT(edit({"limit", "good.wav", "-o", "one.wav", "--dry-run"}).output,
+              StartsWith("Limit: true peaks of at most -1.00 dBTP\n"));
+}
+
+TEST_F(ProgramEdit, NormalizesLoudness) {
+  auto end = edit({"normalize", "--target", "-23", "good.wav", "-o", "out.wav", "--enforce"});
+  EXPECT_EQ(end.exitCode, 0) << end.errors;
+  EXPECT_THAT(end.output, StartsWith("Normalize: to -23.00 LUFS, true peaks of at most -1.00 dBTP\n"
+                                     "Normalized to -23.00 LUFS\n"));
+  const auto measured = jsonLines(run({"analyze", "--json", "out.wav"}).output).at(0);
+  EXPECT_NEAR(measured["integratedLUFS"].get<double>(), -23, 0.02);
+
+  const std::vector<std::string> tooLoud = {"normalize", "--target", "-3",      "--ceiling", "-9",
+                                            "good.wav",  "-o",       "out.wav", "--force"};
+  end = edit(tooLoud);
+  EXPECT_EQ(end.exitCode, 0);
+  EXPECT_THAT(end.output, HasSubstr(", which misses the target by "));
+  auto enforced = tooLoud;
+  enforced.insert(enforced.end(), {"--enforce", "--json"});
+  end = edit(enforced);
+  EXPECT_EQ(end.exitCode, 3);
+  const auto normalization = jsonLines(end.output).at(0)["normalizations"].at(0);
+  EXPECT_EQ(normalization["targetLUFS"], -3);
+  EXPECT_EQ(normalization["ceilingDBTP"], -9);
+  EXPECT_FALSE(normalization["isTargetReached"]);
+}
+
+TEST_F(ProgramEdit, NormalizesToADeliveryTarget) {
+  const auto end = edit({"normalize", "--target-id", "amazon-music", "good.wav", "-o", "out.wav"});
+  EXPECT_THAT(end.output,
+              StartsWith("Normalize: to -14.00 LUFS, true peaks of at most -2.00 dBTP\n"));
+}
+
+TEST_F(ProgramEdit, SaysThatSilenceCannotBeNormalized) {
+  folder().write("silence.wav", waveFile(std::string(96'000, '\0')));
+  const auto end =
+      edit({"normalize", "--target", "-23", "silence.wav", "-o", "out.wav", "--enforce"});
+  EXPECT_EQ(end.exitCode, 3);
+  EXPECT_THAT(end.output, HasSubstr("\nThere is no loudness that could be normalized\n"));
+}
+
 TEST_F(ProgramEdit, DoesOneEditAfterTheOther) {
   expectDone({"trim", "#1000", "#2000", "in.wav", "-o", "out.wav", "--then", "trim '#10' #20",
               "--then", "silence before 0 --length \"#3\"", "--then", "split", "-q"});
@@ -280,6 +332,11 @@ TEST_F(ProgramEdit, AnswersWrongUsageInOneLine) {
   expectWrong({"fade", "in", "0", "1", "--curve", "cubic"}, "--curve: unknown name 'cubic'");
   expectWrong({"gain", "loud"}, "gain takes decibels from -300 to 300, not 'loud'");
   expectWrong({"gain", "nan"}, "gain takes decibels");
+  expectWrong({"normalize"}, "normalize takes either --target or --target-id");
+  expectWrong({"normalize", "--target", "-23", "--target-id", "spotify"}, "normalize takes either");
+  expectWrong({"normalize", "--target-id", "x"}, "--target-id: unknown target 'x'");
+  expectWrong({"normalize", "--target-id", "netflix"}, "--target-id: netflix is not about");
+  expectWrong({"limit", "--ceiling", "low"}, "--ceiling takes a number");
   expectWrong({"silence", "before", "1"}, "--length is missing");
   expectWrong({"silence", "replace", "1"}, "silence replace takes START END");
   expectWrong({"silence", "replace", "0", "1", "--length", "1"},
@@ -293,8 +350,8 @@ TEST_F(ProgramEdit, AnswersWrongUsageInOneLine) {
 }
 
 TEST_F(ProgramEdit, EveryOperationHasItsHelp) {
-  for (const char* operation :
-       {"trim", "cut", "silence", "fade", "gain", "invert", "dc", "swap", "split"}) {
+  for (const char* operation : {"trim", "cut", "silence", "fade", "gain", "invert", "dc", "peak",
+                                "limit", "normalize", "swap", "split"}) {
     const auto end = edit({operation, "--help"});
     EXPECT_EQ(end.exitCode, 0);
     EXPECT_THAT(end.output, StartsWith(std::string("Usage: orvane edit ") + operation));

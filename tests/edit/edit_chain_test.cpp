@@ -42,6 +42,11 @@ struct InMemory {
     take(removeDCOffset(channels, kRate, edit.range.start, edit.range.end));
   }
   void operator()(const SwapEdit&) { take(swapChannels(channels, kRate)); }
+  void operator()(const PeakEdit& edit) { take(normalizePeak(channels, kRate, edit.targetDB)); }
+  void operator()(const LimitEdit& edit) { take(limitTruePeak(channels, kRate, edit.ceilingDBTP)); }
+  void operator()(const NormalizeEdit& edit) {
+    take(normalizeLUFS(channels, kRate, edit.targetLUFS, edit.ceilingDBTP));
+  }
 
   void take(EditResult result) { channels = std::move(result.channelData); }
 };
@@ -106,6 +111,9 @@ TEST_F(EditChainTest, ChangesSamples) {
   expectInTurn({InvertEdit{range}});
   expectInTurn({DCOffsetEdit{range}});
   expectInTurn({SwapEdit{}});
+  expectInTurn({PeakEdit{-6}});
+  expectInTurn({LimitEdit{-3}});
+  expectInTurn({NormalizeEdit{-23, -1}});
   expectInTurn({});
 }
 
@@ -115,6 +123,19 @@ TEST_F(EditChainTest, DoesOneEditAfterTheOther) {
                 FadeEdit{{0, 20'000}, FadeDirection::fadeIn, FadeCurve::logarithmic},
                 CutEdit{{30'000, 60'000}, 480}, GainEdit{{0, kFrames}, 2},
                 SilenceEdit{{69'000, 70'000}, SilenceMode::insertAfter, 90'000}});
+}
+
+TEST_F(EditChainTest, TellsWhatNormalisingCameTo) {
+  const auto audio = buildBuffer({channels, kRate, 2});
+  const NormalizeEdit possible{-23, -1};
+  const NormalizeEdit impossible{0, -20};
+  const auto results =
+      EditChain({possible, SwapEdit{}, impossible}, kFrames, 2).apply(*audio, {.threadCount = 2});
+  ASSERT_EQ(results.size(), 2U);
+  EXPECT_EQ(results[0].edit, possible);
+  EXPECT_NEAR(results[0].outcome.loudnessAfter, -23, 0.1);
+  EXPECT_EQ(results[1].edit, impossible);
+  EXPECT_LT(results[1].outcome.loudnessAfter, -15);
 }
 
 TEST_F(EditChainTest, TellsWhereFramesWent) {
