@@ -13,6 +13,7 @@
 #include "cli/command.h"
 #include "cli/commands/analyze_command.h"
 #include "cli/commands/dialogue_command.h"
+#include "cli/commands/diff_command.h"
 #include "cli/commands/edit_command.h"
 #include "cli/commands/generate_command.h"
 #include "cli/commands/identify_command.h"
@@ -57,6 +58,7 @@ std::unique_ptr<CLI::App> makeProgram(ChosenCommand& chosen) {
   addDialogueCommand(*program, chosen);
   addReportCommand(*program, chosen);
   addTargetsCommand(*program, chosen);
+  addDiffCommand(*program, chosen);
   addEditCommand(*program, chosen);
   addGenerateCommand(*program, chosen);
   addRawCommand(*program, chosen);
