@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "tests/support/container_writer.h"
+#include "tests/support/marked_files.h"
 
 namespace {
 
@@ -100,6 +101,7 @@ int main(int argumentCount, char** arguments) {
   const SeedFolder seeds(arguments[1]);
   writeWaves(seeds);
   writeOthers(seeds);
+  for (const Bytes& bytes : markedFiles()) seeds.add(bytes);
   writeSignatures(seeds);
   return 0;
 }

@@ -1,11 +1,13 @@
 // Plans to rewrite arbitrary files with the audio that they have: the plan's pieces lie within the
-// file, and what it makes parses to the same audio.
+// file, and what it makes parses to the same audio. Then with half of the audio, which the other
+// chunks have to follow.
 #include <cstdint>
 #include <vector>
 
 #include "fuzz/memory_file.h"
 #include "fuzz/require.h"
 #include "orvane/container/container_table.h"
+#include "orvane/container/metadata_changes.h"
 #include "orvane/container/pcm_file_outline.h"
 #include "orvane/container/rewrite_plan.h"
 #include "orvane/container/sniff/container_sniffer.h"
@@ -52,6 +54,19 @@ std::vector<std::uint8_t> apply(const RewritePlan& plan, const std::vector<std::
   return result;
 }
 
+void halve(const std::vector<std::uint8_t>& original, const InputFile& file, Parsed before) {
+  const std::int64_t frames = before.stream.frameCount;
+  const std::int64_t kept = frames - frames / 2;
+  const FrameFollower trimmed{frames, kept, {{frames / 2, kept, 0}}};
+  const MetadataChanges changes = followEdit(file, before.stream, trimmed, true);
+  const RewritePlan plan = planRewrite(
+      file, before.stream,
+      {.frameCount = kept, .hasChangedAudio = true, .chunkChanges = changes.chunkChanges});
+  const auto frameBytes = before.stream.description.dataFormat.bytesPerFrame;
+  before.audio.resize(static_cast<std::size_t>(kept) * frameBytes);
+  require(apply(plan, original, before.audio).size() <= original.size() + 16);
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
@@ -69,6 +84,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     require(after.audio == before.audio);
     require(after.stream.sample == before.stream.sample);
     require(after.stream.description.dataFormat == before.stream.description.dataFormat);
+    halve(original, file, before);
   } catch (const PlatformError&) {
   } catch (const UnwritableFormat&) {
   }

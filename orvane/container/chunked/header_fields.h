@@ -3,6 +3,7 @@
 #include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -30,6 +31,10 @@ class HeaderFields {
   double float80(std::size_t at) const;
   /// Four characters as they stand, whatever the byte order.
   FourCC fourCC(std::size_t at) const;
+  /// Everything behind a position.
+  std::string rest(std::size_t at) const { return text(at, at < size() ? size() - at : 0); }
+  /// All of them.
+  std::span<const std::byte> bytes() const noexcept { return bytes_; }
   /// The bytes as they stand.
   std::string text(std::size_t at, std::size_t size) const;
 

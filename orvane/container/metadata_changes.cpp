@@ -1,0 +1,48 @@
+#include "orvane/container/metadata_changes.h"
+
+#include "orvane/container/audio_container.h"
+#include "orvane/container/chunked/aiff_positions.h"
+#include "orvane/container/chunked/caf_positions.h"
+#include "orvane/container/chunked/wave_positions.h"
+
+namespace orvane {
+namespace {
+
+void dropMeasurements(ChunkEdits& edits) {
+  edits.drop(fourCCFrom("PEAK"), "The stored peaks (PEAK) no longer hold and are gone");
+  edits.drop(fourCCFrom("levl"), "The stored peak envelope (levl) no longer holds and is gone");
+  edits.drop(fourCCFrom("MD5 "), "The stored checksum (MD5) no longer holds and is gone");
+}
+
+}  // namespace
+
+MetadataChanges followEdit(const InputFile& file, const PCMStream& stream,
+                           const FrameFollower& frames, bool hasChangedAudio) {
+  const auto container = audioContainerFromFileTypeID(stream.description.fileTypeID);
+  const bool hasMoved = !frames.movesNothing();
+  if (!container || (!hasMoved && !hasChangedAudio)) return {};
+  ChunkEdits edits(file, stream, frames);
+  switch (*container) {
+    case AudioContainer::caf:
+      if (!hasMoved) break;
+      CAFPositions::followMarkers(edits);
+      CAFPositions::followRegions(edits);
+      break;
+    case AudioContainer::aiff:
+    case AudioContainer::aifc:
+      if (hasMoved) AIFFPositions::followMarkers(edits);
+      dropMeasurements(edits);
+      break;
+    default:
+      if (hasMoved) {
+        WavePositions::followCuePoints(edits);
+        WavePositions::followLoops(edits);
+        WavePositions::followTimers(edits);
+      }
+      WavePositions::followBroadcastExtension(edits);
+      dropMeasurements(edits);
+  }
+  return edits.take();
+}
+
+}  // namespace orvane
