@@ -9,6 +9,7 @@
 #include "cli/command.h"
 #include "cli/commands/analyze_command.h"
 #include "cli/commands/dialogue_command.h"
+#include "cli/commands/diff_command.h"
 #include "cli/commands/generate_command.h"
 #include "cli/commands/identify_command.h"
 #include "cli/commands/raw_command.h"
@@ -52,6 +53,7 @@ std::unique_ptr<CLI::App> makeProgram(ChosenCommand& chosen) {
   addDialogueCommand(*program, chosen);
   addReportCommand(*program, chosen);
   addTargetsCommand(*program, chosen);
+  addDiffCommand(*program, chosen);
   addGenerateCommand(*program, chosen);
   addRawCommand(*program, chosen);
   for (CLI::App* command : program->get_subcommands([](CLI::App*) { return true; })) {

@@ -28,7 +28,7 @@ def make(folder, command):
 def make_sounds(folder):
     """The files that the documents name."""
     make(folder, "sox -n -r 48000 -b 16 -c 2 song.wav synth 4 pinknoise vol 0.3")
-    for name in ("mix.wav", "spot.wav", "stems.wav", "album.wav", "good.wav"):
+    for name in ("mix.wav", "spot.wav", "stems.wav", "album.wav", "good.wav", "song2.wav"):
         make(folder, f"cp song.wav {name}")
     make(folder, "sox -n -r 48000 -b 16 film.wav synth 130 sine 440 vol 0.1")
     make(folder, "ffmpeg -v error -i song.wav song.flac")
