@@ -21,6 +21,7 @@
 #include "cli/usage_error.h"
 #include "orvane/container/side_chunks.h"
 #include "orvane/edit/audio_copy.h"
+#include "orvane/edit/in_place_save.h"
 #include "orvane/edit/pcm_write_settings.h"
 
 namespace orvane::cli {
@@ -35,6 +36,8 @@ struct EditOptions {
   SourceOptions source{};
   AudioOutputOptions output{};
   bool enforce = false;
+  bool inPlace = false;
+  bool backup = false;
 };
 
 /// A file to be written, with all channels of the audio or one of them.
@@ -138,11 +141,12 @@ std::string leftBehind(const std::vector<FourCC>& chunks) {
 constexpr std::int64_t kFloatBits = 24;
 
 /// What the user should know of the source.
-void warnOfSource(const AudioSource& source, const std::vector<FourCC>& chunks, Console& console) {
+void warnOfSource(const AudioSource& source, const std::vector<FourCC>& chunks, bool isKept,
+                  Console& console) {
   const std::string name = source.url().filename().string() + ": ";
   for (const auto& warning : source.warnings()) console.warning(name + warning.text);
   const PCMEncoding stored = AudioOutputOptions().encodingFor(source);
-  if (stored.bitDepth > kFloatBits && stored != PCMEncoding::float32)
+  if (!isKept && stored.bitDepth > kFloatBits && stored != PCMEncoding::float32)
     console.warning(name + "samples are edited as 32-bit floats, which round those of " +
                     std::to_string(stored.bitDepth) + " bits");
   if (!chunks.empty())
@@ -164,7 +168,57 @@ SampleLosses write(const EditOptions& options, const Target& target, const PCMBu
   });
 }
 
-ExitCode runEdit(const EditOptions& options, Console& console) {
+/// A copy of the file as it is, "take.wav.bak" for "take.wav".
+void writeBackup(const AudioSource& source, bool force) {
+  fs::path path = source.url();
+  path += ".bak";
+  OutputFile::writing(path, [&] {
+    AtomicFile backup(path, OutputFile::existing(force));
+    std::vector<std::byte> piece(std::size_t{1} << 20);
+    for (std::uint64_t at = 0; at < source.file().size();) {
+      const std::size_t count = source.file().readAt(at, piece);
+      if (count == 0) throw PlatformError(source.url(), "the file was cut short meanwhile");
+      backup.write(std::span(piece).first(count));
+      at += count;
+    }
+    backup.commit();
+    return 0;
+  });
+}
+
+/// Saves the audio into the file that it came from, and tells what that could not keep.
+SampleLosses saveInPlace(const EditOptions& options, const AudioSource& source,
+                         const std::optional<FileStamp>& version, const EditChain& chain,
+                         const PCMBuffer& audio, Console& console) {
+  if (options.backup) writeBackup(source, options.output.force);
+  const auto outcome = InPlaceSave::write(
+      audio, source.url(),
+      {.version = version,
+       .frames = chain.frameMap(),
+       .ditherSeed = options.output.dither ? std::optional<std::uint64_t>(0) : std::nullopt});
+  const std::string name = source.url().filename().string() + ": ";
+  for (const std::string& note : outcome.notes) console.warning(name + note);
+  for (const std::string& loss : outcome.metadata.descriptions())
+    console.warning(name + "could not keep " + loss);
+  return outcome.samples;
+}
+
+/// In place nothing about the file is chosen anew.
+void requireSense(const EditOptions& options) {
+  if (options.inPlace == !options.output.file.empty())
+    throw UsageError("-o OUT or --in-place says where the edited audio goes, one of them");
+  if (!options.inPlace) {
+    if (options.backup) throw UsageError("--backup goes with --in-place");
+    return;
+  }
+  if (options.output.container || options.output.encoding)
+    throw UsageError("--in-place keeps container and encoding");
+  if (options.source.rawFormat) throw UsageError("--in-place is not for headerless files");
+  if (!options.requests.back().edit) throw UsageError("split is not done in place");
+}
+
+ExitCode runEdit(EditOptions options, Console& console) {
+  requireSense(options);
   const AudioOutputOptions& output = options.output;
   ProgressBar bar(console, 1, !output.quiet);
   const auto observer = bar.forFile(options.file);
@@ -172,11 +226,21 @@ ExitCode runEdit(const EditOptions& options, Console& console) {
   const auto source =
       AudioSource::open(options.file, options.source.rawFormat,
                         {.streamIndex = options.source.streamIndex, .execution = execution});
+  const auto version = FileStamp::of(options.file);
   requireRate(*source);
+  if (options.inPlace) {
+    if (!source->identity() || !source->identity()->isRewritableInPlace())
+      throw PlatformError(source->url(), "only linear PCM in WAV, AIFF and CAF is saved in place");
+    options.output.file = options.file;
+    options.output.container = audioContainerFromFileTypeID(source->identity()->containerTypeID);
+  }
   EditChain chain = chainOf(options, *source, source->frameLength());
   std::vector<Target> targets = targetsOf(options, *source, chain.frameMap().frameCount);
-  requireWritable(options, targets, console);
-  const auto chunks = sideChunks(source->file());
+  if (options.inPlace)
+    warnOfAbandonedFiles({options.file}, console);
+  else
+    requireWritable(options, targets, console);
+  const auto chunks = options.inPlace ? std::vector<FourCC>{} : sideChunks(source->file());
 
   const bool isMeasured = !output.dryRun && (output.json || !output.quiet);
   ProgrammeLevels before;
@@ -192,9 +256,11 @@ ExitCode runEdit(const EditOptions& options, Console& console) {
     normalizations = chain.apply(*audio, execution);
     if (isMeasured) after = measureLevels(*audio, execution);
     for (Target& target : targets)
-      target.written.losses = write(options, target, *audio, execution);
+      target.written.losses = options.inPlace
+                                  ? saveInPlace(options, *source, version, chain, *audio, console)
+                                  : write(options, target, *audio, execution);
   }
-  warnOfSource(*source, chunks, console);
+  warnOfSource(*source, chunks, options.inPlace, console);
   if (!output.json && !output.quiet) {
     for (const Edit& edit : chain.edits())
       console.print(EditText::description(edit, source->format().sampleRate) + "\n");
@@ -253,7 +319,13 @@ void addEditCommand(CLI::App& program, ChosenCommand& chosen) {
             .add_flag("--enforce", options->enforce,
                       "End with exit code 3 when normalize misses its target")
             ->group("Edit");
-        addAudioOutputOptions(command, options->output);
+        addAudioOutputOptions(command, options->output, false);
+        command
+            .add_flag("--in-place", options->inPlace,
+                      "Save into IN itself, with its chunks and all samples that do not change")
+            ->group("Output");
+        command.add_flag("--backup", options->backup, "Keep IN as it was as IN.bak")
+            ->group("Output");
         addAudioFormatOptions(command, options->output);
         addSourceOptions(command, options->source);
         command.get_help_ptr()->description("Print this help");

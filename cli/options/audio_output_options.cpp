@@ -52,10 +52,10 @@ AudioContainer AudioOutputOptions::containerFor(const PCMEncoding& stored,
   return accommodating(named.value_or(otherwise), stored.isFloat);
 }
 
-void addAudioOutputOptions(CLI::App& command, AudioOutputOptions& options) {
+void addAudioOutputOptions(CLI::App& command, AudioOutputOptions& options, bool isRequired) {
   command.add_option("-o,--output", options.file, "The file to write")
       ->option_text("OUT")
-      ->required()
+      ->required(isRequired)
       ->group(kGroup);
   command.add_flag("--force", options.force, "Replace OUT if it exists")->group(kGroup);
   command.add_flag("--dry-run", options.dryRun, "Say what would be written, and write nothing")

@@ -33,9 +33,9 @@ struct AudioOutputOptions {
   AudioContainer containerFor(const PCMEncoding& stored, AudioContainer otherwise) const;
 };
 
-/// `-o`, which is required, `--dry-run`, `--json`, `--force` and `--quiet`. `options` must outlive
-/// the command.
-void addAudioOutputOptions(CLI::App& command, AudioOutputOptions& options);
+/// `-o`, which is required unless there is another place to write to, `--dry-run`, `--json`,
+/// `--force` and `--quiet`. `options` must outlive the command.
+void addAudioOutputOptions(CLI::App& command, AudioOutputOptions& options, bool isRequired = true);
 
 /// `--container`, `--encoding` and `--dither`.
 void addAudioFormatOptions(CLI::App& command, AudioOutputOptions& options);

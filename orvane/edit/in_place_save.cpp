@@ -13,6 +13,7 @@
 
 #include "orvane/container/audio_file.h"
 #include "orvane/container/container_table.h"
+#include "orvane/container/metadata_changes.h"
 #include "orvane/container/pcm_file_outline.h"
 #include "orvane/container/rewrite_plan.h"
 #include "orvane/container/sniff/container_sniffer.h"
@@ -88,6 +89,23 @@ void verify(const fs::path& written, const InputFile& original, const PCMStream&
     throw PlatformError(original.path(), "what was written is not what was to be written");
 }
 
+/// For what names places in the audio.
+FrameFollower followerOf(const Options& options, const KeptSamples& samples,
+                         std::int64_t oldFrameCount, std::int64_t newFrameCount) {
+  FrameFollower follower{.oldFrameCount = oldFrameCount, .newFrameCount = newFrameCount};
+  if (options.frames) {
+    for (const FrameMap::Piece& piece : options.frames->pieces)
+      follower.kept.push_back({piece.sourceFirst, piece.count, piece.place});
+  } else if (oldFrameCount == newFrameCount) {
+    follower.kept = {{0, oldFrameCount, 0}};
+  } else {
+    const std::int64_t end = samples.commonEnd();
+    follower.kept = {{0, samples.commonBeginning(), 0},
+                     {oldFrameCount - end, end, newFrameCount - end}};
+  }
+  return follower;
+}
+
 Outcome rewrite(const PCMBuffer& buffer, const fs::path& over, const AudioFormat& fileFormat,
                 const FileStamp& version, const Options& options) {
   const InputFile file(over);
@@ -97,9 +115,13 @@ Outcome rewrite(const PCMBuffer& buffer, const fs::path& over, const AudioFormat
     channels.push_back(buffer.channel(channel));
   KeptSamples samples(file, stream, {channels, buffer.frameLength()});
 
-  Outcome outcome{.hasChangedAudio = samples.hasChanged()};
-  const RewritePlan plan = planRewrite(
-      file, stream, {.frameCount = buffer.frameLength(), .hasChangedAudio = samples.hasChanged()});
+  MetadataChanges metadata = followEdit(
+      file, stream, followerOf(options, samples, stream.frameCount, buffer.frameLength()),
+      samples.hasChanged());
+  const RewritePlan plan = planRewrite(file, stream,
+                                       {.frameCount = buffer.frameLength(),
+                                        .hasChangedAudio = samples.hasChanged(),
+                                        .chunkChanges = std::move(metadata.chunkChanges)});
   AtomicFile target(over, version);
   Checksum audio;
   writeRewrite(plan, file, target, [&](AtomicFile& output) {
@@ -110,9 +132,10 @@ Outcome rewrite(const PCMBuffer& buffer, const fs::path& over, const AudioFormat
   });
   verify(target.readablePath(), file, stream, plan, buffer.frameLength(), audio);
   target.commit();
-  outcome.samples = samples.losses();
-  outcome.metadata = target.losses();
-  return outcome;
+  return {.hasChangedAudio = samples.hasChanged(),
+          .samples = samples.losses(),
+          .metadata = target.losses(),
+          .notes = std::move(metadata.notes)};
 }
 
 /// The file as its header says, checked against the audio.

@@ -26,7 +26,8 @@ ORVANE_API const std::set<std::string>& supportedExtensions();
 struct Options {
   /// Of the file when its audio was read; without one the version that stands there now.
   std::optional<FileStamp> version{};
-  /// Where the edit put the file's frames; absent where it moved none.
+  /// Where the edit put the file's frames; without it what both begin and end with is taken for
+  /// kept.
   std::optional<FrameMap> frames{};
   /// Seeds dither of the samples that changed; without one none is added.
   std::optional<std::uint64_t> ditherSeed{};

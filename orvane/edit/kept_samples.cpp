@@ -37,10 +37,10 @@ KeptSamples::KeptSamples(const InputFile& file, const PCMStream& stream, PlanarV
       newCount_(static_cast<std::int64_t>(edited.frameCount())),
       floats_(edited.channelCount()),
       pointers_(edited.channelCount()) {
-  beginning_ = commonBeginning();
+  beginning_ = findBeginning();
   const std::int64_t least = std::min(newCount_, stream_.frameCount);
   hasChanged_ = newCount_ != stream_.frameCount || beginning_ != newCount_;
-  if (newCount_ != stream_.frameCount) end_ = commonEnd(least - beginning_);
+  if (newCount_ != stream_.frameCount) end_ = findEnd(least - beginning_);
 }
 
 std::span<const std::byte> KeptSamples::storedAt(std::int64_t first, std::int64_t count) {
@@ -61,7 +61,7 @@ PlanarView KeptSamples::floatsOf(std::span<const std::byte> stored, std::int64_t
   return floats;
 }
 
-std::int64_t KeptSamples::commonBeginning() {
+std::int64_t KeptSamples::findBeginning() {
   const std::int64_t most = std::min(newCount_, stream_.frameCount);
   const std::int64_t piece = std::max<std::int64_t>(kPieceBytes / frameBytes_, 1);
   for (std::int64_t first = 0; first < most; first += piece) {
@@ -76,7 +76,7 @@ std::int64_t KeptSamples::commonBeginning() {
   return most;
 }
 
-std::int64_t KeptSamples::commonEnd(std::int64_t most) {
+std::int64_t KeptSamples::findEnd(std::int64_t most) {
   const std::int64_t piece = std::max<std::int64_t>(kPieceBytes / frameBytes_, 1);
   for (std::int64_t done = 0; done < most; done += piece) {
     const std::int64_t count = std::min(piece, most - done);

@@ -25,6 +25,10 @@ class KeptSamples {
   /// Whether any sample or the length is another one.
   bool hasChanged() const noexcept { return hasChanged_; }
 
+  /// Frames that both begin with, and frames that both end with behind those.
+  std::int64_t commonBeginning() const noexcept { return beginning_; }
+  std::int64_t commonEnd() const noexcept { return end_; }
+
   /// Hands all samples in order to `write`, in pieces.
   void write(std::optional<std::uint64_t> ditherSeed,
              const std::function<void(std::span<const std::byte>)>& write);
@@ -35,8 +39,8 @@ class KeptSamples {
  private:
   std::span<const std::byte> storedAt(std::int64_t first, std::int64_t count);
   PlanarView floatsOf(std::span<const std::byte> stored, std::int64_t count);
-  std::int64_t commonBeginning();
-  std::int64_t commonEnd(std::int64_t most);
+  std::int64_t findBeginning();
+  std::int64_t findEnd(std::int64_t most);
   void convert(std::int64_t first, std::int64_t count, std::optional<std::uint64_t> ditherSeed,
                const std::function<void(std::span<const std::byte>)>& write);
   void keepUnchanged(PlanarView edited, std::span<const std::byte> stored);
@@ -46,8 +50,8 @@ class KeptSamples {
   PlanarView edited_;
   std::int64_t frameBytes_;
   std::int64_t newCount_;
-  std::int64_t beginning_ = 0;  ///< frames that both begin with
-  std::int64_t end_ = 0;        ///< frames that both end with, behind those
+  std::int64_t beginning_ = 0;
+  std::int64_t end_ = 0;
   bool hasChanged_ = false;
   SampleLosses losses_{};
   std::vector<std::byte> stored_{};
