@@ -76,5 +76,11 @@ TEST_F(ProgramFaultySaving, AudioThatIsEdited) {
   edited.killAtEveryCall();
 }
 
+TEST_F(ProgramFaultySaving, AnEditInPlace) {
+  const auto edit = saving({"edit", "gain", "-6", "-q", "good.wav", "--in-place"}, "good.wav");
+  edit.failEveryCall({ENOSPC});
+  edit.killAtEveryCall();
+}
+
 }  // namespace
 }  // namespace orvane::cli::test

@@ -1,0 +1,123 @@
+#include "tests/cli/program_fixture.h"
+#include "tests/support/whole_file.h"
+
+namespace orvane::cli::test {
+namespace {
+
+using ::testing::HasSubstr;
+
+std::string chunk(const std::string& id, const std::string& body) {
+  return id + littleEndian(body.size(), 4) + body + std::string(body.size() % 2, '\0');
+}
+
+class ProgramEditInPlace : public ProgramTest {
+ protected:
+  /// Two seconds with two markers, a time reference and a chunk that nobody knows.
+  ProgramEditInPlace() {
+    const auto point = [](int id, int frame) {
+      return littleEndian(static_cast<unsigned>(id), 4) +
+             littleEndian(static_cast<unsigned>(frame), 4) + "data" + std::string(8, '\0') +
+             littleEndian(static_cast<unsigned>(frame), 4);
+    };
+    std::string bytes = waveFile(sineSamples(96'000, 0.25));
+    bytes += chunk("cue ", littleEndian(2, 4) + point(1, 12'000) + point(2, 72'000));
+    bytes += chunk("LIST", "adtl" + chunk("labl", littleEndian(1, 4) + std::string("In\0", 3)) +
+                               chunk("labl", littleEndian(2, 4) + std::string("Out\0", 4)));
+    bytes += chunk("bext", std::string(338, '\0') + littleEndian(1'000'000, 8) +
+                               littleEndian(1, 2) + std::string(254, '\0'));
+    bytes += chunk("mine", "nobody knows this");
+    bytes.replace(4, 4, littleEndian(bytes.size() - 8, 4));
+    folder().write("take.wav", bytes);
+  }
+
+  ProgramEnd edit(std::vector<std::string> arguments) const {
+    arguments.insert(arguments.begin(), "edit");
+    return run(arguments);
+  }
+  std::string content(const std::string& name) const {
+    return orvane::test::readFile(folder() / name);
+  }
+};
+
+TEST_F(ProgramEditInPlace, KeepsChunksAndMovesWhatSpeaksOfFrames) {
+  const ProgramEnd end = edit({"trim", "0.5", "2", "take.wav", "--in-place"});
+  EXPECT_EQ(end.exitCode, 0) << end.errors;
+  EXPECT_THAT(end.output, HasSubstr("take.wav: WAV, 16-bit integer, 48 kHz, 2 channels, 0:01.500"));
+  EXPECT_THAT(end.errors, HasSubstr("In"));  // its marker lay in what is gone
+  EXPECT_THAT(content("take.wav"), HasSubstr("nobody knows this"));
+  const ProgramEnd chapters = run({"analyze", "--json", "take.wav", "--chapters-from-file"});
+  const Json document = Json::parse(chapters.output);
+  ASSERT_EQ(document["chapters"].size(), 1U);
+  EXPECT_EQ(document["chapters"][0]["name"], "Out");
+  EXPECT_NEAR(document["chapters"][0]["startSec"].get<double>(), 1.0, 1e-9);
+  const std::string file = content("take.wav");
+  EXPECT_EQ(file.substr(file.find("bext") + 8 + 338, 8), littleEndian(1'024'000, 8));
+}
+
+TEST_F(ProgramEditInPlace, ChangesNoByteOutsideOfWhatIsEdited) {
+  const std::string before = content("take.wav");
+  EXPECT_EQ(
+      edit({"gain", "-6", "take.wav", "--from", "1", "--to", "1.5", "--in-place", "-q"}).exitCode,
+      0);
+  const std::string after = content("take.wav");
+  ASSERT_EQ(after.size(), before.size());
+  constexpr std::size_t kAudio = 44;
+  for (std::size_t i = 0; i < after.size(); ++i) {
+    const bool isEdited = i >= kAudio + 48'000 * 4 && i < kAudio + 72'000 * 4;
+    ASSERT_TRUE(isEdited || after[i] == before[i]) << i;
+  }
+  EXPECT_NE(after, before);
+}
+
+TEST_F(ProgramEditInPlace, KeepsACopyOnRequest) {
+  const std::string before = content("take.wav");
+  EXPECT_EQ(edit({"invert", "take.wav", "--in-place", "--backup", "-q"}).exitCode, 0);
+  EXPECT_EQ(content("take.wav.bak"), before);
+  EXPECT_NE(content("take.wav"), before);
+  const std::string edited = content("take.wav");
+  const ProgramEnd again = edit({"invert", "take.wav", "--in-place", "--backup", "-q"});
+  EXPECT_EQ(again.exitCode, 1);
+  EXPECT_EQ(again.errors, "orvane: take.wav.bak: File exists; --force replaces it\n");
+  EXPECT_EQ(content("take.wav"), edited);
+}
+
+TEST_F(ProgramEditInPlace, WritesNothingWhenOnlyAsked) {
+  const std::string before = content("take.wav");
+  const ProgramEnd end = edit({"gain", "-6", "take.wav", "--in-place", "--dry-run"});
+  EXPECT_EQ(end.exitCode, 0) << end.errors;
+  EXPECT_EQ(content("take.wav"), before);
+}
+
+TEST_F(ProgramEditInPlace, SaysWhatIsWrongInOneSentence) {
+  folder().write("take.raw", sineSamples(4800, 0.5));
+  folder().write("au.au",
+                 ".snd" + std::string("\0\0\0\x18\0\0\0\x08\0\0\0\x03\0\0\xBB\x80\0\0\0\1", 20) +
+                     std::string(8, '\0'));
+  std::filesystem::copy(folder() / "take.wav", folder() / "take.caf");
+  const struct {
+    std::vector<std::string> arguments;
+    int exitCode;
+    std::string text;
+  } kCases[] = {
+      {{"gain", "1", "take.wav"}, 2, "-o OUT or --in-place"},
+      {{"gain", "1", "take.wav", "-o", "b.wav", "--in-place"}, 2, "-o OUT or --in-place"},
+      {{"gain", "1", "take.wav", "-o", "b.wav", "--backup"}, 2, "--backup goes with --in-place"},
+      {{"gain", "1", "take.wav", "--in-place", "--container", "caf"}, 2, "keeps container"},
+      {{"gain", "1", "take.wav", "--in-place", "--encoding", "s24"}, 2, "keeps container"},
+      {{"split", "take.wav", "--in-place"}, 2, "split is not done in place"},
+      {{"gain", "1", "take.raw", "--raw", "s16le,48000,2", "--in-place"}, 2, "headerless"},
+      {{"gain", "1", "au.au", "--in-place"}, 1, "only linear PCM in WAV, AIFF and CAF"},
+      {{"gain", "1", "take.caf", "--in-place"},
+       1,
+       "Inside, this file is a WAVE container, not WAV, AIFF, or CAF"}};
+  for (const auto& c : kCases) {
+    const std::string before = content("take.wav");
+    const ProgramEnd end = edit(c.arguments);
+    EXPECT_EQ(end.exitCode, c.exitCode) << c.text;
+    EXPECT_THAT(end.errors, HasSubstr(c.text));
+    EXPECT_EQ(content("take.wav"), before);
+  }
+}
+
+}  // namespace
+}  // namespace orvane::cli::test
