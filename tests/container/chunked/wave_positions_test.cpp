@@ -146,8 +146,8 @@ TEST_F(WavePositionsTest, CloseUpAroundACut) {
 }
 
 TEST_F(WavePositionsTest, MakeRoomForInsertedSilence) {
-  const auto file = [this](std::uint32_t second, std::uint32_t end, std::uint32_t first,
-                           std::uint32_t across) {
+  const auto file = [](std::uint32_t second, std::uint32_t end, std::uint32_t first,
+                       std::uint32_t across) {
     return std::vector<FollowedChunk>{{"cue ", cue({{1, 10}, {2, second}, {3, end}})},
                                       {"LIST", list({{"ltxt", 1, "", across}})},
                                       {"plst", playlist({{1, first}, {2, 10}, {77, 4}})}};
