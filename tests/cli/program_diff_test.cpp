@@ -51,8 +51,13 @@ TEST_F(ProgramDiff, SaysHowDeepTheNullIs) {
   EXPECT_THAT(plain.output, HasSubstr("shallow: what differs lies 6.0 dB below A"));
   EXPECT_THAT(plain.output, Not(HasSubstr("Gain of B")));
   const ProgramEnd matched = diff({"a.wav", "half.wav", "--match-loudness"});
-  EXPECT_THAT(matched.output, HasSubstr("very deep: nothing above one step of 16 bits"));
+  EXPECT_THAT(matched.output, HasSubstr("Null       deep: what differs lies 82.6 dB below A"));
   EXPECT_THAT(matched.output, HasSubstr("Gain of B  +6.02 dB"));
+  std::string step = waveFile(noiseSamples(48000, 0.5));
+  step[1000] = static_cast<char>(step[1000] ^ 1);  // the lower byte of one sample
+  folder().write("step.wav", step);
+  EXPECT_THAT(diff({"a.wav", "step.wav"}).output,
+              HasSubstr("very deep: nothing above one step of 16 bits"));
   EXPECT_THAT(diff({"half.wav", "a.wav"}).output, HasSubstr("Null      none: "));
 }
 
@@ -139,18 +144,18 @@ TEST_F(ProgramDiff, WarnsWhenTheLayoutsDiffer) {
   const std::string samples = noiseSamples(4800, 0.5, 0, 4);
   folder().write("four.raw", samples);
   run({"raw", "convert", "four.raw", "--raw", "s16le,48000,4", "-o", "four.wav"});
-  // Extensible, with the mask of a quadraphonic layout.
+  // Extensible, with the mask of L R C Cs.
   std::string quad = waveFile(samples, 4);
   quad.replace(12, 24,
                "fmt " + littleEndian(40, 4) + littleEndian(0xFFFE, 2) + quad.substr(22, 14) +
-                   littleEndian(22, 2) + littleEndian(16, 2) + littleEndian(0x33, 4) +
+                   littleEndian(22, 2) + littleEndian(16, 2) + littleEndian(0x107, 4) +
                    littleEndian(1, 2) +
                    std::string("\0\0\0\0\x10\0\x80\0\0\xAA\0\x38\x9B\x71", 14));
   folder().write("quad.wav", quad);
   const ProgramEnd end = diff({"four.wav", "quad.wav"});
   EXPECT_EQ(end.exitCode, 0) << end.errors;
   EXPECT_THAT(end.errors, HasSubstr("the layouts differ: "));
-  EXPECT_THAT(end.errors, HasSubstr(" in A, L R "));
+  EXPECT_THAT(end.errors, HasSubstr(" in A, L R C Cs in B; channels are compared"));
 }
 
 TEST_F(ProgramDiff, SaysWhatIsWrongInOneSentence) {
