@@ -76,5 +76,14 @@ TEST_F(ProgramFaultySaving, AudioThatIsEdited) {
   edited.killAtEveryCall();
 }
 
+TEST_F(ProgramFaultySaving, RecordingsWithATake) {
+  folder().write("out.wav", "old");
+  folder().write("take.wav", waveFile(sineSamples(4800, 0.5)));
+  const auto spliced = saving(
+      {"splice", "append", "-q", "take.wav", "good.wav", "-o", "out.wav", "--force"}, "out.wav");
+  spliced.failEveryCall({ENOSPC});
+  spliced.killAtEveryCall();
+}
+
 }  // namespace
 }  // namespace orvane::cli::test
