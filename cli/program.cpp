@@ -19,6 +19,7 @@
 #include "cli/commands/identify_command.h"
 #include "cli/commands/raw_command.h"
 #include "cli/commands/report_command.h"
+#include "cli/commands/splice_command.h"
 #include "cli/commands/targets_command.h"
 #include "cli/interruption.h"
 #include "cli/terminal/help_formatter.h"
@@ -60,6 +61,7 @@ std::unique_ptr<CLI::App> makeProgram(ChosenCommand& chosen) {
   addTargetsCommand(*program, chosen);
   addDiffCommand(*program, chosen);
   addEditCommand(*program, chosen);
+  addSpliceCommand(*program, chosen);
   addGenerateCommand(*program, chosen);
   addRawCommand(*program, chosen);
   for (CLI::App* command : program->get_subcommands([](CLI::App*) { return true; })) {

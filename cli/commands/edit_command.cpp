@@ -5,24 +5,21 @@
 #include <set>
 #include <utility>
 
+#include "cli/commands/edited_audio.h"
 #include "cli/commands/job_runner.h"
 #include "cli/commands/measured_file.h"
 #include "cli/options/audio_output_options.h"
 #include "cli/options/edit_requests.h"
-#include "cli/options/sample_rate_limits.h"
 #include "cli/options/source_options.h"
 #include "cli/output/abandoned_files.h"
 #include "cli/output/edit_text.h"
-#include "cli/output/number_text.h"
 #include "cli/output/output_file.h"
 #include "cli/output/written_audio.h"
 #include "cli/terminal/progress_bar.h"
 #include "cli/terminal/terminal_text.h"
 #include "cli/usage_error.h"
 #include "orvane/container/side_chunks.h"
-#include "orvane/edit/audio_copy.h"
 #include "orvane/edit/in_place_save.h"
-#include "orvane/edit/pcm_write_settings.h"
 
 namespace orvane::cli {
 namespace {
@@ -46,14 +43,6 @@ struct Target {
   std::optional<std::uint32_t> channel{};
 };
 
-AudioContainer containerFor(const EditOptions& options, const AudioSource& source,
-                            const PCMEncoding& encoding) {
-  const auto own = source.identity()
-                       ? audioContainerFromFileTypeID(source.identity()->containerTypeID)
-                       : std::nullopt;
-  return options.output.containerFor(encoding, own.value_or(AudioContainer::wave));
-}
-
 /// "take.L.wav" for "take.wav"; names of channels that are not told apart are numbers.
 std::vector<fs::path> splitNames(const fs::path& output, const AudioFormat& format) {
   auto names = shownChannelNames(format.layout, format.channelCount);
@@ -71,19 +60,11 @@ std::vector<fs::path> splitNames(const fs::path& output, const AudioFormat& form
 
 std::vector<Target> targetsOf(const EditOptions& options, const AudioSource& source,
                               std::int64_t frameCount) {
-  const PCMEncoding encoding = options.output.encodingFor(source);
-  const AudioContainer container = containerFor(options, source, encoding);
   std::vector<Target> targets;
   const auto add = [&](const fs::path& file, const AudioFormat& format,
                        std::optional<std::uint32_t> channel) {
-    auto settings = PCMWriteSettings::make(container, format, encoding);
-    const auto outline = PCMFileWriter::outline(file, settings, frameCount);
-    settings.fileTypeID = outline.fileTypeID;
-    targets.push_back({.written = {.file = file,
-                                   .settings = std::move(settings),
-                                   .frameCount = frameCount,
-                                   .warnings = outline.warnings},
-                       .channel = channel});
+    targets.push_back(
+        {EditedAudio::outlined(file, options.output, source, format, frameCount), channel});
   };
   if (options.requests.back().edit) {
     add(options.output.file, source.format(), std::nullopt);
@@ -109,13 +90,6 @@ void requireWritable(const EditOptions& options, const std::vector<Target>& targ
   warnOfAbandonedFiles(files, console);
 }
 
-void requireRate(const AudioSource& source) {
-  const double rate = source.format().sampleRate;
-  if (!SampleRateLimits::contains(rate))
-    throw PlatformError(source.url(), "The sample rate of " + NumberText::sampleRate(rate) +
-                                          " lies outside " + SampleRateLimits::description());
-}
-
 /// The edits of audio that long; what makes no sense of them is said with the operation's name.
 EditChain chainOf(const EditOptions& options, const AudioSource& source, std::int64_t frames) {
   const AudioFormat& format = source.format();
@@ -128,44 +102,6 @@ EditChain chainOf(const EditOptions& options, const AudioSource& source, std::in
     throw PlatformError(
         source.url(), options.requests[error.index()].operation + ": " + error.errorDescription());
   }
-}
-
-std::string leftBehind(const std::vector<FourCC>& chunks) {
-  std::string names;
-  for (const FourCC id : chunks)
-    names += (names.empty() ? "" : ", ") + (id == 0 ? "chunks of others" : fourCC(id));
-  return names;
-}
-
-/// Bits that a sample of a float has.
-constexpr std::int64_t kFloatBits = 24;
-
-/// What the user should know of the source.
-void warnOfSource(const AudioSource& source, const std::vector<FourCC>& chunks, bool isKept,
-                  Console& console) {
-  const std::string name = source.url().filename().string() + ": ";
-  for (const auto& warning : source.warnings()) console.warning(name + warning.text);
-  const PCMEncoding stored = AudioOutputOptions().encodingFor(source);
-  if (!isKept && stored.bitDepth > kFloatBits && stored != PCMEncoding::float32)
-    console.warning(name + "samples are edited as 32-bit floats, which round those of " +
-                    std::to_string(stored.bitDepth) + " bits");
-  if (!chunks.empty())
-    console.warning(name + "these chunks are left behind: " + leftBehind(chunks));
-}
-
-SampleLosses write(const EditOptions& options, const Target& target, const PCMBuffer& audio,
-                   const Execution& execution) {
-  const fs::path& file = target.written.file;
-  return OutputFile::writing(file, [&] {
-    PCMFileWriter writer(
-        file, target.written.settings, target.written.frameCount,
-        {.existing = OutputFile::existing(options.output.force),
-         .ditherSeed = options.output.dither ? std::optional<std::uint64_t>(0) : std::nullopt});
-    const PlanarView all = audio.view();
-    copyAudio(target.channel ? all.channels(*target.channel, 1) : all, writer, execution);
-    writer.commit();
-    return writer.losses();
-  });
 }
 
 /// A copy of the file as it is, "take.wav.bak" for "take.wav".
@@ -227,7 +163,7 @@ ExitCode runEdit(EditOptions options, Console& console) {
       AudioSource::open(options.file, options.source.rawFormat,
                         {.streamIndex = options.source.streamIndex, .execution = execution});
   const auto version = FileStamp::of(options.file);
-  requireRate(*source);
+  EditedAudio::requireRate(*source);
   if (options.inPlace) {
     if (!source->identity() || !source->identity()->isRewritableInPlace())
       throw PlatformError(source->url(), "only linear PCM in WAV, AIFF and CAF is saved in place");
@@ -255,12 +191,16 @@ ExitCode runEdit(EditOptions options, Console& console) {
     if (isMeasured) before = measureLevels(*audio, execution);
     normalizations = chain.apply(*audio, execution);
     if (isMeasured) after = measureLevels(*audio, execution);
-    for (Target& target : targets)
-      target.written.losses = options.inPlace
-                                  ? saveInPlace(options, *source, version, chain, *audio, console)
-                                  : write(options, target, *audio, execution);
+    for (Target& target : targets) {
+      const PlanarView all = audio->view();
+      if (options.inPlace)
+        target.written.losses = saveInPlace(options, *source, version, chain, *audio, console);
+      else
+        EditedAudio::write(target.written, output,
+                           target.channel ? all.channels(*target.channel, 1) : all, execution);
+    }
   }
-  warnOfSource(*source, chunks, options.inPlace, console);
+  EditedAudio::warnOfSource(*source, chunks, options.inPlace, console);
   if (!output.json && !output.quiet) {
     for (const Edit& edit : chain.edits())
       console.print(EditText::description(edit, source->format().sampleRate) + "\n");

@@ -17,8 +17,6 @@ namespace {
 using EditOperations::SilenceMode;
 using EditAtRate = std::function<Edit(double)>;
 
-constexpr const char* kGroup = "Edit";
-
 /// Two times, or one that is both, from the word `first` on.
 std::pair<EditTime, EditTime> rangeIn(const OperationWords& words, std::size_t first) {
   const auto start = EditTime::parse(words.words[first], "START");
@@ -30,15 +28,6 @@ std::pair<EditTime, EditTime> rangeIn(const OperationWords& words, std::size_t f
 
 FrameRange framesOf(const std::pair<EditTime, EditTime>& range, double rate) {
   return {range.first.frameAt(rate), range.second.frameAt(rate)};
-}
-
-void addTimeOption(CLI::App& command, const std::string& name, const char* text,
-                   std::function<void(EditTime)> set) {
-  command
-      .add_option_function<std::string>(
-          name, [name, set](const std::string& value) { set(EditTime::parse(value, name)); }, text)
-      ->option_text("TIME")
-      ->group(kGroup);
 }
 
 void addNothing(CLI::App&, OperationWords&) {}
@@ -103,7 +92,7 @@ void addCurve(CLI::App& command, OperationWords& words) {
           },
           "By default linear")
       ->option_text("linear|log|equal-power")
-      ->group(kGroup);
+      ->group(kEditGroup);
 }
 
 EditAtRate fadeOf(const OperationWords& words) {
@@ -137,7 +126,7 @@ EditAtRate peakOf(const OperationWords& words) {
 
 void addLevelOption(CLI::App& command, const char* name, const char* argument, const char* text,
                     std::optional<double>& level) {
-  addNumberOption(command, {name, argument, kGroup, -kMostDB, kMostDB, text},
+  addNumberOption(command, {name, argument, kEditGroup, -kMostDB, kMostDB, text},
                   [&level](double value) { level = value; });
 }
 
@@ -171,7 +160,7 @@ void addTarget(CLI::App& command, OperationWords& words) {
           },
           "Loudness and ceiling of a delivery target")
       ->option_text("ID")
-      ->group(kGroup);
+      ->group(kEditGroup);
 }
 
 EditAtRate normalizationOf(const OperationWords& words) {

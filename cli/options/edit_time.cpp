@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 #include "cli/usage_error.h"
 #include "orvane/text/number_text.h"
@@ -47,6 +48,19 @@ void requireOrder(const EditTime& start, const EditTime& end) {
   if (start.isFrames == end.isFrames &&
       (start.isFrames ? end.frames <= start.frames : end.seconds <= start.seconds))
     throw UsageError("the end does not lie behind the start");
+}
+
+CLI::Option* addTimeOption(CLI::App& command, const std::string& name, const std::string& text,
+                           std::function<void(EditTime)> set) {
+  return command
+      .add_option_function<std::string>(
+          name,
+          [name, set = std::move(set)](const std::string& value) {
+            set(EditTime::parse(value, name));
+          },
+          text)
+      ->option_text("TIME")
+      ->group(kEditGroup);
 }
 
 }  // namespace orvane::cli

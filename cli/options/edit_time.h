@@ -1,6 +1,8 @@
 #pragma once
 
+#include <CLI/CLI.hpp>
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <string_view>
 
@@ -22,5 +24,12 @@ struct EditTime {
 
 /// Throws `UsageError` where the times alone show that nothing lies between them.
 void requireOrder(const EditTime& start, const EditTime& end);
+
+/// Under which a help text shows how an edit is done.
+inline constexpr const char* kEditGroup = "Edit";
+
+/// An option of a time.
+CLI::Option* addTimeOption(CLI::App& command, const std::string& name, const std::string& text,
+                           std::function<void(EditTime)> set);
 
 }  // namespace orvane::cli

@@ -12,17 +12,12 @@ namespace {
 
 using EditOperations::SilenceMode;
 
-std::string place(std::int64_t frame) {
-  return "#" + std::to_string(frame);
-}
-
 std::string time(std::int64_t frames, double sampleRate) {
   return NumberText::duration(static_cast<double>(frames) / sampleRate);
 }
 
-std::string text(const FrameRange& range, double sampleRate) {
-  return place(range.start) + " to " + place(range.end) + " (" + time(range.start, sampleRate) +
-         " to " + time(range.end, sampleRate) + ")";
+std::string number(std::int64_t frame) {
+  return "#" + std::to_string(frame);
 }
 
 std::string nameOf(EditOperations::FadeCurve curve) {
@@ -46,8 +41,7 @@ struct Description {
     if (edit.mode == SilenceMode::replace) return "Silence: " + range(edit);
     const std::int64_t at =
         edit.mode == SilenceMode::insertBefore ? edit.range.start : edit.range.end;
-    return "Silence: " + length(edit.durationFrames) + " inserted at " + place(at) + " (" +
-           time(at, sampleRate) + ")";
+    return "Silence: " + length(edit.durationFrames) + " inserted at " + place(at, sampleRate);
   }
   std::string operator()(const FadeEdit& edit) const {
     return "Fade " + nameOf(edit.direction) + ", " + nameOf(edit.curve) + ": " + range(edit);
@@ -74,10 +68,8 @@ struct Description {
     return "true peaks of at most " + NumberText::fixed(edit.ceilingDBTP, 2) + " dBTP";
   }
 
-  std::string range(const auto& edit) const { return text(edit.range, sampleRate); }
-  std::string length(std::int64_t frames) const {
-    return NumberText::counted(frames, "frame") + " (" + time(frames, sampleRate) + ")";
-  }
+  std::string range(const auto& edit) const { return EditText::range(edit.range, sampleRate); }
+  std::string length(std::int64_t frames) const { return EditText::length(frames, sampleRate); }
 };
 
 struct Keys {
@@ -136,6 +128,19 @@ std::string change(double before, double after, const char* unit) {
 
 std::string description(const Edit& edit, double sampleRate) {
   return std::visit(Description{sampleRate}, edit);
+}
+
+std::string place(std::int64_t frame, double sampleRate) {
+  return number(frame) + " (" + time(frame, sampleRate) + ")";
+}
+
+std::string range(const FrameRange& frames, double sampleRate) {
+  return number(frames.start) + " to " + number(frames.end) + " (" +
+         time(frames.start, sampleRate) + " to " + time(frames.end, sampleRate) + ")";
+}
+
+std::string length(std::int64_t frames, double sampleRate) {
+  return NumberText::counted(frames, "frame") + " (" + time(frames, sampleRate) + ")";
 }
 
 std::string levels(const ProgrammeLevels& before, const ProgrammeLevels& after) {

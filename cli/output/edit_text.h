@@ -13,6 +13,13 @@ namespace orvane::cli::EditText {
 /// "Fade out, linear: #2784000 to #2880000 (0:58.000 to 1:00.000)".
 std::string description(const Edit& edit, double sampleRate);
 
+/// "#2784000 (0:58.000)".
+std::string place(std::int64_t frame, double sampleRate);
+/// "#2784000 to #2880000 (0:58.000 to 1:00.000)".
+std::string range(const FrameRange& frames, double sampleRate);
+/// "96,000 frames (0:02.000)".
+std::string length(std::int64_t frames, double sampleRate);
+
 /// "Integrated -23.04 → -20.04 LUFS, true peak -3.00 → -0.01 dBTP".
 std::string levels(const ProgrammeLevels& before, const ProgrammeLevels& after);
 

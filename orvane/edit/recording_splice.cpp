@@ -8,9 +8,10 @@
 #include <iterator>
 #include <utility>
 
-#include "orvane/audio/audio_source_reader.h"
+#include "orvane/audio/audio_source.h"
 #include "orvane/edit/channel_arrays.h"
 #include "orvane/edit/frame_range.h"
+#include "orvane/edit/loaded_channels.h"
 #include "orvane/edit/sample_rate_conversion.h"
 #include "orvane/platform/sample_arithmetic.h"
 
@@ -126,11 +127,8 @@ FrameMap replaceMap(std::int64_t frameCount, std::int64_t startFrame, std::int64
 
 std::optional<Take> readTake(const std::filesystem::path& url) {
   try {
-    const auto buffer = AudioSourceReader::load(url).buffer;
-    Take take{.sampleRate = buffer->sampleRate()};
-    for (std::uint32_t c = 0; c < buffer->channelCount(); ++c)
-      take.channelData.emplace_back(buffer->channel(c), buffer->channel(c) + buffer->frameLength());
-    return take;
+    const auto source = AudioSource::open(url);
+    return Take{EditOperations::loadChannels(*source), source->format().sampleRate};
   } catch (const std::exception&) {
     return std::nullopt;
   }

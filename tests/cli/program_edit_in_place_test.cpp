@@ -47,9 +47,9 @@ TEST_F(ProgramEditInPlace, KeepsChunksAndMovesWhatSpeaksOfFrames) {
   EXPECT_THAT(content("take.wav"), HasSubstr("nobody knows this"));
   const ProgramEnd chapters = run({"analyze", "--json", "take.wav", "--chapters-from-file"});
   const Json document = Json::parse(chapters.output);
-  ASSERT_EQ(document["chapters"].size(), 1U);
-  EXPECT_EQ(document["chapters"][0]["name"], "Out");
-  EXPECT_NEAR(document["chapters"][0]["startSec"].get<double>(), 1.0, 1e-9);
+  ASSERT_EQ(document["chapters"]["entries"].size(), 1U);
+  EXPECT_EQ(document["chapters"]["entries"][0]["name"], "Out");
+  EXPECT_NEAR(document["chapters"]["entries"][0]["startSec"].get<double>(), 1.0, 1e-9);
   const std::string file = content("take.wav");
   EXPECT_EQ(file.substr(file.find("bext") + 8 + 338, 8), littleEndian(1'024'000, 8));
 }

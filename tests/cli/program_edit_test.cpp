@@ -315,7 +315,8 @@ TEST_F(ProgramEdit, WritesOntoNothingThatIsThereOrRead) {
 TEST_F(ProgramEdit, AnswersWrongUsageInOneLine) {
   expectUsageError({}, "A subcommand is required (see orvane edit --help)");
   expectUsageError({"foo"}, "unknown command 'foo', the commands are trim, cut, silence");
-  expectUsageError({"trim", "1", "2"}, "--output is required (see orvane edit trim --help)");
+  expectUsageError({"trim", "1", "2", "in.wav"},
+                   "-o OUT or --in-place says where the edited audio goes");
   expectUsageError({"swap", "-o", "out.wav"}, "no IN is given");
   const auto expectWrong = [&](std::vector<std::string> words, const std::string& text) {
     words.insert(words.end(), {"in.wav", "-o", "out.wav"});

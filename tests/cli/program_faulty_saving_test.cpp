@@ -82,5 +82,14 @@ TEST_F(ProgramFaultySaving, AnEditInPlace) {
   edit.killAtEveryCall();
 }
 
+TEST_F(ProgramFaultySaving, RecordingsWithATake) {
+  folder().write("out.wav", "old");
+  folder().write("take.wav", waveFile(sineSamples(4800, 0.5)));
+  const auto spliced = saving(
+      {"splice", "append", "-q", "take.wav", "good.wav", "-o", "out.wav", "--force"}, "out.wav");
+  spliced.failEveryCall({ENOSPC});
+  spliced.killAtEveryCall();
+}
+
 }  // namespace
 }  // namespace orvane::cli::test
