@@ -46,7 +46,7 @@ std::string versionText() {
 
 std::unique_ptr<CLI::App> makeProgram(ChosenCommand& chosen) {
   auto program = std::make_unique<CLI::App>(
-      "Measures audio files: loudness, true peak, dynamics. Goes by what a file holds, not by its "
+      "Measures, compares and edits audio files. Goes by what a file holds, not by its "
       "name.",
       "orvane");
   program->require_subcommand(1);
