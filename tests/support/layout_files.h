@@ -30,7 +30,7 @@ inline Bytes muLaw(const Words& words) {
   for (const std::int16_t word : words) {
     constexpr int kBias = 132;
     const int magnitude = std::min(word < 0 ? -int{word} : int{word}, 32635) + kBias;
-    const int exponent = std::bit_width(static_cast<unsigned>(magnitude)) - 8;
+    const int exponent = static_cast<int>(std::bit_width(static_cast<unsigned>(magnitude))) - 8;
     const int mantissa = (magnitude >> (exponent + 3)) & 0xF;
     const int code = (word < 0 ? 0x80 : 0) | exponent << 4 | mantissa;
     bytes.push_back(static_cast<std::byte>(~code));
