@@ -17,6 +17,7 @@
 #include "cli/commands/edit_command.h"
 #include "cli/commands/generate_command.h"
 #include "cli/commands/identify_command.h"
+#include "cli/commands/music_command.h"
 #include "cli/commands/raw_command.h"
 #include "cli/commands/report_command.h"
 #include "cli/commands/splice_command.h"
@@ -44,6 +45,14 @@ std::string versionText() {
          "\nSpeech model " + (model ? "Silero VAD " + *model : "is not installed");
 }
 
+void nameHelpOfSubcommands(CLI::App& command) {
+  for (CLI::App* each : command.get_subcommands([](CLI::App*) { return true; })) {
+    each->get_help_ptr()->description("Print this help");
+    each->footer("");  // not the program's
+    nameHelpOfSubcommands(*each);
+  }
+}
+
 std::unique_ptr<CLI::App> makeProgram(ChosenCommand& chosen) {
   auto program = std::make_unique<CLI::App>(
       "Measures, compares and edits audio files. Goes by what a file holds, not by its "
@@ -64,10 +73,8 @@ std::unique_ptr<CLI::App> makeProgram(ChosenCommand& chosen) {
   addSpliceCommand(*program, chosen);
   addGenerateCommand(*program, chosen);
   addRawCommand(*program, chosen);
-  for (CLI::App* command : program->get_subcommands([](CLI::App*) { return true; })) {
-    command->get_help_ptr()->description("Print this help");
-    command->footer("");  // not the program's
-  }
+  addMusicCommand(*program, chosen);
+  nameHelpOfSubcommands(*program);
   return program;
 }
 

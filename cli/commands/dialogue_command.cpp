@@ -105,10 +105,6 @@ void addDialogueCommand(CLI::App& program, ChosenCommand& chosen) {
   addDialogueImportCommand(*command, chosen);
   addDialogueExportCommand(*command, chosen);
   addDialogueClearCommand(*command, chosen);
-  for (CLI::App* each : command->get_subcommands([](CLI::App*) { return true; })) {
-    each->get_help_ptr()->description("Print this help");
-    each->footer("");  // not the program's
-  }
 }
 
 }  // namespace orvane::cli

@@ -7,10 +7,10 @@
 #include "cli/options/text_input.h"
 #include "cli/output/abandoned_files.h"
 #include "cli/output/dialogue_timeline.h"
+#include "cli/output/text_output.h"
 #include "cli/terminal/terminal_text.h"
 #include "cli/usage_error.h"
 #include "orvane/edit/edit_output_guard.h"
-#include "orvane/platform/atomic_file.h"
 #include "orvane/platform/error.h"
 #include "orvane/speech/dialogue/dialogue_sidecar_io.h"
 #include "orvane/speech/dialogue/dialogue_timeline_formats.h"
@@ -34,8 +34,7 @@ struct ImportOptions {
 struct ExportOptions {
   std::string file{};
   std::string format{};
-  std::string output = kStandardStream;
-  bool force = false;
+  TextOutputOptions output{};
 };
 
 /// Asks for the same errors as commands that read many files.
@@ -76,24 +75,19 @@ ExitCode runImport(const ImportOptions& options, Console& console) {
 /// By `--format`, else by the name of the output.
 formats::Format exportFormat(const ExportOptions& options) {
   if (const auto named = formats::formatFromName(options.format)) return *named;
-  const bool isText = std::filesystem::path(options.output).extension() == ".txt";
+  const bool isText = std::filesystem::path(options.output.file).extension() == ".txt";
   return isText ? formats::Format::audacityLabels : formats::Format::csv;
 }
 
 ExitCode runExport(const ExportOptions& options, Console& console) {
   const auto file = audioNamed(options.file);
   const auto text = formats::text(DialogueSidecarFile::load(file).regions, exportFormat(options));
-  if (options.output == kStandardStream) {
-    console.print(text);
-    return ExitCode::done;
+  if (!options.output.isStandardOutput()) {
+    EditOutputGuard::assertNotInPlace(file.path, options.output.file);
+    EditOutputGuard::assertNotInPlace(DialogueSidecarIO::sidecarURL(file.path),
+                                      options.output.file);
   }
-  EditOutputGuard::assertNotInPlace(file.path, options.output);
-  EditOutputGuard::assertNotInPlace(DialogueSidecarIO::sidecarURL(file.path), options.output);
-  warnOfAbandonedFiles({options.output}, console);
-  AtomicFile output(options.output,
-                    options.force ? AtomicFile::Existing::replace : AtomicFile::Existing::refuse);
-  output.write(text);
-  output.commit();
+  writeText(options.output, text, console);
   return ExitCode::done;
 }
 
@@ -130,10 +124,7 @@ void addDialogueExportCommand(CLI::App& dialogue, ChosenCommand& chosen) {
   command->add_option("FILE", options->file, "The audio that they belong to")->required();
   addFormat(*command, options->format, "How to write; by default labels to NAME.txt, else CSV")
       ->group("Output");
-  command->add_option("-o,--output", options->output, "Write to F; - is standard output")
-      ->option_text("F")
-      ->group("Output");
-  command->add_flag("--force", options->force, "Replace F if it exists")->group("Output");
+  addTextOutputOptions(*command, options->output);
   command->callback([options, &chosen] {
     chosen = [options](Console& console) { return runExport(*options, console); };
   });

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "cli/options/music_input.h"
 #include "cli/options/number_option.h"
 #include "cli/options/selection_option.h"
 #include "cli/options/text_input.h"
@@ -10,7 +11,6 @@
 #include "cli/usage_error.h"
 #include "orvane/audio/chapter_list.h"
 #include "orvane/platform/error.h"
-#include "orvane/text/json/json_text.h"
 #include "orvane/text/utf8.h"
 
 namespace orvane::cli {
@@ -30,14 +30,6 @@ void addLevel(CLI::App& command, const char* name, std::optional<float>& target,
                    .highest = kHighestLevel,
                    .description = description},
                   [&target](double value) { target = static_cast<float>(value); });
-}
-
-MusicAnalysisResult readMusic(const std::string& name) {
-  try {
-    return decodeJSON<MusicAnalysisResult>(readTextInput(name));
-  } catch (const DecodingError& error) {
-    throw PlatformError(shownTextInput(name), error.errorDescription());
-  }
 }
 
 void readChapters(const std::string& name, ReportParts& parts) {
@@ -163,7 +155,7 @@ std::vector<std::filesystem::path> ReportPartOptions::filesRead() const {
 
 ReportParts ReportPartOptions::read() const {
   ReportParts all = parts;
-  if (!musicFile.empty()) all.music = readMusic(musicFile);
+  if (!musicFile.empty()) all.music = readMusicAnalysis(musicFile);
   if (!chapterFile.empty()) readChapters(chapterFile, all);
   return all;
 }

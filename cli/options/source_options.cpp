@@ -7,6 +7,8 @@
 
 #include "cli/options/sample_rate_limits.h"
 #include "cli/usage_error.h"
+#include "orvane/platform/error.h"
+#include "orvane/rawpcm/raw_pcm_preset_store.h"
 #include "orvane/text/number_text.h"
 
 namespace orvane::cli {
@@ -98,10 +100,30 @@ std::string description() {
 
 constexpr const char* kGroup = "Input";
 
+/// Throws `UsageError`, for what no file can have too.
+RawPCMFormat presetFormat(const std::string& name) {
+  const RawPCMPresetStore store(RawPCMPresetStore::defaultDirectory());
+  try {
+    store.loadIntact();
+  } catch (const Error& error) {
+    throw UsageError("--preset: " + error.errorDescription());
+  }
+  const auto preset = store.preset(name);
+  if (!preset)
+    throw UsageError("--preset: there is none called " + inQuotes(name) +
+                     "; \"orvane raw presets list\" shows those that there are");
+  const auto& format = preset->format;
+  if (!format.isShapeValid() || !SampleRateLimits::contains(format.sampleRate))
+    throw UsageError("--preset: no file can have the format of " + inQuotes(name) + ", " +
+                     format.summary());
+  return format;
+}
+
 /// What the user says of a headerless file, until it is complete.
 struct Declaration {
   std::optional<std::string> text{};
   Parts parts{};
+  std::optional<std::string> preset{};
 };
 
 void addPartOption(CLI::App& command, const std::shared_ptr<Declaration>& declaration,
@@ -134,7 +156,17 @@ RawPCMFormat rawFormatOf(std::string_view text, std::map<std::string, std::strin
           .trailingBytesTolerance = bytesIn(parts, "tolerate")};
 }
 
-void addSourceOptions(CLI::App& command, SourceOptions& options) {
+std::string rawOptionText(const RawPCMFormat& format) {
+  std::string text = format.formatToken() + "," + NumberText::shortest(format.sampleRate) + "," +
+                     std::to_string(format.channelCount);
+  if (format.isPlanar) text += ",planar";
+  if (format.headerSkipBytes > 0) text += ",skip=" + std::to_string(format.headerSkipBytes);
+  if (format.trailingBytesTolerance > 0)
+    text += ",tolerate=" + std::to_string(format.trailingBytesTolerance);
+  return text;
+}
+
+void addRawOptions(CLI::App& command, std::optional<RawPCMFormat>& format) {
   const auto declaration = std::make_shared<Declaration>();
   command
       .add_option_function<std::string>(
@@ -152,17 +184,32 @@ void addSourceOptions(CLI::App& command, SourceOptions& options) {
           "It has one channel after the other")
       ->group(kGroup);
   command
+      .add_option_function<std::string>(
+          "--preset", [declaration](const std::string& name) { declaration->preset = name; },
+          "The files are headerless PCM in the format of that name; see \"orvane raw presets\"")
+      ->option_text("NAME")
+      ->group(kGroup);
+  command.parse_complete_callback([declaration, &format] {
+    const bool isDeclared = declaration->text || !declaration->parts.empty();
+    if (declaration->preset && isDeclared)
+      throw UsageError("--preset says all that --raw and the options beside it could say");
+    if (declaration->preset)
+      format = presetFormat(*declaration->preset);
+    else if (declaration->text)
+      format = rawFormatOf(*declaration->text, declaration->parts);
+    else if (isDeclared)
+      throw UsageError("--raw is missing; it says how headerless files are encoded");
+  });
+}
+
+void addSourceOptions(CLI::App& command, SourceOptions& options) {
+  addRawOptions(command, options.rawFormat);
+  command
       .add_option("--stream", options.streamIndex,
                   "Take audio stream N of files with several, counted from 0")
       ->option_text("N")
       ->group(kGroup)
       ->check(CLI::NonNegativeNumber);
-  command.parse_complete_callback([declaration, &options] {
-    if (declaration->text)
-      options.rawFormat = rawFormatOf(*declaration->text, declaration->parts);
-    else if (!declaration->parts.empty())
-      throw UsageError("--raw is missing; it says how headerless files are encoded");
-  });
 }
 
 }  // namespace orvane::cli

@@ -16,8 +16,11 @@ struct SourceOptions {
   std::optional<int> streamIndex{};         ///< absent for a file's default audio stream
 };
 
-/// `--raw` with the options that state parts of its format, and `--stream`. `options` has their
+/// `--raw` with the options that state parts of its format, and `--preset`. `format` has their
 /// sense once the command is parsed, and must outlive it.
+void addRawOptions(CLI::App& command, std::optional<RawPCMFormat>& format);
+
+/// The same and `--stream`.
 void addSourceOptions(CLI::App& command, SourceOptions& options);
 
 /// The format of headerless PCM as it is declared: `text` is ENCODING[,RATE[,CHANNELS]] and then
@@ -25,5 +28,8 @@ void addSourceOptions(CLI::App& command, SourceOptions& options);
 /// it leaves out stands in `parts`, by the names "rate", "channels", "layout", "skip" and
 /// "tolerate". Throws `UsageError` for what is missing, stated twice or wrong.
 RawPCMFormat rawFormatOf(std::string_view text, std::map<std::string, std::string> parts = {});
+
+/// What `--raw` takes for that format.
+std::string rawOptionText(const RawPCMFormat& format);
 
 }  // namespace orvane::cli

@@ -5,6 +5,7 @@
 #include <span>
 
 #include "orvane/platform/input_file.h"
+#include "orvane/platform/precondition.h"
 
 namespace orvane::RawPCMGuesser {
 namespace {
@@ -12,8 +13,13 @@ namespace {
 /// Bytes that are whole frames of every encoding and channel count; samples have 1, 2, 3, 4 or 8.
 std::size_t frameMultiple(const std::vector<std::int64_t>& channelCounts) {
   constexpr std::int64_t kSampleMultiple = 24;
+  constexpr std::int64_t kLargest = 4096;  // else few frames would be silent throughout
   std::int64_t multiple = 1;
-  for (const std::int64_t count : channelCounts) multiple = std::lcm(multiple, count);
+  for (const std::int64_t count : channelCounts) {
+    multiple = std::lcm(multiple, count);
+    precondition(multiple >= 1 && multiple <= kLargest,
+                 "channel counts must have a common multiple up to 4096");
+  }
   return static_cast<std::size_t>(kSampleMultiple * multiple);
 }
 
@@ -26,6 +32,7 @@ std::vector<std::byte> varyingBytes(const InputFile& file, std::int64_t start, s
                                     std::size_t count) {
   const std::size_t blockBytes = std::max<std::size_t>((std::size_t{64} << 10) / unit, 1) * unit;
   std::vector<std::byte> block(blockBytes), result;
+  result.reserve(count + unit);
   std::int64_t passedOver = 0;
   auto place = static_cast<std::uint64_t>(start);
   while (result.size() < count && passedOver < kLongestSilence) {
@@ -83,8 +90,8 @@ Proposals propose(const std::filesystem::path& url, const Known& known, double p
 
   const auto payload = static_cast<double>(size - known.headerSkipBytes);
   const std::size_t unit = frameMultiple(known.channelCounts);
-  const auto preview = varyingBytes(file, known.headerSkipBytes, unit,
-                                    static_cast<std::size_t>(std::min(wanted, payload)));
+  const auto count = static_cast<std::size_t>(std::min(wanted, payload));
+  const auto preview = varyingBytes(file, known.headerSkipBytes, unit, std::max(count, unit));
   if (preview.empty())
     return {.candidates = rank(url, fitting, previewSeconds, execution),
             .isSilent = payload >= static_cast<double>(unit)};

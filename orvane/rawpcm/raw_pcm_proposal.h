@@ -12,7 +12,7 @@ namespace orvane::RawPCMGuesser {
 /// What is known of a file whose encoding is looked for.
 struct Known {
   double sampleRate = 0;
-  std::vector<std::int64_t> channelCounts{};  ///< each is tried, 1 … 64
+  std::vector<std::int64_t> channelCounts{};  ///< each is tried; of a common multiple up to 4096
   std::int64_t headerSkipBytes = 0;
 };
 

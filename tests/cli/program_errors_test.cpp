@@ -112,7 +112,8 @@ TEST_F(ProgramErrors, RefusesRatesThatNoRecorderHas) {
   folder().write("slow.wav", waveFile(sineSamples(480, 0.5), 2, 50));
   const ProgramEnd end = run({"analyze", "slow.wav"});
   EXPECT_EQ(end.exitCode, 1);
-  EXPECT_EQ(end.errors, "orvane: slow.wav: The sample rate of 50 Hz lies outside 100 Hz to 10 MHz\n");
+  EXPECT_EQ(end.errors,
+            "orvane: slow.wav: The sample rate of 50 Hz lies outside 100 Hz to 10 MHz\n");
 }
 
 TEST_F(ProgramErrors, EscapesHostileNamesInMessages) {

@@ -91,5 +91,21 @@ TEST_F(ProgramFaultySaving, RecordingsWithATake) {
   spliced.killAtEveryCall();
 }
 
+TEST_F(ProgramFaultySaving, AListOfPresets) {
+  ProgramSetup setup;
+  setup.folder = folder().path();
+  setup.environment = {"XDG_DATA_HOME=" + folder().path().string()};
+  setup.arguments = {"raw", "presets", "save", "old", "--raw", "s16le,48000,2"};
+  ASSERT_EQ(run(setup).exitCode, 0);
+  setup.arguments = {"raw", "presets", "save", "old", "--raw", "u8,8000,1", "--force"};
+  const FaultySaving presets(folder() / "Orvane/raw-pcm-presets.json",
+                             FaultySaving::ofProgram(ORVANE_PROGRAM, setup, ORVANE_FAULTS));
+  for (const bool anonymous : {true, false}) {
+    presets.failEveryCall({anonymous ? ENOSPC : EIO}, {.anonymous = anonymous});
+    presets.disturbEveryWrite({.anonymous = anonymous});
+    presets.killAtEveryCall({.anonymous = anonymous});
+  }
+}
+
 }  // namespace
 }  // namespace orvane::cli::test

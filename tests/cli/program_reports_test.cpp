@@ -106,7 +106,7 @@ TEST_F(ProgramReports, NeedChoicesThatGoTogether) {
   for (const auto& arguments :
        std::vector<std::vector<std::string>>{{"good.wav", "--out", "o"},
                                              {"good.wav", "--formats", "csv"},
-           {"good.wav", "--html", ""},
+                                             {"good.wav", "--html", ""},
                                              {"good.wav", "--out", "o", "--formats", "csv,doc"},
                                              {"good.wav", "good.wav", "--html", "r.html"},
                                              {"good.wav", "--html", "same", "--csv", "./same"}}) {

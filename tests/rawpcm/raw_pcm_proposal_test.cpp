@@ -111,9 +111,23 @@ TEST_F(RawPCMProposal, ShowsPreviewsUnderTheFormatsThatItProposes) {
     EXPECT_EQ(std::count(shown.begin(), shown.end(), candidate.format), 1);
 }
 
+TEST_F(RawPCMProposal, TellsNothingWithoutAPreview) {
+  const auto found = propose(file(tone(24'000)), {kRate, {1}, 0}, 0);
+  EXPECT_FALSE(found.isSilent);
+  ASSERT_EQ(found.candidates.size(), 13U);
+  for (const auto& candidate : found.candidates) EXPECT_EQ(candidate.score, -1);
+}
+
 TEST_F(RawPCMProposal, FailsForWhatCannotBeRead) {
   EXPECT_THROW(propose(folder / "missing", {kRate, {1}, 0}, 1), PlatformError);
   EXPECT_THROW(propose(folder.path(), {kRate, {1}, 0}, 1), PlatformError);
+}
+
+TEST(RawPCMProposalDeathTest, NeedsChannelCountsThatGoTogether) {
+  const test::TemporaryDirectory folder;
+  const auto file = folder.write("take.raw", Bytes(48));
+  EXPECT_DEATH((void)propose(file, {kRate, {1, 0}, 0}, 1), "common multiple");
+  EXPECT_DEATH((void)propose(file, {kRate, {1, 61, 59, 53}, 0}, 1), "common multiple");
 }
 
 }  // namespace

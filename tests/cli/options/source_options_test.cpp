@@ -53,6 +53,12 @@ TEST(SourceOptions, TakesWhatTheTextLeavesOutFromOptionsOfItsOwn) {
   EXPECT_EQ(rawFormatOf("s24le,48000,2", {{"skip", "512"}}), rawFormatOf("s24le,48000,2,skip=512"));
 }
 
+TEST(SourceOptions, WritesAFormatAsItReadsIt) {
+  for (const char* const text :
+       {"s16le,48000,2", "u8,8000,1,skip=44", "f64be,44100.5,64,planar,skip=1,tolerate=2"})
+    EXPECT_EQ(rawOptionText(rawFormatOf(text)), text);
+}
+
 TEST(SourceOptions, SaysWhatIsMissing) {
   const std::string example =
       " is missing; say s16le,48000,2 or --raw s16le --rate 48000 --channels 2";
