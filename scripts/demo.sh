@@ -52,6 +52,7 @@ hasSpeechModel() { [[ $("$program" --version) == *"Silero"* ]]; }
 
 show --version
 show identify programme.wav misnamed.mp3
+show raw guess headerless.raw --rate 48000
 show analyze headerless.raw --raw s16le,48000,2
 show analyze programme.wav misnamed.mp3 --json
 
@@ -66,6 +67,15 @@ show analyze programme.wav "${speech[@]}" --targets spotify,apple-podcasts,ebu-r
   --html programme.html --csv programme.csv --report programme.report.json
 # Of its own, because only PDF needs a browser; without one the program says what to install.
 show report programme.report.json --pdf programme.pdf --force || rm -f programme.pdf
+
+# Writing: a test signal, an edit into a new file, one into a copy of the programme itself, a take
+# spliced in, and what all that made different.
+show generate sine -o tone.wav --level -18 --duration 2 --force
+show edit normalize --target -16 programme.wav -o louder.wav --then "fade out 22 24" --force
+cp -f programme.wav mended.wav
+show edit gain -6 mended.wav --from 3 --to 5 --in-place
+show splice insert --at 1 programme.wav tone.wav -o spliced.wav --force
+show diff programme.wav mended.wav
 
 printf '\nThe reports are:\n'
 for report in programme.html programme.pdf programme.csv programme.report.json; do
