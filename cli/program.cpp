@@ -48,7 +48,7 @@ std::string versionText() {
 void nameHelpOfSubcommands(CLI::App& command) {
   for (CLI::App* each : command.get_subcommands([](CLI::App*) { return true; })) {
     each->get_help_ptr()->description("Print this help");
-    each->footer("");  // not the program's
+    if (each->get_footer() == kFooter) each->footer("");  // the program's, which is inherited
     nameHelpOfSubcommands(*each);
   }
 }

@@ -268,8 +268,6 @@ void addEditCommand(CLI::App& program, ChosenCommand& chosen) {
             ->group("Output");
         addAudioFormatOptions(command, options->output);
         addSourceOptions(command, options->source);
-        command.get_help_ptr()->description("Print this help");
-        command.footer("");  // not the program's
         command.callback([options, words, &operation, &chosen] {
           completeRequests(*options, operation, *words);
           chosen = [options](Console& console) { return runEdit(*options, console); };

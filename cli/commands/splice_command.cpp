@@ -193,8 +193,7 @@ void addKind(CLI::App& splice, Kind kind, const std::string& description, Chosen
   addAudioOutputOptions(command, options.output);
   addAudioFormatOptions(command, options.output);
   addSourceOptions(command, options.source);
-  command.get_help_ptr()->description("Print this help");
-  command.footer("--raw and --stream speak of BASE.");
+  command.footer("--raw, --preset and --stream speak of BASE.");
   command.callback([shared, &chosen] {
     if (shared->kind == Kind::replace) requireOrder(shared->from, shared->to);
     chosen = [shared](Console& console) { return runSplice(*shared, console); };

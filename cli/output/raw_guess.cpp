@@ -84,6 +84,8 @@ std::string rawGuessTable(const RawGuess& guess, const Console& console) {
   const auto& best = guess.proposals.candidates.front().format;
   std::string text = console.styled(Style::bold, TerminalText::escaped(guess.file)) + "\n" +
                      list(guess, console) + "\n" + verdict(guess) + "\n";
+  if (!guess.areChannelsKnown)
+    text += "Channels are told less surely: equal ones look like fewer; --channels states them.\n";
   if (!guess.isRateKnown)
     text += "The rate cannot be told from the bytes; " + NumberText::sampleRate(best.sampleRate) +
             " stands in, --rate states it.\n";

@@ -188,6 +188,25 @@ TEST_F(ProgramErrors, LoadsNothingFromTheFolderItIsStartedIn) {
   EXPECT_THAT(end.errors, IsEmpty());
 }
 
+TEST_F(ProgramErrors, HelpsWithCommandsOfAnyDepthWithoutTheFooterOfTheProgram) {
+  EXPECT_THAT(run({"--help"}).output, HasSubstr("Exit codes: "));
+  for (const std::vector<std::string>& command : {std::vector<std::string>{"analyze"},
+                                                  {"raw"},
+                                                  {"raw", "guess"},
+                                                  {"raw", "presets"},
+                                                  {"raw", "presets", "save"},
+                                                  {"music", "clip"},
+                                                  {"edit", "trim"}}) {
+    auto arguments = command;
+    arguments.emplace_back("--help");
+    const ProgramEnd end = run(arguments);
+    EXPECT_EQ(end.exitCode, 0);
+    EXPECT_THAT(end.output, HasSubstr("Print this help\n")) << command.back();
+    EXPECT_THAT(end.output, Not(HasSubstr("Exit codes: "))) << command.back();
+  }
+  EXPECT_THAT(run({"splice", "append", "--help"}).output, HasSubstr("speak of BASE.\n"));
+}
+
 TEST_F(ProgramErrors, FailsWhenHelpCannotBeWritten) {
   ProgramSetup setup;
   setup.arguments = {"--help"};
