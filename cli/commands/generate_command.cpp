@@ -114,7 +114,11 @@ ExitCode runGenerate(GenerateOptions options, Console& console) {
     throw UsageError(error.errorDescription());
   }
   const auto frames = static_cast<std::int64_t>(spec.frameCount());
-  if (!AudioLoadLimits::isWithinLimits(frames, spec.channelCount))
+  // Rendered, as the buffer that is written, and noise as much again while it is made.
+  constexpr std::int64_t kCopies = 3;
+  if (!AudioLoadLimits::isWithinLimits(frames, spec.channelCount) ||
+      !AudioLoadLimits::inRAMRebuildFitsLive(
+          AudioLoadLimits::decodedBytes(frames, spec.channelCount), kCopies))
     throw PlatformError(output.file, "the signal is too long for this machine's memory");
   OutputFile::requireWritable(output.file, output.force);
   warnOfAbandonedFiles({output.file}, console);
