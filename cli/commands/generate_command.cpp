@@ -15,7 +15,6 @@
 #include "orvane/analysis/generator_measurement.h"
 #include "orvane/core/generator/signal_generator.h"
 #include "orvane/edit/generator_audio_writer.h"
-#include "orvane/edit/pcm_write_settings.h"
 #include "orvane/platform/audio_load_limits.h"
 
 namespace orvane::cli {
@@ -69,23 +68,6 @@ GeneratorContainer containerOf(const GenerateOptions& options) {
   }
 }
 
-AudioContainer audioContainer(GeneratorContainer container) {
-  switch (container) {
-    case GeneratorContainer::wav:
-      return AudioContainer::wave;
-    case GeneratorContainer::aiff:
-      return AudioContainer::aiff;
-    case GeneratorContainer::caf:
-      break;
-  }
-  return AudioContainer::caf;
-}
-
-PCMEncoding encodingOf(GeneratorBitDepth depth) {
-  if (depth == GeneratorBitDepth::float32) return PCMEncoding::float32;
-  return {.bitDepth = depth == GeneratorBitDepth::int16 ? 16 : 24, .isFloat = false};
-}
-
 void requireSense(const GenerateOptions& options) {
   const bool isSweep = options.spec.waveform == GeneratorWaveform::logarithmicSweep;
   if (isSweep && options.hasFrequency)
@@ -129,10 +111,9 @@ ExitCode runGenerate(GenerateOptions options, Console& console) {
     GeneratorAudioWriter::write(channels, spec.sampleRate, spec.bitDepth, spec.container,
                                 output.file, OutputFile::existing(output.force));
   const WrittenAudio written{.file = output.file,
-                             .settings = PCMWriteSettings::make(
-                                 audioContainer(spec.container),
+                             .settings = GeneratorAudioWriter::settings(
                                  {.sampleRate = spec.sampleRate, .channelCount = spec.channelCount},
-                                 encodingOf(spec.bitDepth)),
+                                 spec.bitDepth, spec.container),
                              .frameCount = frames};
   JsonOutput::Document document;
   const auto add = [&](const char* key, std::optional<float> level) {

@@ -82,6 +82,11 @@ WriterError WriterError::writeFailed(const std::string& message) {
   return {Case::writeFailed, message, 0, "Couldn't write the file: " + message};
 }
 
+AudioFormatSettings settings(const AudioFormat& format, GeneratorBitDepth bitDepth,
+                             GeneratorContainer container) {
+  return PCMWriteSettings::make(containerOf(container), format, encodingOf(bitDepth));
+}
+
 void renderAndWrite(const core::GeneratorSpec& spec, const std::filesystem::path& url,
                     AtomicFile::Existing existing) {
   spec.validate();
@@ -93,8 +98,7 @@ void write(const std::vector<std::vector<float>>& channelData, double sampleRate
            GeneratorBitDepth bitDepth, GeneratorContainer container,
            const std::filesystem::path& url, AtomicFile::Existing existing) {
   requireRectangular(channelData);
-  const PCMEncoding encoding = encodingOf(bitDepth);
-  if (container == GeneratorContainer::aiff && encoding.isFloat)
+  if (container == GeneratorContainer::aiff && encodingOf(bitDepth).isFloat)
     throw WriterError::unsupportedFormat(
         "AIFF stores integer PCM only. Pick 16- or 24-bit, or use WAV or CAF for 32-bit float.");
   const auto channelCount = static_cast<std::int64_t>(channelData.size());
@@ -104,8 +108,7 @@ void write(const std::vector<std::vector<float>>& channelData, double sampleRate
       {channelData, sampleRate, static_cast<int>(channelCount)}, discrete);
   if (!buffer) throw WriterError::bufferBuildFailed(channelCount);
   try {
-    PCMFileWriter writer(url,
-                         PCMWriteSettings::make(containerOf(container), buffer->format(), encoding),
+    PCMFileWriter writer(url, settings(buffer->format(), bitDepth, container),
                          buffer->frameLength(), {.existing = existing});
     writer.write(buffer->view());
     writer.commit();

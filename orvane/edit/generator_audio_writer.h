@@ -6,6 +6,7 @@
 
 #include "orvane/core/generator/generator_spec.h"
 #include "orvane/platform/atomic_file.h"
+#include "orvane/platform/audio_format.h"
 #include "orvane/platform/error.h"
 #include "orvane/platform/export.h"
 
@@ -62,5 +63,9 @@ ORVANE_API void write(const std::vector<std::vector<float>>& channelData, double
                       core::GeneratorBitDepth bitDepth, core::GeneratorContainer container,
                       const std::filesystem::path& url,
                       AtomicFile::Existing existing = AtomicFile::Existing::replace);
+
+/// The settings with which such audio is written.
+ORVANE_API AudioFormatSettings settings(const AudioFormat& format, core::GeneratorBitDepth bitDepth,
+                                        core::GeneratorContainer container);
 
 }  // namespace orvane::GeneratorAudioWriter
