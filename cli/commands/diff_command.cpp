@@ -29,12 +29,13 @@ struct DiffOptions {
   bool quiet = false;
 };
 
-/// With `--raw` in both places.
+/// With `--raw` or `--preset` in both places.
 OfflineDiffPipeline::Options whatToCompare(const DiffOptions& options) {
   OfflineDiffPipeline::Options what = options.what;
   if (!options.source.rawFormat) return what;
   if (what.rawFormatA || what.rawFormatB)
-    throw UsageError("--raw is for both files, --raw-a and --raw-b are for one each");
+    throw UsageError(
+        "--raw and --preset are for both files, those that end in -a and -b are for one each");
   what.rawFormatA = what.rawFormatB = options.source.rawFormat;
   return what;
 }
@@ -83,16 +84,6 @@ ExitCode runDiff(const DiffOptions& options, Console& console) {
   return ExitCode::targetMissed;
 }
 
-void addRawOption(CLI::App& command, const std::string& name, const std::string& which,
-                  std::optional<RawPCMFormat>& format) {
-  command
-      .add_option_function<std::string>(
-          name, [&format](const std::string& text) { format = rawFormatOf(text); },
-          "Only " + which + " is headerless PCM, as --raw says it in one word")
-      ->option_text("FORMAT")
-      ->group("Input");
-}
-
 }  // namespace
 
 void addDiffCommand(CLI::App& program, ChosenCommand& chosen) {
@@ -102,8 +93,8 @@ void addDiffCommand(CLI::App& program, ChosenCommand& chosen) {
   command->add_option("A", options->a, "The one file")->required();
   command->add_option("B", options->b, "The other one, which is subtracted from it")->required();
   addSourceOptions(*command, options->source);
-  addRawOption(*command, "--raw-a", "A", options->what.rawFormatA);
-  addRawOption(*command, "--raw-b", "B", options->what.rawFormatB);
+  addRawOptionsFor(*command, "A", options->what.rawFormatA);
+  addRawOptionsFor(*command, "B", options->what.rawFormatB);
   command
       ->add_flag("--match-loudness", options->what.matchLoudness,
                  "Bring B to A's integrated loudness first")

@@ -100,21 +100,21 @@ std::string description() {
 
 constexpr const char* kGroup = "Input";
 
-/// Throws `UsageError`, for what no file can have too.
-RawPCMFormat presetFormat(const std::string& name) {
+/// Throws `UsageError`, for what no file can have too. `option` is where the name was given.
+RawPCMFormat presetFormat(const std::string& option, const std::string& name) {
   const RawPCMPresetStore store(RawPCMPresetStore::defaultDirectory());
   try {
     store.loadIntact();
   } catch (const Error& error) {
-    throw UsageError("--preset: " + error.errorDescription());
+    throw UsageError(option + ": " + error.errorDescription());
   }
   const auto preset = store.preset(name);
   if (!preset)
-    throw UsageError("--preset: there is none called " + inQuotes(name) +
+    throw UsageError(option + ": there is none called " + inQuotes(name) +
                      "; \"orvane raw presets list\" shows those that there are");
   const auto& format = preset->format;
   if (!format.isShapeValid() || !SampleRateLimits::contains(format.sampleRate))
-    throw UsageError("--preset: no file can have the format of " + inQuotes(name) + ", " +
+    throw UsageError(option + ": no file can have the format of " + inQuotes(name) + ", " +
                      format.summary());
   return format;
 }
@@ -194,12 +194,28 @@ void addRawOptions(CLI::App& command, std::optional<RawPCMFormat>& format) {
     if (declaration->preset && isDeclared)
       throw UsageError("--preset says all that --raw and the options beside it could say");
     if (declaration->preset)
-      format = presetFormat(*declaration->preset);
+      format = presetFormat("--preset", *declaration->preset);
     else if (declaration->text)
       format = rawFormatOf(*declaration->text, declaration->parts);
     else if (isDeclared)
       throw UsageError("--raw is missing; it says how headerless files are encoded");
   });
+}
+
+void addRawOptionsFor(CLI::App& command, const std::string& file,
+                      std::optional<RawPCMFormat>& format) {
+  const std::string suffix(1, static_cast<char>(file.at(0) - 'A' + 'a'));
+  auto* raw = command.add_option_function<std::string>(
+      "--raw-" + suffix, [&format](const std::string& text) { format = rawFormatOf(text); },
+      "Only " + file + " is headerless PCM, as --raw says it in one word");
+  auto* preset = command.add_option_function<std::string>(
+      "--preset-" + suffix,
+      [&format, suffix](const std::string& name) {
+        format = presetFormat("--preset-" + suffix, name);
+      },
+      "Only " + file + " is headerless PCM in the format of that name");
+  raw->option_text("FORMAT")->group(kGroup);
+  preset->option_text("NAME")->group(kGroup)->excludes(raw);
 }
 
 void addSourceOptions(CLI::App& command, SourceOptions& options) {

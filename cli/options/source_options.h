@@ -20,7 +20,11 @@ struct SourceOptions {
 /// sense once the command is parsed, and must outlive it.
 void addRawOptions(CLI::App& command, std::optional<RawPCMFormat>& format);
 
-/// The same and `--stream`.
+/// `--raw-a` and `--preset-a` for one of a command's files, here "A".
+void addRawOptionsFor(CLI::App& command, const std::string& file,
+                      std::optional<RawPCMFormat>& format);
+
+/// `addRawOptions` and `--stream`.
 void addSourceOptions(CLI::App& command, SourceOptions& options);
 
 /// The format of headerless PCM as it is declared: `text` is ENCODING[,RATE[,CHANNELS]] and then

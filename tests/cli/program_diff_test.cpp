@@ -178,7 +178,9 @@ TEST_F(ProgramDiff, SaysWhatIsWrongInOneSentence) {
       {{"a.wav", "a.wav", "--at-most", "x"}, 2, "--at-most takes a number"},
       {{"a.wav", "a.wav", "-o", "r.caf"}, 2, "written as WAV, not as .caf"},
       {{"a.wav", "a.wav", "--raw", "s16le,48000,2", "--raw-a", "s16le,48000,2"}, 2, "one each"},
-      {{"a.wav", "a.wav", "--raw-b", "s17"}, 2, "unknown encoding"}};
+      {{"a.wav", "a.wav", "--raw-b", "s17"}, 2, "unknown encoding"},
+      {{"a.wav", "a.wav", "--preset-a", "none"}, 2, "--preset-a: there is none called 'none'"},
+      {{"a.wav", "a.wav", "--raw-b", "s16le,48000,2", "--preset-b", "none"}, 2, "--preset-b"}};
   for (const auto& c : kCases) {
     const ProgramEnd end = diff(c.arguments);
     EXPECT_EQ(end.exitCode, c.exitCode) << c.text;

@@ -69,6 +69,9 @@ TEST_F(ProgramRawPresets, ServeWhereverAFormatIsDeclared) {
   for (const std::vector<std::string>& command :
        {std::vector<std::string>{"analyze", "take.raw", "--preset", "MINE"},
         {"raw", "convert", "take.raw", "--preset", "mine", "-o", "take.wav"},
+        {"diff", "take.raw", "take.raw", "--preset", "mine"},
+        {"diff", "take.raw", "take.raw", "--preset-a", "mine", "--preset-b", "mine"},
+        {"diff", "take.raw", "take.raw", "--raw-a", "s16le,48000,2", "--preset-b", "mine"},
         {"dialogue", "import", "labels.txt", "take.raw", "--preset", "Mine"},
         {"raw", "presets", "save", "copy", "--preset", "mine"}}) {
     const ProgramEnd end = runHere(command);
