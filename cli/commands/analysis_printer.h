@@ -1,0 +1,54 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+#include "cli/commands/measured_file.h"
+#include "cli/exit_code.h"
+#include "cli/terminal/console.h"
+
+namespace orvane::cli {
+
+/// How the results of a run are printed.
+enum class ResultLayout { blocks, rows, json, report };
+
+/// What is told of one file, made while other files may still be measured.
+struct PrintedResult {
+  std::string text{};                        ///< for standard output
+  std::string summary{};                     ///< the file's row of the summary
+  std::vector<std::string> warnings{};       ///< for standard error
+  std::vector<std::string> missedTargets{};  ///< likewise
+};
+
+/// Prints the results of a run one after another.
+class AnalysisPrinter {
+ public:
+  struct Plan {
+    ResultLayout layout = ResultLayout::blocks;
+    bool curves = false;           ///< in JSON
+    bool enforcesTargets = false;  ///< a missed target is told and ends in an exit code
+  };
+
+  AnalysisPrinter(Console& console, const Plan& plan) : console_(console), plan_(plan) {}
+
+  /// May be called from any thread. `report` is what takes standard output in the layout `report`.
+  PrintedResult prepare(const MeasuredFile& file, std::string report) const;
+
+  void print(const PrintedResult& file);
+
+  /// Prints what stands below all results.
+  void finish();
+
+  /// Whether a target was missed.
+  ExitCode code() const noexcept { return code_; }
+
+ private:
+  Console& console_;
+  Plan plan_;
+  std::string summary_{};
+  std::size_t files_ = 0;
+  ExitCode code_ = ExitCode::done;
+};
+
+}  // namespace orvane::cli

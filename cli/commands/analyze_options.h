@@ -1,0 +1,43 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <filesystem>
+#include <vector>
+
+#include "cli/commands/report_parts.h"
+#include "cli/options/file_list.h"
+#include "cli/options/source_options.h"
+#include "cli/options/target_options.h"
+#include "cli/output/report_outputs.h"
+#include "orvane/speech/detector/silero_vad_tuning.h"
+
+namespace orvane::cli {
+
+/// What `orvane analyze` is asked for.
+struct AnalyzeOptions {
+  FileList::Request files{};
+  SourceOptions source{};
+  bool json = false;
+  bool curves = false;
+  bool speech = false;
+  bool dialogue = false;
+  SileroVADTuning tuning = SileroVADTuning::defaults();
+  ReportPartOptions parts{};
+  TargetOptions targets{};
+  ReportOutputOptions outputs{};
+  bool noStereo = false;
+  bool dualMono = false;
+  bool quiet = false;
+  int jobs = 1;
+
+  /// More is asked for than the file's own figures.
+  bool needsReport() const { return parts.isAny() || targets.areRequested() || outputs.isAny(); }
+
+  /// What is read beside the files that are measured.
+  std::vector<std::filesystem::path> otherFilesRead(const std::vector<InputName>& inputs) const;
+};
+
+/// All options and arguments of the command. `options` must outlive it.
+void addAnalyzeOptions(CLI::App& command, AnalyzeOptions& options);
+
+}  // namespace orvane::cli
