@@ -107,7 +107,7 @@ ChannelLevels subtract(std::span<float> a, const float* b, float gain, StageProg
 
 /// −200 dBFS at least; what is not finite stays so.
 float rmsDB(double meanSquare) {
-  constexpr double kFloor = 1e-20;
+  constexpr double kFloor = 1e-20;  // 10^(-200/10)
   return static_cast<float>(20 * std::log10(std::sqrt(std::max(meanSquare, kFloor))));
 }
 

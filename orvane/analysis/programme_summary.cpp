@@ -27,7 +27,7 @@ std::optional<std::vector<std::string>> channelNames(const std::optional<Channel
 
 std::optional<CorrelationSummary> audibleCorrelation(
     const OfflineAnalysisPipeline::Result& result) {
-  constexpr float kAudibleLUFS = -70;
+  constexpr float kAudibleLUFS = -70;  // the absolute gate of BS.1770-5
   const auto& curve = result.stereoWidthCurve;
   CorrelationSummary summary{.lowest = 1};
   double sum = 0;

@@ -15,6 +15,7 @@
 namespace orvane {
 namespace {
 
+// Beyond them a header is broken, not unusual.
 constexpr double kMinimumSampleRate = 100;
 constexpr double kMaximumSampleRate = 10'000'000;
 

@@ -40,6 +40,7 @@ constexpr ChannelLabel kCanonicalOrder[] = {left,
                                             rightTopRear,
                                             lfe2};
 
+/// About 1.5 dB more for what comes from the side or behind (BS.1770-5, Annex 1, table 3).
 constexpr float kSurroundWeight = 1.41F;
 
 std::ptrdiff_t rankOf(ChannelLabel label) {

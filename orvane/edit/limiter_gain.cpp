@@ -11,6 +11,8 @@
 namespace orvane::EditOperations {
 namespace {
 
+// As the header promises: short enough to stay unheard ahead of an attack, long enough behind it not
+// to shape the waves of a bass note.
 constexpr double kLookAheadSeconds = 0.005;
 constexpr double kReleaseSeconds = 0.1;
 

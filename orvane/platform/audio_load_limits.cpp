@@ -8,6 +8,7 @@
 namespace orvane::AudioLoadLimits {
 namespace {
 
+// The header says what each of them decides.
 constexpr std::int64_t kMemoryFloor = std::int64_t{8} << 30;
 constexpr std::int64_t kFrameBound = std::int64_t{1} << 30;
 constexpr std::int64_t kLargeBuffer = std::int64_t{1} << 32;

@@ -10,7 +10,10 @@
 namespace orvane::core {
 namespace {
 
-// Parameters of the analogue prototype behind the standard's 48 kHz coefficients.
+// Parameters of the analogue prototypes, a high shelf and a high pass: BS.1770-5, Annex 1, tables 1
+// and 2, with the bilinear transform at 48 kHz undone. K = tan(pi f / rate) and Q follow from the
+// poles, the shelf's gain from the zeros at half the rate (10^(G/20)), the exponent of its band gain
+// from the middle one. At 48 kHz they give the tables back to the last printed digit.
 constexpr double kShelfHz = 1681.974450955533;
 constexpr double kShelfGainDB = 3.999843853973347;
 constexpr double kShelfQ = 0.7071752369554196;

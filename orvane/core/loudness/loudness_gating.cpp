@@ -115,6 +115,7 @@ std::vector<double> LoudnessGating::runningGatedPowers(std::span<const double> b
 }
 
 double loudnessRangeOfPowers(std::span<const double> shortTermPowers) {
+  // EBU Tech 3342 v4: the gate below the mean, and what is cut at both ends.
   constexpr double kRelativeGateLU = -20.0;
   constexpr double kLowPercentile = 0.10;
   constexpr double kHighPercentile = 0.95;

@@ -11,7 +11,7 @@ namespace {
 
 /// Whole seconds that fit an integer, whatever the record says.
 std::int64_t wholeSeconds(double seconds) {
-  constexpr double kMost = 1e15;
+  constexpr double kMost = 1e15;  // below 2^53: exact
   return seconds > 0 ? static_cast<std::int64_t>(std::min(seconds, kMost)) : 0;
 }
 

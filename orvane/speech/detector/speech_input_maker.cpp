@@ -10,7 +10,7 @@
 namespace orvane {
 namespace {
 
-constexpr double kModelRate = 16000;
+constexpr double kModelRate = 16000;  // that the network was trained at
 
 std::int64_t outputCount(std::int64_t frames, double ratio) {
   return static_cast<std::int64_t>(static_cast<double>(frames) / ratio);
