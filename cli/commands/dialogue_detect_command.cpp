@@ -4,6 +4,7 @@
 #include "cli/commands/dialogue_sidecar_file.h"
 #include "cli/commands/file_work.h"
 #include "cli/commands/job_runner.h"
+#include "cli/commands/source_speech.h"
 #include "cli/commands/speech_model.h"
 #include "cli/options/source_options.h"
 #include "cli/options/vad_tuning_options.h"
@@ -13,9 +14,6 @@
 #include "cli/terminal/progress_bar.h"
 #include "cli/terminal/terminal_text.h"
 #include "orvane/audio/audio_source.h"
-#include "orvane/platform/error.h"
-#include "orvane/speech/detector/silero_vad_analyser.h"
-#include "orvane/speech/detector/speech_input_maker.h"
 #include "orvane/text/utf8.h"
 
 namespace orvane::cli {
@@ -30,12 +28,6 @@ struct DetectOptions {
   bool quiet = false;
 };
 
-/// The detector itself never tells why it has no answer.
-[[noreturn]] void throwWhyNothingWasDetected(const InputName& file) {
-  const VadManager probe{VadManager::Config{}};  // throws when it is the model
-  throw PlatformError(file.path, "the speech detector gave no result");
-}
-
 struct Detected {
   DialogueSidecar::AudioFileInfo audio{};
   std::vector<DialogueRegion> regions{};
@@ -46,15 +38,11 @@ Detected detect(const InputName& file, const DetectOptions& options, ProgressObs
   const auto source =
       AudioSource::open(file.path, options.source.rawFormat,
                         {.streamIndex = options.source.streamIndex, .execution = execution});
-  const double sampleRate = source->format().sampleRate;
-  const auto input = speechInputOf(*source);
-  if (!input) throw PlatformError(file.path, "the audio is too short for speech detection");
-  const auto history = SileroVADAnalyser::shared().classify(*input, options.tuning, execution);
-  if (!history) throwWhyNothingWasDetected(file);
+  auto found = SourceSpeech::detect(*source, options.tuning, execution);
   return {.audio = {.filename = wellFormedUTF8(file.path.filename().string()),
-                    .durationSeconds = static_cast<double>(input->sourceFrameCount) / sampleRate,
-                    .sampleRate = sampleRate},
-          .regions = DialogueRegion::fromHistory(*history)};
+                    .durationSeconds = found.durationSeconds,
+                    .sampleRate = source->format().sampleRate},
+          .regions = std::move(found.regions)};
 }
 
 std::string reportText(const InputName& file, const DialogueSidecar& sidecar,

@@ -8,6 +8,8 @@
 #include "cli/commands/edited_audio.h"
 #include "cli/commands/job_runner.h"
 #include "cli/commands/measured_file.h"
+#include "cli/commands/source_speech.h"
+#include "cli/commands/speech_model.h"
 #include "cli/options/audio_output_options.h"
 #include "cli/options/edit_requests.h"
 #include "cli/options/source_options.h"
@@ -42,6 +44,11 @@ struct Target {
   WrittenAudio written{};
   std::optional<std::uint32_t> channel{};
 };
+
+std::unique_ptr<AudioSource> openSource(const EditOptions& options, const Execution& execution) {
+  return AudioSource::open(options.file, options.source.rawFormat,
+                           {.streamIndex = options.source.streamIndex, .execution = execution});
+}
 
 /// "take.L.wav" for "take.wav"; names of channels that are not told apart are numbers.
 std::vector<fs::path> splitNames(const fs::path& output, const AudioFormat& format) {
@@ -81,6 +88,8 @@ void requireWritable(const EditOptions& options, const std::vector<Target>& targ
                      Console& console) {
   ReadFiles read;
   read.add(options.file);
+  for (const EditRequest& request : options.requests)
+    if (!request.speechRegions.empty()) read.add(request.speechRegions);
   std::vector<fs::path> files;
   for (const Target& target : targets) {
     read.requireNone(target.written.file);
@@ -90,12 +99,39 @@ void requireWritable(const EditOptions& options, const std::vector<Target>& targ
   warnOfAbandonedFiles(files, console);
 }
 
+/// Where somebody speaks in the source, as each request has it, once that is known.
+using RequestedSpeech = std::vector<std::vector<FrameRange>>;
+
+/// Loads what is kept, and detects what is asked for.
+RequestedSpeech speechOf(const EditOptions& options, double sampleRate,
+                         const Execution& execution) {
+  std::optional<std::vector<DialogueRegion>> detected;
+  RequestedSpeech speech;
+  for (const EditRequest& request : options.requests) {
+    auto& frames = speech.emplace_back();
+    if (!request.detectsSpeech && request.speechRegions.empty()) continue;
+    if (request.detectsSpeech && !detected) {
+      requireSpeechModel();
+      const auto source = openSource(options, execution);
+      detected = SourceSpeech::detect(*source, SileroVADTuning::defaults(), execution).regions;
+    }
+    frames = SourceSpeech::framesOf(
+        request.detectsSpeech ? *detected : SourceSpeech::load(request.speechRegions), sampleRate);
+  }
+  return speech;
+}
+
 /// The edits of audio that long; what makes no sense of them is said with the operation's name.
-EditChain chainOf(const EditOptions& options, const AudioSource& source, std::int64_t frames) {
+EditChain chainOf(const EditOptions& options, const AudioSource& source, std::int64_t frames,
+                  const RequestedSpeech& speech = {}) {
   const AudioFormat& format = source.format();
   std::vector<Edit> edits;
-  for (const EditRequest& request : options.requests)
-    if (request.edit) edits.push_back(request.edit(format.sampleRate));
+  for (std::size_t i = 0; i < options.requests.size(); ++i) {
+    if (!options.requests[i].edit) continue;
+    Edit& edit = edits.emplace_back(options.requests[i].edit(format.sampleRate));
+    auto* const expand = std::get_if<ExpandEdit>(&edit);
+    if (expand != nullptr && !speech.empty()) expand->speech = speech[i];
+  }
   try {
     return {std::move(edits), frames, format.channelCount};
   } catch (const EditChainError& error) {
@@ -159,9 +195,7 @@ ExitCode runEdit(EditOptions options, Console& console) {
   ProgressBar bar(console, 1, !output.quiet);
   const auto observer = bar.forFile(options.file);
   const Execution execution{.threadCount = JobRunner::threadsPerJob(1), .observer = observer.get()};
-  const auto source =
-      AudioSource::open(options.file, options.source.rawFormat,
-                        {.streamIndex = options.source.streamIndex, .execution = execution});
+  const auto source = openSource(options, execution);
   const auto version = FileStamp::of(options.file);
   EditedAudio::requireRate(*source);
   if (options.inPlace) {
@@ -176,6 +210,8 @@ ExitCode runEdit(EditOptions options, Console& console) {
     warnOfAbandonedFiles({options.file}, console);
   else
     requireWritable(options, targets, console);
+  const RequestedSpeech speech = speechOf(options, source->format().sampleRate, execution);
+  chain = chainOf(options, *source, source->frameLength(), speech);
   const auto chunks = options.inPlace ? std::vector<FourCC>{} : sideChunks(source->file());
 
   const bool isMeasured = !output.dryRun && (output.json || !output.quiet);
@@ -185,7 +221,7 @@ ExitCode runEdit(EditOptions options, Console& console) {
   if (!output.dryRun) {
     const auto audio = chain.load(*source);
     if (audio->frameLength() < source->frameLength()) {
-      chain = chainOf(options, *source, audio->frameLength());
+      chain = chainOf(options, *source, audio->frameLength(), speech);
       targets = targetsOf(options, *source, chain.frameMap().frameCount);
     }
     if (isMeasured) before = measureLevels(*audio, execution);

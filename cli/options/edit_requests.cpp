@@ -183,6 +183,42 @@ EditAtRate offsetOf(const OperationWords& words) {
   return [range = rangeOf(words)](double rate) -> Edit { return DCOffsetEdit{range(rate)}; };
 }
 
+void addExpansion(CLI::App& command, OperationWords& words) {
+  command
+      .add_option("--regions", words.speechRegions,
+                  "Where somebody speaks in IN, as \"orvane dialogue\" keeps it")
+      ->option_text("SIDECAR")
+      ->group(kEditGroup);
+  command.add_flag("--speech", words.detectsSpeech, "Detect where somebody speaks in IN")
+      ->group(kEditGroup);
+  addNumberOption(command,
+                  {"--reduction", "DB", kEditGroup, -kMostDB, 0,
+                   "By how much the level of what is not speech changes, such as -12"},
+                  [&words](double value) { words.reductionDB = value; });
+  addNumberOption(command,
+                  {"--makeup", "DB", kEditGroup, -kMostDB, kMostDB,
+                   "By how much the level of everything changes; by default 0"},
+                  [&words](double value) { words.makeupDB = value; });
+  addTimeOption(command, "--attack", "Time constant back to speech; by default 50 ms",
+                [&words](EditTime time) { words.attack = time; });
+  addTimeOption(command, "--release", "Time constant away from speech; by default 300 ms",
+                [&words](EditTime time) { words.release = time; });
+}
+
+EditAtRate expansionOf(const OperationWords& words) {
+  if (words.detectsSpeech == !words.speechRegions.empty())
+    throw UsageError("expand takes either --regions or --speech");
+  if (!words.reductionDB) throw UsageError("--reduction is missing; it says by how many decibels");
+  constexpr double kMilliseconds = 1000;
+  return [reduction = *words.reductionDB, makeup = words.makeupDB, attack = words.attack,
+          release = words.release](double rate) -> Edit {
+    return ExpandEdit{.expansion = {.reductionDB = reduction,
+                                    .makeupDB = makeup,
+                                    .attackMs = attack.secondsAt(rate) * kMilliseconds,
+                                    .releaseMs = release.secondsAt(rate) * kMilliseconds}};
+  };
+}
+
 EditAtRate swapOf(const OperationWords&) {
   return [](double) -> Edit { return SwapEdit{}; };
 }
@@ -207,6 +243,7 @@ constexpr EditOperation kOperations[] = {
     {"normalize", "", 0, 0,
      "Bring the integrated loudness to a target, and limit true peaks to a ceiling", addTarget,
      normalizationOf},
+    {"expand", "", 0, 0, "Lower what is not speech", addExpansion, expansionOf},
     {"swap", "", 0, 0, "Exchange the channels of stereo", addNothing, swapOf},
     {"split", "", 0, 0, "Write each channel to a file of its own, OUT with .L, .R … in its name",
      addNothing, splitOf},
@@ -244,7 +281,7 @@ EditRequest requestOf(const EditOperation& operation, const OperationWords& word
   if (words.words.size() < operation.fewest || words.words.size() > operation.most)
     throw UsageError(std::string(operation.name) + " takes " +
                      (operation.most == 0 ? "no further words" : operation.words));
-  return {operation.name, operation.request(words)};
+  return {operation.name, operation.request(words), words.speechRegions, words.detectsSpeech};
 }
 
 EditRequest requestIn(const std::string& text) {

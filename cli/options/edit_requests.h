@@ -18,6 +18,9 @@ struct EditRequest {
   std::string operation{};
   /// Null for "split", which is no edit but a way of writing.
   std::function<Edit(double sampleRate)> edit{};
+  // Where the speech of an `ExpandEdit` comes from, one of them.
+  std::string speechRegions{};  ///< a sidecar
+  bool detectsSpeech = false;
 };
 
 /// The words and options of an operation.
@@ -31,6 +34,12 @@ struct OperationWords {
   std::optional<double> ceilingDBTP{};
   std::optional<double> targetLUFS{};
   std::optional<core::LoudnessTarget> target{};
+  std::string speechRegions{};
+  bool detectsSpeech = false;
+  std::optional<double> reductionDB{};
+  double makeupDB = 0;
+  EditTime attack{.seconds = 0.05};
+  EditTime release{.seconds = 0.3};
 };
 
 /// An operation of the program.

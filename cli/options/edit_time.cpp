@@ -44,6 +44,10 @@ std::int64_t EditTime::frameAt(double sampleRate) const {
   return place < static_cast<double>(kMostFrames) ? std::llround(place) : kMostFrames;
 }
 
+double EditTime::secondsAt(double sampleRate) const {
+  return isFrames ? static_cast<double>(frames) / sampleRate : seconds;
+}
+
 void requireOrder(const EditTime& start, const EditTime& end) {
   if (start.isFrames == end.isFrames &&
       (start.isFrames ? end.frames <= start.frames : end.seconds <= start.seconds))

@@ -20,6 +20,7 @@ struct EditTime {
 
   /// The nearest frame.
   std::int64_t frameAt(double sampleRate) const;
+  double secondsAt(double sampleRate) const;
 };
 
 /// Throws `UsageError` where the times alone show that nothing lies between them.

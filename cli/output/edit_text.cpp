@@ -55,6 +55,13 @@ struct Description {
   std::string operator()(const DCOffsetEdit& edit) const {
     return "Offset removed: " + range(edit);
   }
+  std::string operator()(const ExpandEdit& edit) const {
+    const auto regions = static_cast<std::int64_t>(edit.speech.size());
+    const double makeup = edit.expansion.makeupDB;
+    return "Expand: " + NumberText::signedFixed(edit.expansion.reductionDB, 2) +
+           " dB where nobody speaks, " + NumberText::counted(regions, "region") + " of speech" +
+           (makeup == 0 ? "" : ", " + NumberText::signedFixed(makeup, 2) + " dB on everything");
+  }
   std::string operator()(const SwapEdit&) const { return "Channels swapped"; }
   std::string operator()(const PeakEdit& edit) const {
     return "Sample peak: to " + NumberText::fixed(edit.targetDB, 2) + " dBFS";
@@ -96,6 +103,17 @@ struct Keys {
   }
   void operator()(const InvertEdit& edit) const { begin("invert", edit); }
   void operator()(const DCOffsetEdit& edit) const { begin("dc", edit); }
+  void operator()(const ExpandEdit& edit) const {
+    name("expand");
+    document.add("reductionDB", edit.expansion.reductionDB);
+    document.add("makeupDB", edit.expansion.makeupDB);
+    document.add("attackMs", edit.expansion.attackMs);
+    document.add("releaseMs", edit.expansion.releaseMs);
+    document.addObjects("speech", edit.speech, [this](const FrameRange& range) {
+      document.add("startFrame", range.start);
+      document.add("endFrame", range.end);
+    });
+  }
   void operator()(const SwapEdit&) const { name("swap"); }
   void operator()(const PeakEdit& edit) const {
     name("peak");

@@ -9,6 +9,7 @@
 #include "orvane/edit/fade_envelope.h"
 #include "orvane/edit/level.h"
 #include "orvane/edit/mapped_frames.h"
+#include "orvane/edit/non_speech_expander.h"
 #include "orvane/edit/peak_normalization.h"
 #include "orvane/edit/trim_cut.h"
 #include "orvane/edit/true_peak_limiter.h"
@@ -62,6 +63,14 @@ void adapt(Edit& edit, std::size_t index, std::int64_t frameCount, std::uint32_t
       edit);
 }
 
+/// The speech of a source, where the edits so far have put it.
+void follow(ExpandEdit& edit, const FrameMap& map) {
+  std::vector<FrameRange> speech;
+  for (const FrameRange& range : edit.speech)
+    for (const FrameRange& place : map.placesOf(range)) speech.push_back(place);
+  edit.speech = std::move(speech);
+}
+
 /// Where one edit puts the frames.
 struct MapOfEdit {
   std::int64_t frameCount;
@@ -103,6 +112,12 @@ struct ChangeOfEdit {
   void operator()(const DCOffsetEdit& edit) const {
     removeDCOffsetInPlace(audio(), edit.range.start, edit.range.end);
   }
+  void operator()(const ExpandEdit& edit) const {
+    const std::int64_t blockFrames = speechBlockFrames(buffer.sampleRate());
+    expandNonSpeechInPlace(audio(), buffer.sampleRate(),
+                           speechBlocks(edit.speech, buffer.frameLength(), blockFrames),
+                           blockFrames, edit.expansion);
+  }
   void operator()(const SwapEdit&) const { buffer.permuteChannels({1, 0}, buffer.format().layout); }
   void operator()(const PeakEdit& edit) const { normalizePeakInPlace(audio(), edit.targetDB); }
   void operator()(const LimitEdit& edit) const {
@@ -128,6 +143,7 @@ EditChain::EditChain(std::vector<Edit> edits, std::int64_t frameCount, std::uint
       sourceFrameCount_(frameCount) {
   for (std::size_t i = 0; i < edits_.size(); ++i) {
     adapt(edits_[i], i, map_.frameCount, channelCount);
+    if (auto* const expand = std::get_if<ExpandEdit>(&edits_[i])) follow(*expand, map_);
     const FrameMap& step = maps_.emplace_back(std::visit(MapOfEdit{map_.frameCount}, edits_[i]));
     map_ = map_.then(step);
     largestFrameCount_ = std::max(largestFrameCount_, map_.frameCount);

@@ -11,6 +11,7 @@
 #include "orvane/edit/frame_map.h"
 #include "orvane/edit/frame_range.h"
 #include "orvane/edit/loudness_normalizer.h"
+#include "orvane/edit/non_speech_expander.h"
 #include "orvane/edit/silence.h"
 #include "orvane/platform/error.h"
 #include "orvane/platform/execution.h"
@@ -55,6 +56,12 @@ struct DCOffsetEdit {
   FrameRange range{};
   bool operator==(const DCOffsetEdit&) const = default;
 };
+struct ExpandEdit {
+  /// Where somebody speaks: frames of the source, before any edit, in any order.
+  std::vector<FrameRange> speech{};
+  EditOperations::NonSpeechExpansion expansion{};
+  bool operator==(const ExpandEdit&) const = default;
+};
 struct SwapEdit {
   bool operator==(const SwapEdit&) const = default;
 };
@@ -73,7 +80,7 @@ struct NormalizeEdit {
 };
 
 using Edit = std::variant<TrimEdit, CutEdit, SilenceEdit, FadeEdit, GainEdit, InvertEdit,
-                          DCOffsetEdit, SwapEdit, PeakEdit, LimitEdit, NormalizeEdit>;
+                          DCOffsetEdit, ExpandEdit, SwapEdit, PeakEdit, LimitEdit, NormalizeEdit>;
 
 /// What came of normalising the loudness within a chain.
 struct Normalization {
@@ -114,7 +121,8 @@ class ORVANE_API EditChain {
   /// Throws `EditChainError`. Silence of a negative duration is a programming error.
   EditChain(std::vector<Edit> edits, std::int64_t frameCount, std::uint32_t channelCount);
 
-  /// The edits, their ranges, places and crossfades as far as there is audio.
+  /// The edits, their ranges, places and crossfades as far as there is audio; speech as the frames
+  /// of the audio that the edit finds.
   const std::vector<Edit>& edits() const noexcept { return edits_; }
   /// Where all of them together put the frames.
   const FrameMap& frameMap() const noexcept { return map_; }

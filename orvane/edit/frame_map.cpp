@@ -1,7 +1,5 @@
 #include "orvane/edit/frame_map.h"
 
-#include "orvane/edit/frame_range.h"
-
 namespace orvane {
 
 FrameMap FrameMap::identity(std::int64_t frameCount) {
@@ -16,6 +14,17 @@ std::optional<std::int64_t> FrameMap::placeOf(std::int64_t sourceFrame) const no
     if (offset >= 0 && offset < piece.count) return piece.place + offset;
   }
   return std::nullopt;
+}
+
+std::vector<FrameRange> FrameMap::placesOf(const FrameRange& sourceFrames) const {
+  std::vector<FrameRange> places;
+  for (const Piece& piece : pieces) {
+    const auto common = sourceFrames.within({piece.sourceFirst, piece.sourceFirst + piece.count});
+    if (common.isEmpty()) continue;
+    const std::int64_t first = piece.place + common.start - piece.sourceFirst;
+    places.push_back({first, first + common.length()});
+  }
+  return places;
 }
 
 FrameMap FrameMap::then(const FrameMap& next) const {

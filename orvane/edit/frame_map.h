@@ -4,6 +4,7 @@
 #include <optional>
 #include <vector>
 
+#include "orvane/edit/frame_range.h"
 #include "orvane/platform/export.h"
 
 namespace orvane {
@@ -32,6 +33,9 @@ struct ORVANE_API FrameMap {
 
   /// Where a frame of the source is in the result; absent when it was removed.
   std::optional<std::int64_t> placeOf(std::int64_t sourceFrame) const noexcept;
+
+  /// Where the frames of a range are in the result, those of each piece on their own.
+  std::vector<FrameRange> placesOf(const FrameRange& sourceFrames) const;
 
   /// Where the frames are after `next` was done to the result. Samples take both steps, one after
   /// the other, since the second edit may cut into a crossfade of the first.

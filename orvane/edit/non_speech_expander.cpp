@@ -22,6 +22,22 @@ double retention(double sampleRate, double milliseconds) {
 
 }  // namespace
 
+std::int64_t speechBlockFrames(double sampleRate) {
+  return std::max<std::int64_t>(std::llround(0.1 * sampleRate), 1);
+}
+
+std::vector<bool> speechBlocks(std::span<const FrameRange> speech, std::int64_t frameCount,
+                               std::int64_t blockFrames) {
+  std::vector<bool> blocks(static_cast<std::size_t>((frameCount + blockFrames - 1) / blockFrames));
+  for (const FrameRange& each : speech) {
+    const FrameRange range = each.clamped(frameCount);
+    if (range.isEmpty()) continue;
+    const auto first = blocks.begin() + range.start / blockFrames;
+    std::fill(first, blocks.begin() + (range.end - 1) / blockFrames + 1, true);
+  }
+  return blocks;
+}
+
 NonSpeechExpander::NonSpeechExpander(double sampleRate, std::vector<bool> speechMask,
                                      std::int64_t blockFrames, const NonSpeechExpansion& expansion)
     : speechMask_(std::move(speechMask)),

@@ -1,13 +1,22 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 #include <vector>
 
 #include "orvane/edit/edit_result.h"
+#include "orvane/edit/frame_range.h"
 #include "orvane/platform/export.h"
 #include "orvane/platform/planar_view.h"
 
 namespace orvane::EditOperations {
+
+/// The frames of a block: 100 ms, the nearest number of frames, at least one.
+ORVANE_API std::int64_t speechBlockFrames(double sampleRate);
+
+/// A flag per block of a programme of so many frames, true where any of these frames lies in it.
+ORVANE_API std::vector<bool> speechBlocks(std::span<const FrameRange> speech,
+                                          std::int64_t frameCount, std::int64_t blockFrames);
 
 /// How what is not speech is lowered.
 struct NonSpeechExpansion {

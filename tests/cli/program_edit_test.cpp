@@ -200,6 +200,65 @@ TEST_F(ProgramEdit, SaysThatSilenceCannotBeNormalized) {
   EXPECT_THAT(end.output, HasSubstr("\nThere is no loudness that could be normalized\n"));
 }
 
+/// A sidecar with one region, in seconds.
+std::string sidecar(const char* start, const char* end) {
+  return std::string(R"({"schemaVersion": 1, "generator": "x", "generatorVersion": "1",
+    "audioFile": {"filename": "in.wav", "durationSeconds": 1, "sampleRate": 48000},
+    "createdAt": "2026-01-01T00:00:00Z", "modifiedAt": "2026-01-01T00:00:00Z",
+    "source": "imported", "regions": [{"id": "D7F9B1C2-0000-4000-8000-000000000001",
+    "start": )") +
+         start + R"(, "end": )" + end + "}]}";
+}
+
+TEST_F(ProgramEdit, LowersWhatIsNotSpeech) {
+  folder().write("in.dlg.json", sidecar("0.2", "0.5"));
+  const std::vector<std::string> expand = {"expand",  "--regions", "in.dlg.json", "in.wav", "-o",
+                                           "out.wav", "--force",   "--reduction", "-20"};
+  auto sharp = expand;
+  sharp.insert(sharp.end(),
+               {"--makeup", "6.0206", "--attack", "0", "--release", "0.1ms", "--encoding", "f32"});
+  const auto end = edit(sharp);
+  EXPECT_EQ(end.exitCode, 0) << end.errors;
+  EXPECT_THAT(end.output, StartsWith("Expand: -20.00 dB where nobody speaks, 1 region of speech, "
+                                     "+6.02 dB on everything\n"));
+  const auto result = read("out.wav");
+  EXPECT_NEAR(result[0][9'599], 0.2 * 9'599, 0.1);
+  EXPECT_NEAR(result[0][9'700], 2 * 9'700, 0.1);
+  EXPECT_NEAR(result[1][23'999], -2 * 23'999, 0.2);
+  EXPECT_NEAR(result[0][24'100], 0.2 * 24'100, 0.1);
+
+  // Behind a trim the regions stand where the trim has put them.
+  const auto behind = edit({"trim", "0.1", "1", "in.wav", "-o", "out.wav", "--force", "--json",
+                            "--then", "expand --regions in.dlg.json --reduction -20"});
+  EXPECT_EQ(behind.exitCode, 0) << behind.errors;
+  EXPECT_EQ(jsonLines(behind.output).at(0)["edits"].at(1),
+            Json::parse(R"({"operation": "expand", "reductionDB": -20, "makeupDB": 0,
+                            "attackMs": 50, "releaseMs": 300,
+                            "speech": [{"startFrame": 4800, "endFrame": 19200}]})"));
+}
+
+TEST_F(ProgramEdit, ExpandsBySpeechThatItFinds) {
+  const auto end = edit({"expand", "--speech", "--reduction", "-6.0206", "in.wav", "-o", "out.wav",
+                         "--attack", "#480"});
+  ASSERT_EQ(end.exitCode, 0) << end.errors << "run scripts/install-model for the speech model";
+  EXPECT_THAT(end.output,
+              StartsWith("Expand: -6.02 dB where nobody speaks, 0 regions of speech\n"));
+  EXPECT_EQ(read("out.wav")[0][10'000], 5'000);
+}
+
+TEST_F(ProgramEdit, ExpandNeedsRegionsThatCanBeRead) {
+  const auto expectRegionsFail = [&](const std::string& text) {
+    expectFailure(
+        {"expand", "--regions", "in.dlg.json", "--reduction", "-20", "in.wav", "-o", "out.wav"},
+        text);
+  };
+  expectRegionsFail("in.dlg.json: No such file or directory");
+  folder().write("in.dlg.json", sidecar("0", "1"));
+  const auto onto = edit({"expand", "--regions", "in.dlg.json", "--reduction", "-20", "in.wav",
+                          "-o", "in.dlg.json", "--container", "wav", "--force"});
+  EXPECT_THAT(onto.errors, StartsWith("orvane: Refusing to overwrite source file"));
+}
+
 TEST_F(ProgramEdit, DoesOneEditAfterTheOther) {
   expectDone({"trim", "#1000", "#2000", "in.wav", "-o", "out.wav", "--then", "trim '#10' #20",
               "--then", "silence before 0 --length \"#3\"", "--then", "split", "-q"});
@@ -338,6 +397,10 @@ TEST_F(ProgramEdit, AnswersWrongUsageInOneLine) {
   expectWrong({"normalize", "--target-id", "x"}, "--target-id: unknown target 'x'");
   expectWrong({"normalize", "--target-id", "netflix"}, "--target-id: netflix is not about");
   expectWrong({"limit", "--ceiling", "low"}, "--ceiling takes a number");
+  expectWrong({"expand", "--reduction", "-3"}, "expand takes either --regions or --speech");
+  expectWrong({"expand", "--speech", "--regions", "x", "--reduction", "-3"}, "expand takes either");
+  expectWrong({"expand", "--speech"}, "--reduction is missing");
+  expectWrong({"expand", "--speech", "--reduction", "3"}, "--reduction takes a number from -300");
   expectWrong({"silence", "before", "1"}, "--length is missing");
   expectWrong({"silence", "replace", "1"}, "silence replace takes START END");
   expectWrong({"silence", "replace", "0", "1", "--length", "1"},
@@ -352,7 +415,7 @@ TEST_F(ProgramEdit, AnswersWrongUsageInOneLine) {
 
 TEST_F(ProgramEdit, EveryOperationHasItsHelp) {
   for (const char* operation : {"trim", "cut", "silence", "fade", "gain", "invert", "dc", "peak",
-                                "limit", "normalize", "swap", "split"}) {
+                                "limit", "normalize", "expand", "swap", "split"}) {
     const auto end = edit({operation, "--help"});
     EXPECT_EQ(end.exitCode, 0);
     EXPECT_THAT(end.output, StartsWith(std::string("Usage: orvane edit ") + operation));

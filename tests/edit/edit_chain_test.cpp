@@ -41,6 +41,11 @@ struct InMemory {
   void operator()(const DCOffsetEdit& edit) {
     take(removeDCOffset(channels, kRate, edit.range.start, edit.range.end));
   }
+  void operator()(const ExpandEdit& edit) {
+    const auto frames = static_cast<std::int64_t>(channels[0].size());
+    take(expandNonSpeech(channels, kRate, speechBlocks(edit.speech, frames, 4'800), 4'800,
+                         edit.expansion));
+  }
   void operator()(const SwapEdit&) { take(swapChannels(channels, kRate)); }
   void operator()(const PeakEdit& edit) { take(normalizePeak(channels, kRate, edit.targetDB)); }
   void operator()(const LimitEdit& edit) { take(limitTruePeak(channels, kRate, edit.ceilingDBTP)); }
@@ -110,6 +115,7 @@ TEST_F(EditChainTest, ChangesSamples) {
   expectInTurn({GainEdit{range, -3.5}});
   expectInTurn({InvertEdit{range}});
   expectInTurn({DCOffsetEdit{range}});
+  expectInTurn({ExpandEdit{{{5'000, 20'000}, {40'000, 41'000}}, {.reductionDB = -20}}});
   expectInTurn({SwapEdit{}});
   expectInTurn({PeakEdit{-6}});
   expectInTurn({LimitEdit{-3}});
@@ -143,6 +149,15 @@ TEST_F(EditChainTest, TellsWhereFramesWent) {
       {TrimEdit{{1'000, 90'000}}, SilenceEdit{{0, 0}, SilenceMode::insertBefore, 7}}, kFrames, 2);
   EXPECT_EQ(chain.frameMap().placeOf(999), std::nullopt);
   EXPECT_EQ(chain.frameMap().placeOf(1'000), 7);
+}
+
+TEST_F(EditChainTest, SpeechFollowsTheEditsBefore) {
+  const EditChain chain(
+      {CutEdit{{10'000, 20'000}, 0}, SilenceEdit{{0, 0}, SilenceMode::insertBefore, 500},
+       ExpandEdit{{{9'000, 11'000}, {12'000, 13'000}, {30'000, 31'000}}, {.reductionDB = -6}}},
+      kFrames, 2);
+  EXPECT_EQ(std::get<ExpandEdit>(chain.edits()[2]).speech,
+            (std::vector<FrameRange>{{9'500, 10'500}, {20'500, 21'500}}));
 }
 
 TEST_F(EditChainTest, CutsEditsToWhatIsThere) {

@@ -35,5 +35,14 @@ TEST(FrameMap, OfEditsInTurnIsThatOfEachAfterTheOther) {
   EXPECT_EQ(FrameMap::identity(kFrames).then(cut), cut);
 }
 
+TEST(FrameMap, TellsTheFramesOfARangePieceByPiece) {
+  const auto map =
+      cutMap(1000, 300, 400, 20).then(silenceMap(880, 500, 500, SilenceMode::insertBefore, 7));
+  EXPECT_EQ(map.placesOf({250, 700}),
+            (std::vector<FrameRange>{{250, 300}, {280, 500}, {507, 587}}));
+  EXPECT_TRUE(map.placesOf({310, 390}).empty());
+  EXPECT_EQ(map.placesOf({-10, 5}), (std::vector<FrameRange>{{0, 5}}));
+}
+
 }  // namespace
 }  // namespace orvane

@@ -75,6 +75,19 @@ TEST(ExpandNonSpeech, AttacksIntoSpeechAndReleasesOutOfIt) {
   EXPECT_NEAR(gains[96000 + 9599], 0.1 + 0.9 * std::exp(-1), 1e-6);
 }
 
+TEST(SpeechBlocks, AreThoseThatSpeechTouches) {
+  const std::vector<FrameRange> speech = {{20, 21}, {-5, 3}, {39, 51}, {70, 70}, {99, 300}};
+  EXPECT_EQ(speechBlocks(speech, 101, 10), (std::vector<bool>{true, false, true, true, true, true,
+                                                              false, false, false, true, true}));
+  EXPECT_EQ(speechBlocks({}, 11, 10), (std::vector<bool>{false, false}));
+}
+
+TEST(SpeechBlocks, LastATenthOfASecondToTheNearestFrame) {
+  EXPECT_EQ(speechBlockFrames(48'000), 4'800);
+  EXPECT_EQ(speechBlockFrames(11'025), 1'103);
+  EXPECT_EQ(speechBlockFrames(1), 1);
+}
+
 TEST(ExpandNonSpeech, LeavesAudioAloneWithoutBlocks) {
   const auto channels = test::noise(2, 100);
   const NonSpeechExpansion by{.reductionDB = -20};

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "orvane/audio/audio_source.h"
+#include "orvane/edit/frame_range.h"
+#include "orvane/platform/execution.h"
+#include "orvane/speech/detector/silero_vad_tuning.h"
+#include "orvane/speech/dialogue/dialogue_region.h"
+
+/// Where somebody speaks in a source.
+namespace orvane::cli::SourceSpeech {
+
+struct Detected {
+  std::vector<DialogueRegion> regions{};
+  double durationSeconds = 0;  ///< of the source
+};
+
+/// Detects it in a source that nothing has been read of. Throws `PlatformError` where that is not
+/// possible, and what reading throws.
+Detected detect(AudioSource& source, const SileroVADTuning& tuning, const Execution& execution);
+
+/// Throws `PlatformError` when there is no such sidecar, and what loading throws.
+std::vector<DialogueRegion> load(const std::filesystem::path& sidecar);
+
+/// The nearest frames; regions between two frames are left out.
+std::vector<FrameRange> framesOf(const std::vector<DialogueRegion>& regions, double sampleRate);
+
+}  // namespace orvane::cli::SourceSpeech
