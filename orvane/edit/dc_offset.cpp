@@ -1,5 +1,6 @@
 #include "orvane/edit/dc_offset.h"
 
+#include <algorithm>
 #include <utility>
 #include <vector>
 
@@ -8,6 +9,17 @@
 #include "orvane/platform/signal_kernels.h"
 
 namespace orvane::EditOperations {
+namespace {
+
+/// Samples that are summed up at a time, counted from the first one: so the sum does not depend on
+/// the pieces.
+constexpr std::size_t kBlock = std::size_t{1} << 16;
+
+double sumOf(std::span<const float> samples) noexcept {
+  return SignalKernels::runStatistics(samples.data(), samples.size()).sum;
+}
+
+}  // namespace
 
 EditResult removeDCOffset(ChannelArrays channelData, double sampleRate, std::int64_t startFrame,
                           std::int64_t endFrame) {
@@ -27,10 +39,35 @@ void removeDCOffsetInPlace(MutablePlanarView audio, std::int64_t startFrame,
   subtractFromSlice(whole, range, offsets);
 }
 
-float dcOffset(std::span<const float> samples) noexcept {
-  if (samples.empty()) return 0;
-  return static_cast<float>(SignalKernels::runStatistics(samples.data(), samples.size()).sum /
-                            static_cast<double>(samples.size()));
+float dcOffset(std::span<const float> samples) {
+  DCOffsetMeter meter;
+  meter.process(samples);
+  return meter.offset();
+}
+
+void DCOffsetMeter::process(std::span<const float> samples) {
+  while (!samples.empty()) {
+    const std::size_t count = std::min(samples.size(), kBlock - pending_.size());
+    if (count == kBlock) {
+      sum_ += sumOf(samples.first(count));
+      ++blocks_;
+    } else {
+      pending_.insert(pending_.end(), samples.begin(),
+                      samples.begin() + static_cast<std::ptrdiff_t>(count));
+    }
+    if (pending_.size() == kBlock) {
+      sum_ += sumOf(pending_);
+      ++blocks_;
+      pending_.clear();
+    }
+    samples = samples.subspan(count);
+  }
+}
+
+float DCOffsetMeter::offset() const noexcept {
+  const auto count =
+      static_cast<double>(blocks_ * std::int64_t{kBlock}) + static_cast<double>(pending_.size());
+  return count == 0 ? 0 : static_cast<float>((sum_ + sumOf(pending_)) / count);
 }
 
 void subtractFromSlice(const ProgrammeSlice& slice, const FrameRange& range,

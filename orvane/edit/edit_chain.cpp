@@ -29,9 +29,11 @@ std::string descriptionOf(Case errorCase) {
     case Case::nothingLeft:
       return "nothing would be left";
     case Case::notStereo:
+      return "only the two channels of stereo can be swapped";
+    case Case::longCrossfade:
       break;
   }
-  return "only the two channels of stereo can be swapped";
+  return "the audio does not fit into memory, and so long a crossfade cannot be done without";
 }
 
 bool isInsertion(const Edit& edit) {
@@ -144,7 +146,7 @@ EditChain::EditChain(std::vector<Edit> edits, std::int64_t frameCount, std::uint
   for (std::size_t i = 0; i < edits_.size(); ++i) {
     adapt(edits_[i], i, map_.frameCount, channelCount);
     if (auto* const expand = std::get_if<ExpandEdit>(&edits_[i])) follow(*expand, map_);
-    const FrameMap& step = maps_.emplace_back(std::visit(MapOfEdit{map_.frameCount}, edits_[i]));
+    const FrameMap& step = steps_.emplace_back(std::visit(MapOfEdit{map_.frameCount}, edits_[i]));
     map_ = map_.then(step);
     largestFrameCount_ = std::max(largestFrameCount_, map_.frameCount);
   }
@@ -173,8 +175,8 @@ std::vector<Normalization> EditChain::apply(PCMBuffer& audio, const Execution& e
       "audio is edited that has the length of the chain, and room");
   std::vector<Normalization> normalizations;
   for (std::size_t i = 0; i < edits_.size(); ++i) {
-    moveMappedFrames(maps_[i], audio.frameLength(), audio.room());
-    audio.setFrameLength(static_cast<std::uint32_t>(maps_[i].frameCount));
+    moveMappedFrames(steps_[i], audio.frameLength(), audio.room());
+    audio.setFrameLength(static_cast<std::uint32_t>(steps_[i].frameCount));
     std::visit(ChangeOfEdit{audio, execution, normalizations}, edits_[i]);
   }
   return normalizations;

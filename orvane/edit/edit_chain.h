@@ -94,9 +94,10 @@ struct Normalization {
 class ORVANE_API EditChainError : public Error {
  public:
   enum class Case {
-    emptyRange,   ///< nothing of the range is there
-    nothingLeft,  ///< everything would be cut
-    notStereo,    ///< only the channels of stereo can be swapped
+    emptyRange,     ///< nothing of the range is there
+    nothingLeft,    ///< everything would be cut
+    notStereo,      ///< only the channels of stereo can be swapped
+    longCrossfade,  ///< audio that is not held in memory cannot be crossfaded for so long
   };
 
   EditChainError(Case errorCase, std::size_t index);
@@ -124,6 +125,9 @@ class ORVANE_API EditChain {
   /// The edits, their ranges, places and crossfades as far as there is audio; speech as the frames
   /// of the audio that the edit finds.
   const std::vector<Edit>& edits() const noexcept { return edits_; }
+  std::int64_t sourceFrameCount() const noexcept { return sourceFrameCount_; }
+  /// Where each of them puts the frames that it finds.
+  const std::vector<FrameMap>& steps() const noexcept { return steps_; }
   /// Where all of them together put the frames.
   const FrameMap& frameMap() const noexcept { return map_; }
 
@@ -139,7 +143,7 @@ class ORVANE_API EditChain {
 
  private:
   std::vector<Edit> edits_;
-  std::vector<FrameMap> maps_{};  ///< of each edit
+  std::vector<FrameMap> steps_{};  ///< of each edit
   FrameMap map_;
   std::int64_t largestFrameCount_;  ///< on the way
   std::int64_t sourceFrameCount_;

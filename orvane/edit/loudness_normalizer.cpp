@@ -18,18 +18,14 @@ constexpr int kMostPasses = 3;
 constexpr double kCloseEnoughLU = 0.1;
 constexpr double kWorseLU = 0.05;
 
-/// Frames that the meter takes at a time: it filters stretches of them side by side, and another
-/// cut would show in the last bits of its figures.
-constexpr std::size_t kMeasuredFrames = std::size_t{1} << 20;
-
 std::int64_t lengthOf(PlanarView audio) {
   return static_cast<std::int64_t>(audio.frameCount());
 }
 
-/// A programme that is brought to a loudness; it remembers the best that it has been.
-class Normalization {
+/// A programme that is all there.
+class HeldProgramme final : public NormalizedProgramme {
  public:
-  Normalization(MutablePlanarView audio, double sampleRate, double ceilingDB,
+  HeldProgramme(MutablePlanarView audio, double sampleRate, double ceilingDB,
                 const std::optional<std::vector<float>>& weights, const Execution& execution)
       : audio_(audio),
         sampleRate_(sampleRate),
@@ -37,43 +33,12 @@ class Normalization {
         weights_(weights),
         execution_(execution) {}
 
-  NormalizationOutcome run(double targetLUFS) {
-    NormalizationOutcome outcome{.loudnessBefore = loudness()};
-    if (!std::isfinite(outcome.loudnessBefore)) {
-      limit();
-      outcome.loudnessAfter = loudness();
-      outcome.limiterPasses = 1;
-      return outcome;
-    }
-    double measured = outcome.loudnessBefore;
-    double leastError = std::numeric_limits<double>::infinity();
-    for (;;) {
-      if (measured != targetLUFS) gain(targetLUFS - measured);
-      limit();
-      ++outcome.limiterPasses;
-      measured = loudness();
-      const double error = std::abs(targetLUFS - measured);
-      const bool isBest = outcome.limiterPasses == 1 || error < leastError;
-      if (isBest) {
-        leastError = error;
-        outcome.loudnessAfter = measured;
-      }
-      if (outcome.limiterPasses == kMostPasses || error <= kCloseEnoughLU ||
-          error > leastError + kWorseLU || !std::isfinite(error)) {
-        if (!isBest) restore();
-        return outcome;
-      }
-      if (isBest) remember();
-    }
-  }
-
- private:
-  double loudness() const {
+  double integratedLUFS() override {
     core::LoudnessProcessor meter(sampleRate_, static_cast<std::uint32_t>(audio_.channelCount()),
                                   std::nullopt, weights_);
     StageProgress progress(execution_.observer, "Measuring", audio_.frameCount());
-    for (std::size_t first = 0; first < audio_.frameCount(); first += kMeasuredFrames) {
-      const std::size_t count = std::min(kMeasuredFrames, audio_.frameCount() - first);
+    for (std::size_t first = 0; first < audio_.frameCount(); first += kMeteredFrames) {
+      const std::size_t count = std::min(kMeteredFrames, audio_.frameCount() - first);
       meter.process(audio_.slice(first, count));
       progress.advance(count);
     }
@@ -81,21 +46,24 @@ class Normalization {
     return static_cast<double>(meter.integratedLUFS());
   }
 
-  void gain(double gainDB) const { changeLevelInPlace(audio_, gainDB, 0, lengthOf(audio_)); }
-  void limit() const { applyTruePeakLimiter(audio_, ceiling_, sampleRate_, execution_); }
+  void changeLevel(double gainDB) override {
+    changeLevelInPlace(audio_, gainDB, 0, lengthOf(audio_));
+  }
+  void limit() override { applyTruePeakLimiter(audio_, ceiling_, sampleRate_, execution_); }
 
-  void remember() {
+  void remember() override {
     best_.resize(audio_.channelCount());
     for (std::size_t c = 0; c < best_.size(); ++c) {
       const auto samples = audio_.samples(c);
       best_[c].assign(samples.begin(), samples.end());
     }
   }
-  void restore() const {
+  void restore() override {
     for (std::size_t c = 0; c < best_.size(); ++c)
       std::copy(best_[c].begin(), best_[c].end(), audio_.channel(c));
   }
 
+ private:
   MutablePlanarView audio_;
   double sampleRate_;
   float ceiling_;
@@ -105,6 +73,38 @@ class Normalization {
 };
 
 }  // namespace
+
+NormalizedProgramme::~NormalizedProgramme() = default;
+
+NormalizationOutcome normalize(NormalizedProgramme& programme, double targetLUFS) {
+  NormalizationOutcome outcome{.loudnessBefore = programme.integratedLUFS()};
+  if (!std::isfinite(outcome.loudnessBefore)) {
+    programme.limit();
+    outcome.loudnessAfter = programme.integratedLUFS();
+    outcome.limiterPasses = 1;
+    return outcome;
+  }
+  double measured = outcome.loudnessBefore;
+  double leastError = std::numeric_limits<double>::infinity();
+  for (;;) {
+    if (measured != targetLUFS) programme.changeLevel(targetLUFS - measured);
+    programme.limit();
+    ++outcome.limiterPasses;
+    measured = programme.integratedLUFS();
+    const double error = std::abs(targetLUFS - measured);
+    const bool isBest = outcome.limiterPasses == 1 || error < leastError;
+    if (isBest) {
+      leastError = error;
+      outcome.loudnessAfter = measured;
+    }
+    if (outcome.limiterPasses == kMostPasses || error <= kCloseEnoughLU ||
+        error > leastError + kWorseLU || !std::isfinite(error)) {
+      if (!isBest) programme.restore();
+      return outcome;
+    }
+    if (isBest) programme.remember();
+  }
+}
 
 EditResult normalizeLUFS(ChannelArrays channelData, double sampleRate, double targetLUFS,
                          double ceilingDB, const std::optional<std::vector<float>>& weights,
@@ -119,7 +119,8 @@ NormalizationOutcome normalizeLUFSInPlace(MutablePlanarView audio, double sample
                                           const std::optional<std::vector<float>>& weights,
                                           const Execution& execution) {
   if (audio.channelCount() == 0) return {};
-  return Normalization(audio, sampleRate, ceilingDB, weights, execution).run(targetLUFS);
+  HeldProgramme programme(audio, sampleRate, ceilingDB, weights, execution);
+  return normalize(programme, targetLUFS);
 }
 
 EditResult normalizeByGain(ChannelArrays channelData, double sampleRate, double gainDB,

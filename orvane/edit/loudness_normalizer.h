@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <span>
@@ -36,6 +37,25 @@ ORVANE_API NormalizationOutcome normalizeLUFSInPlace(
     MutablePlanarView audio, double sampleRate, double targetLUFS, double ceilingDB,
     const std::optional<std::vector<float>>& weights = std::nullopt,
     const Execution& execution = {});
+
+/// A programme that is brought to a loudness, wherever its samples are: what the loop above does to
+/// it.
+class ORVANE_API NormalizedProgramme {
+ public:
+  virtual ~NormalizedProgramme();
+
+  virtual double integratedLUFS() = 0;
+  virtual void changeLevel(double gainDB) = 0;
+  virtual void limit() = 0;
+  virtual void remember() = 0;  ///< as it is now
+  virtual void restore() = 0;   ///< as it was then
+};
+
+ORVANE_API NormalizationOutcome normalize(NormalizedProgramme& programme, double targetLUFS);
+
+/// Frames that the meter takes at a time: it filters stretches of them side by side, and another
+/// cut would show in the last bits of its figures.
+inline constexpr std::size_t kMeteredFrames = std::size_t{1} << 20;
 
 /// A gain, then the limiter.
 ORVANE_API EditResult normalizeByGain(ChannelArrays channelData, double sampleRate, double gainDB,

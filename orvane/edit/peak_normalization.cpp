@@ -29,14 +29,18 @@ EditResult normalizePeak(ChannelArrays channelData, double sampleRate, double ta
 }
 
 void normalizePeakInPlace(MutablePlanarView audio, double targetDB) {
-  changeLevelInPlace(audio, peakNormalizationGainDB(audio, targetDB), 0,
+  changeLevelInPlace(audio, peakNormalizationGainDB(finitePeak(audio), targetDB), 0,
                      static_cast<std::int64_t>(audio.frameCount()));
 }
 
-double peakNormalizationGainDB(PlanarView audio, double targetDB) noexcept {
+float finitePeak(PlanarView audio) noexcept {
   float peak = 0;
   for (std::size_t c = 0; c < audio.channelCount(); ++c)
     peak = std::max(peak, largestFinite(audio.samples(c)));
+  return peak;
+}
+
+double peakNormalizationGainDB(float peak, double targetDB) noexcept {
   if (peak == 0) return 0;  // the formula's gain would be infinite, and ∞ · 0 is NaN
   return targetDB - core::linearToDB(static_cast<double>(peak));
 }

@@ -11,8 +11,10 @@ namespace orvane::EditOperations {
 ORVANE_API EditResult normalizePeak(ChannelArrays channelData, double sampleRate, double targetDB);
 ORVANE_API void normalizePeakInPlace(MutablePlanarView audio, double targetDB);
 
-/// The gain that does it: `targetDB` less the largest magnitude of all channels in dBFS, samples
-/// that are not finite left out; 0 for audio without a peak.
-ORVANE_API double peakNormalizationGainDB(PlanarView audio, double targetDB) noexcept;
+/// The largest magnitude of all channels; samples that are not finite are left out.
+ORVANE_API float finitePeak(PlanarView audio) noexcept;
+
+/// The gain that does it: `targetDB` less the peak in dBFS; 0 without a peak.
+ORVANE_API double peakNormalizationGainDB(float peak, double targetDB) noexcept;
 
 }  // namespace orvane::EditOperations

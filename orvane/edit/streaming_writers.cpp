@@ -150,7 +150,7 @@ void writeSilenceWAV(const PCMBuffer& source, std::int64_t startFrame, std::int6
 void writePeakNormalizedWAV(const PCMBuffer& source, double targetDB,
                             const std::filesystem::path& url, std::int64_t chunkFrames) {
   requireAudio(source);
-  const double gainDB = peakNormalizationGainDB(source.view(), targetDB);
+  const double gainDB = peakNormalizationGainDB(finitePeak(source.view()), targetDB);
   writeEdited(source, url, chunkFrames, [&](const ProgrammeSlice& slice) {
     changeLevelOfSlice(slice, allOf(source), gainDB);
   });

@@ -49,6 +49,19 @@ TEST(RemoveDCOffset, IsTheSameInSlicesOfAnySize) {
             removeDCOffset(channels, 48'000, 10, 500).channelData);
 }
 
+TEST(DCOffsetMeter, GivesTheSameForPiecesOfAnySize) {
+  const auto samples = test::noise(1, 300'007).front();
+  DCOffsetMeter meter;
+  std::span<const float> rest = samples;
+  for (const std::size_t size : {1U, 65'535U, 65'536U, 100'000U, 3U}) {
+    meter.process(rest.first(size));
+    rest = rest.subspan(size);
+  }
+  meter.process(rest);
+  EXPECT_EQ(meter.offset(), dcOffset(samples));
+  EXPECT_EQ(DCOffsetMeter().offset(), 0);
+}
+
 TEST(RemoveDCOffset, OfNothingDoesNothing) {
   EXPECT_EQ(dcOffset({}), 0);
   removeDCOffsetInPlace({}, 0, 10);

@@ -48,7 +48,7 @@ TEST(NormalizePeak, DoesNotTakeWhatIsNoNumberForThePeak) {
 }
 
 TEST(PeakNormalizationGain, IsNoneForSilence) {
-  EXPECT_EQ(peakNormalizationGainDB({}, -1), 0);
+  EXPECT_EQ(peakNormalizationGainDB(finitePeak({}), -1), 0);
 }
 
 }  // namespace
