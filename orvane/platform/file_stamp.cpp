@@ -11,21 +11,21 @@ std::int64_t nanoseconds(const timespec& time) {
   return time.tv_sec * kPerSecond + time.tv_nsec;
 }
 
-FileStamp stampOf(const struct stat& status) {
+std::optional<FileStamp> look(int folder, const std::filesystem::path& name, int flags) {
+  struct stat status {};
+  if (fstatat(folder, name.c_str(), &status, flags) != 0) return std::nullopt;
+  return FileStamp::of(status);
+}
+
+}  // namespace
+
+FileStamp FileStamp::of(const struct stat& status) noexcept {
   return {.device = status.st_dev,
           .inode = status.st_ino,
           .size = static_cast<std::uint64_t>(status.st_size),
           .modified = nanoseconds(status.st_mtim),
           .changed = nanoseconds(status.st_ctim)};
 }
-
-std::optional<FileStamp> look(int folder, const std::filesystem::path& name, int flags) {
-  struct stat status {};
-  if (fstatat(folder, name.c_str(), &status, flags) != 0) return std::nullopt;
-  return stampOf(status);
-}
-
-}  // namespace
 
 std::optional<FileStamp> FileStamp::of(const std::filesystem::path& path) noexcept {
   return look(AT_FDCWD, path, 0);
@@ -34,7 +34,7 @@ std::optional<FileStamp> FileStamp::of(const std::filesystem::path& path) noexce
 std::optional<FileStamp> FileStamp::of(int descriptor) noexcept {
   struct stat status {};
   if (fstat(descriptor, &status) != 0) return std::nullopt;
-  return stampOf(status);
+  return of(status);
 }
 
 std::optional<FileStamp> FileStamp::at(int folder, const std::filesystem::path& name) noexcept {

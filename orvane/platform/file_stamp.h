@@ -6,6 +6,8 @@
 
 #include "orvane/platform/export.h"
 
+struct stat;
+
 namespace orvane {
 
 /// Which version of which file: equal stamps mean that nobody has written to it, changed its
@@ -21,6 +23,8 @@ struct ORVANE_API FileStamp {
 
   /// Of the file at `path`, which may be a symbolic link to it; absent when it cannot be looked at.
   static std::optional<FileStamp> of(const std::filesystem::path& path) noexcept;
+  /// Of a file that the system was asked about.
+  static FileStamp of(const struct stat& status) noexcept;
   /// Of an open file.
   static std::optional<FileStamp> of(int descriptor) noexcept;
   /// Of what stands under `name` in the open folder, links not followed.

@@ -12,7 +12,9 @@
 namespace orvane {
 namespace {
 
-std::error_code lastError() { return {errno, std::generic_category()}; }
+std::error_code lastError() {
+  return {errno, std::generic_category()};
+}
 
 }  // namespace
 
@@ -33,7 +35,7 @@ InputFile::InputFile(const std::filesystem::path& path) : path_(path) {
     throw PlatformError(path, "Not a regular file",
                         std::make_error_code(std::errc::invalid_argument));
   }
-  size_ = static_cast<std::uint64_t>(status.st_size);
+  stamp_ = FileStamp::of(status);
 }
 
 InputFile::~InputFile() {
@@ -43,7 +45,7 @@ InputFile::~InputFile() {
 InputFile::InputFile(InputFile&& other) noexcept
     : path_(std::move(other.path_)),
       descriptor_(std::exchange(other.descriptor_, -1)),
-      size_(other.size_) {}
+      stamp_(other.stamp_) {}
 
 std::size_t InputFile::readAt(std::uint64_t offset, std::span<std::byte> destination) const {
   std::size_t done = 0;

@@ -6,6 +6,7 @@
 #include <span>
 
 #include "orvane/platform/export.h"
+#include "orvane/platform/file_stamp.h"
 
 namespace orvane {
 
@@ -22,7 +23,9 @@ class ORVANE_API InputFile {
 
   const std::filesystem::path& path() const noexcept { return path_; }
   /// Bytes, as they were at opening.
-  std::uint64_t size() const noexcept { return size_; }
+  std::uint64_t size() const noexcept { return stamp_.size; }
+  /// Of the version that was opened.
+  const FileStamp& stamp() const noexcept { return stamp_; }
 
   /// Reads up to `destination.size()` bytes; fewer only where the file ends. Throws
   /// `PlatformError`.
@@ -34,7 +37,7 @@ class ORVANE_API InputFile {
  private:
   std::filesystem::path path_;
   int descriptor_ = -1;
-  std::uint64_t size_ = 0;
+  FileStamp stamp_{};
 };
 
 }  // namespace orvane
