@@ -13,15 +13,11 @@
 #include "cli/options/audio_output_options.h"
 #include "cli/options/edit_requests.h"
 #include "cli/options/source_options.h"
-#include "cli/output/abandoned_files.h"
 #include "cli/output/edit_text.h"
 #include "cli/output/output_file.h"
 #include "cli/output/written_audio.h"
 #include "cli/terminal/progress_bar.h"
-#include "cli/terminal/terminal_text.h"
 #include "cli/usage_error.h"
-#include "orvane/container/side_chunks.h"
-#include "orvane/edit/in_place_save.h"
 
 namespace orvane::cli {
 namespace {
@@ -35,14 +31,6 @@ struct EditOptions {
   SourceOptions source{};
   AudioOutputOptions output{};
   bool enforce = false;
-  bool inPlace = false;
-  bool backup = false;
-};
-
-/// A file to be written, with all channels of the audio or one of them.
-struct Target {
-  WrittenAudio written{};
-  std::optional<std::uint32_t> channel{};
 };
 
 std::unique_ptr<AudioSource> openSource(const EditOptions& options, const Execution& execution) {
@@ -65,38 +53,16 @@ std::vector<fs::path> splitNames(const fs::path& output, const AudioFormat& form
   return paths;
 }
 
-std::vector<Target> targetsOf(const EditOptions& options, const AudioSource& source,
-                              std::int64_t frameCount) {
-  std::vector<Target> targets;
-  const auto add = [&](const fs::path& file, const AudioFormat& format,
-                       std::optional<std::uint32_t> channel) {
-    targets.push_back(
-        {EditedAudio::outlined(file, options.output, source, format, frameCount), channel});
-  };
-  if (options.requests.back().edit) {
-    add(options.output.file, source.format(), std::nullopt);
-    return targets;
-  }
+/// The files to be written, with all channels of the audio or one of them each.
+std::vector<WrittenAudio> outlined(const EditOptions& options, const AudioOutputOptions& output,
+                                   const AudioSource& source, std::int64_t frameCount) {
+  if (options.requests.back().edit)
+    return {EditedAudio::outlined(output.file, output, source, source.format(), frameCount)};
+  std::vector<WrittenAudio> files;
   const AudioFormat mono{.sampleRate = source.format().sampleRate, .channelCount = 1};
-  std::uint32_t channel = 0;
-  for (const fs::path& path : splitNames(options.output.file, source.format()))
-    add(path, mono, channel++);
-  return targets;
-}
-
-void requireWritable(const EditOptions& options, const std::vector<Target>& targets,
-                     Console& console) {
-  ReadFiles read;
-  read.add(options.file);
-  for (const EditRequest& request : options.requests)
-    if (!request.speechRegions.empty()) read.add(request.speechRegions);
-  std::vector<fs::path> files;
-  for (const Target& target : targets) {
-    read.requireNone(target.written.file);
-    OutputFile::requireWritable(target.written.file, options.output.force);
-    files.push_back(target.written.file);
-  }
-  warnOfAbandonedFiles(files, console);
+  for (const fs::path& path : splitNames(output.file, source.format()))
+    files.push_back(EditedAudio::outlined(path, output, source, mono, frameCount));
+  return files;
 }
 
 /// Where somebody speaks in the source, as each request has it, once that is known.
@@ -140,79 +106,27 @@ EditChain chainOf(const EditOptions& options, const AudioSource& source, std::in
   }
 }
 
-/// A copy of the file as it is, "take.wav.bak" for "take.wav".
-void writeBackup(const AudioSource& source, bool force) {
-  fs::path path = source.url();
-  path += ".bak";
-  OutputFile::writing(path, [&] {
-    AtomicFile backup(path, OutputFile::existing(force));
-    std::vector<std::byte> piece(std::size_t{1} << 20);
-    for (std::uint64_t at = 0; at < source.file().size();) {
-      const std::size_t count = source.file().readAt(at, piece);
-      if (count == 0) throw PlatformError(source.url(), "the file was cut short meanwhile");
-      backup.write(std::span(piece).first(count));
-      at += count;
-    }
-    backup.commit();
-    return 0;
-  });
-}
-
-/// Saves the audio into the file that it came from, and tells what that could not keep.
-SampleLosses saveInPlace(const EditOptions& options, const AudioSource& source,
-                         const std::optional<FileStamp>& version, const EditChain& chain,
-                         const PCMBuffer& audio, Console& console) {
-  if (options.backup) writeBackup(source, options.output.force);
-  const auto outcome = InPlaceSave::write(
-      audio, source.url(),
-      {.version = version,
-       .frames = chain.frameMap(),
-       .ditherSeed = options.output.dither ? std::optional<std::uint64_t>(0) : std::nullopt});
-  const std::string name = source.url().filename().string() + ": ";
-  for (const std::string& note : outcome.notes) console.warning(name + note);
-  for (const std::string& loss : outcome.metadata.descriptions())
-    console.warning(name + "could not keep " + loss);
-  return outcome.samples;
-}
-
-/// In place nothing about the file is chosen anew.
-void requireSense(const EditOptions& options) {
-  if (options.inPlace == !options.output.file.empty())
-    throw UsageError("-o OUT or --in-place says where the edited audio goes, one of them");
-  if (!options.inPlace) {
-    if (options.backup) throw UsageError("--backup goes with --in-place");
-    return;
-  }
-  if (options.output.container || options.output.encoding)
-    throw UsageError("--in-place keeps container and encoding");
-  if (options.source.rawFormat) throw UsageError("--in-place is not for headerless files");
-  if (!options.requests.back().edit) throw UsageError("split is not done in place");
-}
-
-ExitCode runEdit(EditOptions options, Console& console) {
-  requireSense(options);
-  const AudioOutputOptions& output = options.output;
-  ProgressBar bar(console, 1, !output.quiet);
+ExitCode runEdit(const EditOptions& options, Console& console) {
+  requireDestination(options.output, options.source.rawFormat.has_value());
+  const bool isSplit = !options.requests.back().edit;
+  if (options.output.inPlace && isSplit) throw UsageError("split is not done in place");
+  ProgressBar bar(console, 1, !options.output.quiet);
   const auto observer = bar.forFile(options.file);
   const Execution execution{.threadCount = JobRunner::threadsPerJob(1), .observer = observer.get()};
   const auto source = openSource(options, execution);
-  const auto version = FileStamp::of(options.file);
   EditedAudio::requireRate(*source);
-  if (options.inPlace) {
-    if (!source->identity() || !source->identity()->isRewritableInPlace())
-      throw PlatformError(source->url(), "only linear PCM in WAV, AIFF and CAF is saved in place");
-    options.output.file = options.file;
-    options.output.container = audioContainerFromFileTypeID(source->identity()->containerTypeID);
-  }
+  const AudioOutputOptions output = EditedAudio::settled(options.output, *source);
   EditChain chain = chainOf(options, *source, source->frameLength());
-  std::vector<Target> targets = targetsOf(options, *source, chain.frameMap().frameCount);
-  if (options.inPlace)
-    warnOfAbandonedFiles({options.file}, console);
-  else
-    requireWritable(options, targets, console);
+  auto files = outlined(options, output, *source, chain.frameMap().frameCount);
+  ReadFiles read;
+  if (!output.inPlace) read.add(options.file);
+  for (const EditRequest& request : options.requests)
+    if (!request.speechRegions.empty()) read.add(request.speechRegions);
+  std::vector<fs::path> paths;
+  for (const WrittenAudio& written : files) paths.push_back(written.file);
+  EditedAudio::requireWritable(paths, output, read, console);
   const RequestedSpeech speech = speechOf(options, source->format().sampleRate, execution);
   chain = chainOf(options, *source, source->frameLength(), speech);
-  const auto chunks = options.inPlace ? std::vector<FourCC>{} : sideChunks(source->file());
 
   const bool isMeasured = !output.dryRun && (output.json || !output.quiet);
   ProgrammeLevels before;
@@ -222,21 +136,17 @@ ExitCode runEdit(EditOptions options, Console& console) {
     const auto audio = chain.load(*source);
     if (audio->frameLength() < source->frameLength()) {
       chain = chainOf(options, *source, audio->frameLength(), speech);
-      targets = targetsOf(options, *source, chain.frameMap().frameCount);
+      files = outlined(options, output, *source, chain.frameMap().frameCount);
     }
     if (isMeasured) before = measureLevels(*audio, execution);
     normalizations = chain.apply(*audio, execution);
     if (isMeasured) after = measureLevels(*audio, execution);
-    for (Target& target : targets) {
-      const PlanarView all = audio->view();
-      if (options.inPlace)
-        target.written.losses = saveInPlace(options, *source, version, chain, *audio, console);
-      else
-        EditedAudio::write(target.written, output,
-                           target.channel ? all.channels(*target.channel, 1) : all, execution);
-    }
+    for (std::size_t i = 0; i < files.size(); ++i)
+      EditedAudio::write(files[i], output, *source, chain.frameMap(),
+                         isSplit ? audio->view().channels(i, 1) : audio->view(), execution);
   }
-  EditedAudio::warnOfSource(*source, chunks, options.inPlace, console);
+  const auto leftBehind = EditedAudio::leftBehind(*source, files.front());
+  EditedAudio::warnOfSource(*source, leftBehind, files.front().keepsChunks, console);
   if (!output.json && !output.quiet) {
     for (const Edit& edit : chain.edits())
       console.print(EditText::description(edit, source->format().sampleRate) + "\n");
@@ -244,16 +154,14 @@ ExitCode runEdit(EditOptions options, Console& console) {
       console.print(EditText::description(each) + "\n");
     if (isMeasured) console.print(EditText::levels(before, after) + "\n");
   }
-  for (const Target& target : targets) {
+  for (const WrittenAudio& written : files) {
     JsonOutput::Document document;
     document.add("source", options.file);
     EditText::addEdits(document, chain.edits());
     EditText::addNormalizations(document, normalizations);
     if (isMeasured) EditText::addLevels(document, before, after);
-    std::vector<std::string> names;
-    for (const FourCC id : chunks) names.push_back(fourCC(id));
-    document.add("leftBehind", names);
-    tellOfWrittenAudio(target.written, output, console, std::move(document));
+    EditedAudio::addLeftBehind(document, leftBehind);
+    tellOfWrittenAudio(written, output, console, std::move(document));
   }
   const bool isMissed = !std::ranges::all_of(normalizations, EditText::isTargetReached);
   return options.enforce && isMissed ? ExitCode::targetMissed : ExitCode::done;
@@ -296,12 +204,7 @@ void addEditCommand(CLI::App& program, ChosenCommand& chosen) {
                       "End with exit code 3 when normalize misses its target")
             ->group("Edit");
         addAudioOutputOptions(command, options->output, false);
-        command
-            .add_flag("--in-place", options->inPlace,
-                      "Save into IN itself, with its chunks and all samples that do not change")
-            ->group("Output");
-        command.add_flag("--backup", options->backup, "Keep IN as it was as IN.bak")
-            ->group("Output");
+        addInPlaceOptions(command, options->output, "IN");
         addAudioFormatOptions(command, options->output);
         addSourceOptions(command, options->source);
         command.callback([options, words, &operation, &chosen] {

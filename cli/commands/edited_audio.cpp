@@ -1,9 +1,11 @@
 #include "cli/commands/edited_audio.h"
 
 #include "cli/options/sample_rate_limits.h"
+#include "cli/output/abandoned_files.h"
 #include "cli/output/number_text.h"
-#include "cli/output/output_file.h"
+#include "orvane/container/side_chunks.h"
 #include "orvane/edit/audio_copy.h"
+#include "orvane/edit/in_place_save.h"
 #include "orvane/edit/pcm_write_settings.h"
 
 namespace orvane::cli::EditedAudio {
@@ -27,6 +29,23 @@ std::string namesOf(const std::vector<FourCC>& chunks) {
 /// Bits that a sample of a float has.
 constexpr std::int64_t kFloatBits = 24;
 
+/// A copy of the file as it is, "take.wav.bak" for "take.wav".
+void writeBackup(const AudioSource& source, bool force) {
+  std::filesystem::path path = source.url();
+  path += ".bak";
+  OutputFile::writing(path, [&] {
+    AtomicFile backup(path, OutputFile::existing(force));
+    std::vector<std::byte> piece(std::size_t{1} << 20);
+    for (std::uint64_t at = 0; at < source.file().size();) {
+      const std::size_t count = source.file().readAt(at, piece);
+      if (count == 0) throw PlatformError(source.url(), "the file was cut short meanwhile");
+      backup.write(std::span(piece).first(count));
+      at += count;
+    }
+    backup.commit();
+  });
+}
+
 }  // namespace
 
 void requireRate(const AudioSource& source) {
@@ -36,6 +55,24 @@ void requireRate(const AudioSource& source) {
                                           " lies outside " + SampleRateLimits::description());
 }
 
+AudioOutputOptions settled(AudioOutputOptions options, const AudioSource& source) {
+  if (!options.inPlace) return options;
+  if (!source.identity() || !source.identity()->isRewritableInPlace())
+    throw PlatformError(source.url(), "only linear PCM in WAV, AIFF and CAF is saved in place");
+  options.file = source.url();
+  options.container = audioContainerFromFileTypeID(source.identity()->containerTypeID);
+  return options;
+}
+
+void requireWritable(const std::vector<std::filesystem::path>& files,
+                     const AudioOutputOptions& options, const ReadFiles& read, Console& console) {
+  for (const auto& file : files) {
+    read.requireNone(file);
+    if (!options.inPlace) OutputFile::requireWritable(file, options.force);
+  }
+  warnOfAbandonedFiles(files, console);
+}
+
 WrittenAudio outlined(const std::filesystem::path& file, const AudioOutputOptions& options,
                       const AudioSource& source, const AudioFormat& format,
                       std::int64_t frameCount) {
@@ -43,23 +80,60 @@ WrittenAudio outlined(const std::filesystem::path& file, const AudioOutputOption
   auto settings = PCMWriteSettings::make(containerFor(options, source, encoding), format, encoding);
   const auto outline = PCMFileWriter::outline(file, settings, frameCount);
   settings.fileTypeID = outline.fileTypeID;
+  const auto& identity = source.identity();
+  const bool keepsChunks = options.inPlace || (identity && identity->isRewritableInPlace() &&
+                                               outline.fileTypeID == identity->containerTypeID &&
+                                               encoding == identity->pcmEncoding &&
+                                               format.channelCount == source.format().channelCount);
   return {.file = file,
           .settings = std::move(settings),
           .frameCount = frameCount,
-          .warnings = outline.warnings};
+          .keepsChunks = keepsChunks,
+          .warnings = keepsChunks ? std::vector<std::string>{} : outline.warnings};
 }
 
-void write(WrittenAudio& written, const AudioOutputOptions& options, PlanarView audio,
-           const Execution& execution) {
-  written.losses = OutputFile::writing(written.file, [&] {
-    PCMFileWriter writer(
-        written.file, written.settings, written.frameCount,
-        {.existing = OutputFile::existing(options.force),
-         .ditherSeed = options.dither ? std::optional<std::uint64_t>(0) : std::nullopt});
-    copyAudio(audio, writer, execution);
-    writer.commit();
-    return writer.losses();
+void write(WrittenAudio& written, const AudioOutputOptions& options, const AudioSource& source,
+           const FrameMap& frames, PlanarView audio, const Execution& execution) {
+  const auto ditherSeed = options.dither ? std::optional<std::uint64_t>(0) : std::nullopt;
+  const AudioRewrite::Options rewrite{.frames = frames, .ditherSeed = ditherSeed};
+  const auto tell = [&](const AudioRewrite::Outcome& outcome) {
+    written.losses = outcome.samples;
+    written.warnings.insert(written.warnings.end(), outcome.notes.begin(), outcome.notes.end());
+  };
+  if (options.inPlace) {
+    if (options.backup) writeBackup(source, options.force);
+    const auto outcome = InPlaceSave::write(
+        audio, source.format().sampleRate, written.file,
+        {.version = source.file().stamp(), .rewrite = rewrite, .execution = execution});
+    tell(outcome.rewrite);
+    for (const std::string& loss : outcome.metadata.descriptions())
+      written.warnings.push_back("could not keep " + loss);
+    return;
+  }
+  OutputFile::writing(written.file, [&] {
+    if (written.keepsChunks) {
+      AtomicFile target(written.file, OutputFile::existing(options.force));
+      tell(AudioRewrite::write(audio, source.file(), target, rewrite, execution));
+      target.commit();
+    } else {
+      PCMFileWriter writer(
+          written.file, written.settings, written.frameCount,
+          {.existing = OutputFile::existing(options.force), .ditherSeed = ditherSeed});
+      copyAudio(audio, writer, execution);
+      writer.commit();
+      written.losses = writer.losses();
+    }
   });
+}
+
+std::vector<FourCC> leftBehind(const AudioSource& source, const WrittenAudio& written) {
+  return written.keepsChunks ? std::vector<FourCC>{} : sideChunks(source.file());
+}
+
+void addLeftBehind(JsonOutput::Document& document, const std::vector<FourCC>& chunks) {
+  std::vector<std::string> names;
+  for (const FourCC id : chunks) names.push_back(fourCC(id));
+  document.add("leftBehind", names);
 }
 
 void warnOfSource(const AudioSource& source, const std::vector<FourCC>& leftBehind, bool isKept,

@@ -5,9 +5,11 @@
 #include <vector>
 
 #include "cli/options/audio_output_options.h"
+#include "cli/output/output_file.h"
 #include "cli/output/written_audio.h"
 #include "cli/terminal/console.h"
 #include "orvane/audio/audio_source.h"
+#include "orvane/edit/frame_map.h"
 #include "orvane/platform/execution.h"
 #include "orvane/platform/four_cc.h"
 #include "orvane/platform/planar_view.h"
@@ -18,15 +20,31 @@ namespace orvane::cli::EditedAudio {
 /// Throws `PlatformError` for a rate outside of `SampleRateLimits`.
 void requireRate(const AudioSource& source);
 
+/// The options with `--in-place` understood: the file is the source, which must be one that can be
+/// saved in place, else a `PlatformError`.
+AudioOutputOptions settled(AudioOutputOptions options, const AudioSource& source);
+
+/// Finds out whether the files can be written, none of which is one of `read`, and tells of what
+/// killed runs have left beside them. Throws `Error`.
+void requireWritable(const std::vector<std::filesystem::path>& files,
+                     const AudioOutputOptions& options, const ReadFiles& read, Console& console);
+
 /// Audio of `format` as it will be written to `file`; what the options leave open is as in the
-/// source. Throws what outlining a file throws.
+/// source. A file of the same container, encoding and channels keeps the source's chunks. Throws
+/// what outlining a file throws.
 WrittenAudio outlined(const std::filesystem::path& file, const AudioOutputOptions& options,
                       const AudioSource& source, const AudioFormat& format,
                       std::int64_t frameCount);
 
-/// Writes it and fills in what was lost. Throws what writing throws.
-void write(WrittenAudio& written, const AudioOutputOptions& options, PlanarView audio,
-           const Execution& execution);
+/// Writes it and fills in what was lost. `frames` says where those of the source are. Throws what
+/// writing throws.
+void write(WrittenAudio& written, const AudioOutputOptions& options, const AudioSource& source,
+           const FrameMap& frames, PlanarView audio, const Execution& execution);
+
+/// The chunks of the source that are not written.
+std::vector<FourCC> leftBehind(const AudioSource& source, const WrittenAudio& written);
+/// The same by name, as `leftBehind` of a document.
+void addLeftBehind(JsonOutput::Document& document, const std::vector<FourCC>& chunks);
 
 /// Tells what the user should know of a source, of whose chunks these are not written. With
 /// `isKept` the samples that do not change keep their bytes.

@@ -10,12 +10,9 @@
 #include "cli/commands/measured_file.h"
 #include "cli/options/edit_time.h"
 #include "cli/options/source_options.h"
-#include "cli/output/abandoned_files.h"
 #include "cli/output/edit_text.h"
 #include "cli/output/number_text.h"
-#include "cli/output/output_file.h"
 #include "cli/terminal/progress_bar.h"
-#include "orvane/container/side_chunks.h"
 #include "orvane/edit/loaded_channels.h"
 #include "orvane/edit/recording_splice.h"
 
@@ -109,22 +106,13 @@ JsonOutput::Document document(const SpliceOptions& options, const Seams& seams,
   document.add("endFrame", seams.replaced.end);
   document.add("takeFrames", seams.takeFrames);
   document.add("crossfadeFrames", seams.crossfadeFrames);
-  std::vector<std::string> names;
-  for (const FourCC id : leftBehind) names.push_back(fourCC(id));
-  document.add("leftBehind", names);
+  EditedAudio::addLeftBehind(document, leftBehind);
   return document;
 }
 
 ExitCode runSplice(const SpliceOptions& options, Console& console) {
-  const AudioOutputOptions& output = options.output;
-  ReadFiles read;
-  read.add(options.base);
-  read.add(options.take);
-  read.requireNone(output.file);
-  OutputFile::requireWritable(output.file, output.force);
-  warnOfAbandonedFiles({output.file}, console);
-
-  ProgressBar bar(console, 1, !output.quiet);
+  requireDestination(options.output, options.source.rawFormat.has_value());
+  ProgressBar bar(console, 1, !options.output.quiet);
   const auto observer = bar.forFile(options.base);
   const Execution execution{.threadCount = JobRunner::threadsPerJob(1), .observer = observer.get()};
   const auto base =
@@ -133,6 +121,11 @@ ExitCode runSplice(const SpliceOptions& options, Console& console) {
   const auto take = AudioSource::open(options.take, {}, {.execution = execution});
   EditedAudio::requireRate(*base);
   EditedAudio::requireRate(*take);
+  const AudioOutputOptions output = EditedAudio::settled(options.output, *base);
+  ReadFiles read;
+  if (!output.inPlace) read.add(options.base);
+  read.add(options.take);
+  EditedAudio::requireWritable({output.file}, output, read, console);
   const AudioFormat& format = base->format();
   const ChannelArrays taken = fitted(*take, format);
 
@@ -159,12 +152,12 @@ ExitCode runSplice(const SpliceOptions& options, Console& console) {
                                                       seams.crossfadeFrames, format.sampleRate);
     std::vector<const float*> pointers;
     for (const auto& channel : result.channelData) pointers.push_back(channel.data());
-    EditedAudio::write(written, output,
+    EditedAudio::write(written, output, *base, map,
                        PlanarView(pointers, static_cast<std::size_t>(map.frameCount)), execution);
   }
 
-  const auto leftBehind = sideChunks(base->file());
-  EditedAudio::warnOfSource(*base, leftBehind, false, console);
+  const auto leftBehind = EditedAudio::leftBehind(*base, written);
+  EditedAudio::warnOfSource(*base, leftBehind, written.keepsChunks, console);
   EditedAudio::warnOfSource(*take, {}, false, console);
   warnOfLayouts(*base, *take, console);
   if (!output.json && !output.quiet) console.print(description(seams, format.sampleRate) + "\n");
@@ -190,7 +183,8 @@ void addKind(CLI::App& splice, Kind kind, const std::string& description, Chosen
   addTimeOption(command, "--crossfade",
                 "How long both sides of a seam overlap, as far as there is audio; by default 10 ms",
                 [&options](EditTime time) { options.crossfade = time; });
-  addAudioOutputOptions(command, options.output);
+  addAudioOutputOptions(command, options.output, false);
+  addInPlaceOptions(command, options.output, "BASE");
   addAudioFormatOptions(command, options.output);
   addSourceOptions(command, options.source);
   command.footer("--raw, --preset and --stream speak of BASE.");
@@ -206,7 +200,7 @@ void addSpliceCommand(CLI::App& program, ChosenCommand& chosen) {
   CLI::App& splice = *program.add_subcommand(
       "splice",
       "Join a new take to a recording, at its rate and with its channels, and write both to "
-      "another file. A TIME is in seconds, [h:]mm:ss[.fff] or #FRAME");
+      "another file or into the recording. A TIME is in seconds, [h:]mm:ss[.fff] or #FRAME");
   splice.require_subcommand(1);
   addKind(splice, Kind::append, "Put TAKE behind the end of BASE", chosen);
   addKind(splice, Kind::insert, "Put TAKE into BASE, which loses nothing", chosen);

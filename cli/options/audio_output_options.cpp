@@ -64,6 +64,30 @@ void addAudioOutputOptions(CLI::App& command, AudioOutputOptions& options, bool 
   command.add_flag("-q,--quiet", options.quiet, "Do not say what was written")->group(kGroup);
 }
 
+void addInPlaceOptions(CLI::App& command, AudioOutputOptions& options, const std::string& source) {
+  command
+      .add_flag(
+          "--in-place", options.inPlace,
+          "Save into " + source + " itself, with its chunks and all samples that do not change")
+      ->group(kGroup);
+  command
+      .add_flag("--backup", options.backup, "Keep " + source + " as it was as " + source + ".bak")
+      ->group(kGroup);
+}
+
+void requireDestination(const AudioOutputOptions& options, bool isHeaderless) {
+  if (options.inPlace == !options.file.empty())
+    throw UsageError("-o OUT or --in-place says where the edited audio goes, one of them");
+  if (!options.inPlace) {
+    if (options.backup) throw UsageError("--backup goes with --in-place");
+    return;
+  }
+  // In place nothing about the file is chosen anew.
+  if (options.container || options.encoding)
+    throw UsageError("--in-place keeps container and encoding");
+  if (isHeaderless) throw UsageError("--in-place is not for headerless files");
+}
+
 void addAudioFormatOptions(CLI::App& command, AudioOutputOptions& options) {
   command
       .add_option_function<std::string>(

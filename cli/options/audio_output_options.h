@@ -23,6 +23,8 @@ struct AudioOutputOptions {
   bool json = false;
   bool force = false;
   bool quiet = false;
+  bool inPlace = false;  ///< into the source itself, with no file of its own
+  bool backup = false;   ///< of the source, before
 
   /// The encoding by `--encoding`, else the source's; 24-bit integers for compressed sources.
   PCMEncoding encodingFor(const AudioSource& source) const;
@@ -36,6 +38,13 @@ struct AudioOutputOptions {
 /// `-o`, which is required unless there is another place to write to, `--dry-run`, `--json`,
 /// `--force` and `--quiet`. `options` must outlive the command.
 void addAudioOutputOptions(CLI::App& command, AudioOutputOptions& options, bool isRequired = true);
+
+/// `--in-place` and `--backup`, for a source that the help calls `source`.
+void addInPlaceOptions(CLI::App& command, AudioOutputOptions& options, const std::string& source);
+
+/// Throws `UsageError` unless just one of `-o` and `--in-place` says where the audio of a source
+/// goes, or for what does not go with it.
+void requireDestination(const AudioOutputOptions& options, bool isHeaderless);
 
 /// `--container`, `--encoding` and `--dither`.
 void addAudioFormatOptions(CLI::App& command, AudioOutputOptions& options);

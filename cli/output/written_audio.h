@@ -18,6 +18,7 @@ struct WrittenAudio {
   std::filesystem::path file{};
   AudioFormatSettings settings{};
   std::int64_t frameCount = 0;
+  bool keepsChunks = false;  ///< of the file that the audio came from
   SampleLosses losses{};
   std::vector<std::string> warnings{};
 

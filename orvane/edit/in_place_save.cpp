@@ -7,19 +7,11 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <new>
 #include <utility>
 
 #include "orvane/container/audio_file.h"
-#include "orvane/container/container_table.h"
-#include "orvane/container/metadata_changes.h"
-#include "orvane/container/pcm_file_outline.h"
-#include "orvane/container/rewrite_plan.h"
-#include "orvane/container/sniff/container_sniffer.h"
 #include "orvane/core/channel_order.h"
-#include "orvane/edit/kept_samples.h"
-#include "orvane/platform/checksum.h"
 
 namespace orvane::InPlaceSave {
 namespace {
@@ -45,101 +37,8 @@ void requireWritable(const fs::path& url) {
       throw InPlaceSaveError::notWritable(path.string());
 }
 
-PCMStream parse(const InputFile& file) {
-  const SniffedContainer container = sniffContainer(file);
-  const ContainerKind* const kind = containerKind(container.fileTypeID);
-  if (kind == nullptr || kind->parse == nullptr)
-    throw PlatformError(file.path(), "what was written cannot be read back");
-  return kind->parse(file, container.start);
-}
-
-Checksum checksumOf(const InputFile& file, std::uint64_t offset, std::uint64_t size) {
-  constexpr std::uint64_t kPieceBytes = std::uint64_t{1} << 20;
-  Checksum sum;
-  std::vector<std::byte> piece;
-  for (std::uint64_t done = 0; done < size; done += piece.size()) {
-    piece.resize(static_cast<std::size_t>(std::min(kPieceBytes, size - done)));
-    file.readExactlyAt(offset + done, piece);
-    sum.add(piece);
-  }
-  return sum;
-}
-
-/// Reads the new file back and compares: its form with the old one's, its audio with what was meant
-/// to be written, and everything that was carried over with where it came from.
-void verify(const fs::path& written, const InputFile& original, const PCMStream& stream,
-            const RewritePlan& plan, std::int64_t frameCount, const Checksum& audio) {
-  const InputFile file(written);
-  const PCMStream result = parse(file);
-  bool isRight = file.size() == plan.fileBytes && result.frameCount == frameCount &&
-                 result.sample == stream.sample &&
-                 result.description.dataFormat == stream.description.dataFormat &&
-                 result.description.layout == stream.description.layout;
-  std::uint64_t place = 0;
-  for (const auto& piece : plan.pieces) {
-    if (piece.kind == RewritePlan::Piece::Kind::audio)
-      isRight = isRight && place == result.dataOffset &&
-                checksumOf(file, place, piece.size).value() == audio.value();
-    else if (piece.kind == RewritePlan::Piece::Kind::copy)
-      isRight = isRight && checksumOf(file, place, piece.size).value() ==
-                               checksumOf(original, piece.offset, piece.size).value();
-    place += piece.size;
-  }
-  if (!isRight)
-    throw PlatformError(original.path(), "what was written is not what was to be written");
-}
-
-/// For what names places in the audio.
-FrameFollower followerOf(const Options& options, const KeptSamples& samples,
-                         std::int64_t oldFrameCount, std::int64_t newFrameCount) {
-  FrameFollower follower{.oldFrameCount = oldFrameCount, .newFrameCount = newFrameCount};
-  if (options.frames) {
-    for (const FrameMap::Piece& piece : options.frames->pieces)
-      follower.kept.push_back({piece.sourceFirst, piece.count, piece.place});
-  } else if (oldFrameCount == newFrameCount) {
-    follower.kept = {{0, oldFrameCount, 0}};
-  } else {
-    const std::int64_t end = samples.commonEnd();
-    follower.kept = {{0, samples.commonBeginning(), 0},
-                     {oldFrameCount - end, end, newFrameCount - end}};
-  }
-  return follower;
-}
-
-Outcome rewrite(const PCMBuffer& buffer, const fs::path& over, const AudioFormat& fileFormat,
-                const FileStamp& version, const Options& options) {
-  const InputFile file(over);
-  const PCMStream stream = parse(file);
-  std::vector<const float*> channels;
-  for (const std::uint32_t channel : fileOrder(fileFormat))
-    channels.push_back(buffer.channel(channel));
-  KeptSamples samples(file, stream, {channels, buffer.frameLength()});
-
-  MetadataChanges metadata = followEdit(
-      file, stream, followerOf(options, samples, stream.frameCount, buffer.frameLength()),
-      samples.hasChanged());
-  const RewritePlan plan = planRewrite(file, stream,
-                                       {.frameCount = buffer.frameLength(),
-                                        .hasChangedAudio = samples.hasChanged(),
-                                        .chunkChanges = std::move(metadata.chunkChanges)});
-  AtomicFile target(over, version);
-  Checksum audio;
-  writeRewrite(plan, file, target, [&](AtomicFile& output) {
-    samples.write(options.ditherSeed, [&](std::span<const std::byte> bytes) {
-      audio.add(bytes);
-      output.write(bytes);
-    });
-  });
-  verify(target.readablePath(), file, stream, plan, buffer.frameLength(), audio);
-  target.commit();
-  return {.hasChangedAudio = samples.hasChanged(),
-          .samples = samples.losses(),
-          .metadata = target.losses(),
-          .notes = std::move(metadata.notes)};
-}
-
 /// The file as its header says, checked against the audio.
-std::unique_ptr<AudioFile> openMatching(const fs::path& url, const PCMBuffer& buffer) {
+std::unique_ptr<AudioFile> openMatching(const fs::path& url, PlanarView audio, double rate) {
   const std::string extension = extensionOf(url);
   const auto container = audioContainerFromExtension(extension);
   if (!container) throw InPlaceSaveError::unsupportedContainer(extension);
@@ -156,9 +55,9 @@ std::unique_ptr<AudioFile> openMatching(const fs::path& url, const PCMBuffer& bu
   const StreamDescription& format = file->description().dataFormat;
   if (format.formatID != kFormatLinearPCM)
     throw InPlaceSaveError::notLinearPCM(fourCC(format.formatID));
-  if (format.sampleRate != buffer.sampleRate() || format.channelsPerFrame != buffer.channelCount())
-    throw InPlaceSaveError::formatMismatch(format.sampleRate, format.channelsPerFrame,
-                                           buffer.sampleRate(), buffer.channelCount());
+  if (format.sampleRate != rate || format.channelsPerFrame != audio.channelCount())
+    throw InPlaceSaveError::formatMismatch(format.sampleRate, format.channelsPerFrame, rate,
+                                           static_cast<std::int64_t>(audio.channelCount()));
   return file;
 }
 
@@ -171,7 +70,7 @@ const std::set<std::string>& supportedExtensions() {
 }
 
 AudioFormatSettings writeSettings(const fs::path& url, const PCMBuffer& buffer) {
-  const auto file = openMatching(url, buffer);
+  const auto file = openMatching(url, buffer.view(), buffer.sampleRate());
   AudioFormatSettings settings = file->fileFormat();
   settings.fileTypeID = file->description().fileTypeID;
   settings.layout = file->description().layout;
@@ -199,20 +98,27 @@ Outcome write(const PCMBuffer& buffer, const fs::path& over) {
 }
 
 Outcome write(const PCMBuffer& buffer, const fs::path& over, const Options& options) {
+  return write(buffer.view(), buffer.sampleRate(), over, options);
+}
+
+Outcome write(PlanarView audio, double sampleRate, const fs::path& over, const Options& options) {
   const auto version = options.version ? options.version : FileStamp::of(over);
-  const AudioFormat fileFormat = openMatching(over, buffer)->processingFormat();
+  const AudioFormat fileFormat = openMatching(over, audio, sampleRate)->processingFormat();
   requireWritable(over);
   try {
+    fileOrder(fileFormat);  // what it refuses is refused before anything is written
     if (!version) throw PlatformError(over, "the file is gone");
-    return rewrite(buffer, over, fileFormat, *version, options);
-  } catch (const InPlaceSaveError&) {
-    throw;
+    AtomicFile target(over, *version);
+    AudioRewrite::Options rewrite = options.rewrite;
+    rewrite.isReadBack = true;
+    const auto written =
+        AudioRewrite::write(audio, InputFile(over), target, rewrite, options.execution);
+    target.commit();
+    return {written, target.losses()};
   } catch (const SavedFileError&) {
     throw;
   } catch (const PlatformError& error) {
     throw InPlaceSaveError::writeFailed(textOf(error));
-  } catch (const UnwritableFormat& error) {
-    throw InPlaceSaveError::writeFailed(error.errorDescription());
   } catch (const std::bad_alloc&) {
     throw InPlaceSaveError::writeFailed("couldn't allocate the channel-order buffer");
   }

@@ -7,12 +7,11 @@
 #include <string>
 #include <vector>
 
-#include "orvane/edit/frame_map.h"
+#include "orvane/edit/audio_rewrite.h"
 #include "orvane/edit/in_place_save_error.h"
 #include "orvane/platform/atomic_file.h"
 #include "orvane/platform/export.h"
 #include "orvane/platform/pcm_buffer.h"
-#include "orvane/platform/sample_conversion.h"
 
 /// Saves edited audio back into the file that it came from. Container, sample format and channel
 /// order stay; so do all chunks and all bytes that the edit does not make false. What is written is
@@ -26,28 +25,26 @@ ORVANE_API const std::set<std::string>& supportedExtensions();
 struct Options {
   /// Of the file when its audio was read; without one the version that stands there now.
   std::optional<FileStamp> version{};
-  /// Where the edit put the file's frames; without it what both begin and end with is taken for
-  /// kept.
-  std::optional<FrameMap> frames{};
-  /// Seeds dither of the samples that changed; without one none is added.
-  std::optional<std::uint64_t> ditherSeed{};
+  AudioRewrite::Options rewrite{};  ///< always read back
+  Execution execution{};
 };
 
 /// What came of it.
 struct Outcome {
-  bool hasChangedAudio = false;
-  SampleLosses samples{};            ///< of changed samples
-  MetadataLosses metadata{};         ///< of the file as such
-  std::vector<std::string> notes{};  ///< what the edit made false in the chunks: sentences
+  AudioRewrite::Outcome rewrite{};
+  MetadataLosses metadata{};  ///< of the file as such
 };
 
 /// Replaces the audio of the file at `over` by the edited one, in canonical channel order. A
 /// symbolic link is followed. Throws `InPlaceSaveError`, before anything is written for what is
 /// refused, and with the file unchanged for everything else; `SavedFileError` when the file is
-/// saved, but perhaps not safe against a power failure.
+/// saved, but perhaps not safe against a power failure; `Cancelled` when the observer asks for it.
 ORVANE_API Outcome write(const PCMBuffer& buffer, const std::filesystem::path& over,
                          const Options& options);
 ORVANE_API Outcome write(const PCMBuffer& buffer, const std::filesystem::path& over);
+/// The same of audio that somebody else owns.
+ORVANE_API Outcome write(PlanarView audio, double sampleRate, const std::filesystem::path& over,
+                         const Options& options);
 
 /// The settings under which the file would be rewritten, which are its own. Throws
 /// `InPlaceSaveError` for a file that cannot be rewritten with that audio.

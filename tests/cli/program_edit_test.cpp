@@ -329,7 +329,7 @@ TEST_F(ProgramEdit, NamesWhatIsLeftBehind) {
                                          {.id = "fmt ", .body = waveFormatBody({.bits = 32})},
                                          {.id = "data", .body = samples},
                                          {.id = "LIST", .body = Bytes(4)}}));
-  const auto end = edit({"swap", "tagged.wav", "-o", "out.wav", "--json"});
+  const auto end = edit({"swap", "tagged.wav", "-o", "out.caf", "--json"});
   EXPECT_EQ(end.exitCode, 0);
   EXPECT_EQ(end.errors,
             "orvane: warning: tagged.wav: samples are edited as 32-bit floats, which round those "

@@ -82,6 +82,14 @@ TEST_F(ProgramFaultySaving, AnEditInPlace) {
   edit.killAtEveryCall();
 }
 
+TEST_F(ProgramFaultySaving, ATakeInPlace) {
+  folder().write("take.wav", waveFile(sineSamples(4800, 0.5)));
+  const auto spliced =
+      saving({"splice", "append", "-q", "good.wav", "take.wav", "--in-place"}, "good.wav");
+  spliced.failEveryCall({ENOSPC});
+  spliced.killAtEveryCall();
+}
+
 TEST_F(ProgramFaultySaving, RecordingsWithATake) {
   folder().write("out.wav", "old");
   folder().write("take.wav", waveFile(sineSamples(4800, 0.5)));

@@ -10,10 +10,10 @@ std::string chunk(const std::string& id, const std::string& body) {
   return id + littleEndian(body.size(), 4) + body + std::string(body.size() % 2, '\0');
 }
 
-class ProgramEditInPlace : public ProgramTest {
+class ProgramInPlace : public ProgramTest {
  protected:
   /// Two seconds with two markers, a time reference and a chunk that nobody knows.
-  ProgramEditInPlace() {
+  ProgramInPlace() {
     const auto point = [](int id, int frame) {
       return littleEndian(static_cast<unsigned>(id), 4) +
              littleEndian(static_cast<unsigned>(frame), 4) + "data" + std::string(8, '\0') +
@@ -34,12 +34,20 @@ class ProgramEditInPlace : public ProgramTest {
     arguments.insert(arguments.begin(), "edit");
     return run(arguments);
   }
+  /// Of the cue points, in seconds.
+  std::vector<double> markers(const std::string& name) const {
+    const ProgramEnd end = run({"analyze", "--json", name, "--chapters-from-file"});
+    std::vector<double> places;
+    for (const Json& chapter : Json::parse(end.output)["chapters"]["entries"])
+      places.push_back(chapter["startSec"].get<double>());
+    return places;
+  }
   std::string content(const std::string& name) const {
     return orvane::test::readFile(folder() / name);
   }
 };
 
-TEST_F(ProgramEditInPlace, KeepsChunksAndMovesWhatSpeaksOfFrames) {
+TEST_F(ProgramInPlace, KeepsChunksAndMovesWhatSpeaksOfFrames) {
   const ProgramEnd end = edit({"trim", "0.5", "2", "take.wav", "--in-place"});
   EXPECT_EQ(end.exitCode, 0) << end.errors;
   EXPECT_THAT(end.output, HasSubstr("take.wav: WAV, 16-bit integer, 48 kHz, 2 channels, 0:01.500"));
@@ -54,7 +62,7 @@ TEST_F(ProgramEditInPlace, KeepsChunksAndMovesWhatSpeaksOfFrames) {
   EXPECT_EQ(file.substr(file.find("bext") + 8 + 338, 8), littleEndian(1'024'000, 8));
 }
 
-TEST_F(ProgramEditInPlace, ChangesNoByteOutsideOfWhatIsEdited) {
+TEST_F(ProgramInPlace, ChangesNoByteOutsideOfWhatIsEdited) {
   const std::string before = content("take.wav");
   EXPECT_EQ(
       edit({"gain", "-6", "take.wav", "--from", "1", "--to", "1.5", "--in-place", "-q"}).exitCode,
@@ -69,7 +77,7 @@ TEST_F(ProgramEditInPlace, ChangesNoByteOutsideOfWhatIsEdited) {
   EXPECT_NE(after, before);
 }
 
-TEST_F(ProgramEditInPlace, KeepsACopyOnRequest) {
+TEST_F(ProgramInPlace, KeepsACopyOnRequest) {
   const std::string before = content("take.wav");
   EXPECT_EQ(edit({"invert", "take.wav", "--in-place", "--backup", "-q"}).exitCode, 0);
   EXPECT_EQ(content("take.wav.bak"), before);
@@ -81,14 +89,83 @@ TEST_F(ProgramEditInPlace, KeepsACopyOnRequest) {
   EXPECT_EQ(content("take.wav"), edited);
 }
 
-TEST_F(ProgramEditInPlace, WritesNothingWhenOnlyAsked) {
+TEST_F(ProgramInPlace, SavesIntoANewFileOfTheSameKindJustSo) {
+  const std::string before = content("take.wav");
+  const ProgramEnd copied = edit({"trim", "0.5", "2", "take.wav", "-o", "new.wav", "--json"});
+  EXPECT_EQ(copied.exitCode, 0) << copied.errors;
+  EXPECT_EQ(content("take.wav"), before);
+  const Json document = Json::parse(copied.output);
+  EXPECT_EQ(document["leftBehind"], Json::array());
+  EXPECT_EQ(document["warnings"], Json({"1 marker lay in removed audio and is gone: In",
+                                        "The time reference (bext) is now 24000 frames later"}));
+  EXPECT_EQ(copied.errors,
+            "orvane: warning: new.wav: 1 marker lay in removed audio and is gone: In\n"
+            "orvane: warning: new.wav: The time reference (bext) is now 24000 frames later\n");
+  EXPECT_EQ(edit({"trim", "0.5", "2", "take.wav", "--in-place", "-q"}).exitCode, 0);
+  EXPECT_TRUE(content("new.wav") == content("take.wav"));
+  const ProgramEnd again = edit({"invert", "take.wav", "-o", "new.wav"});
+  EXPECT_EQ(again.errors, "orvane: new.wav: File exists; --force replaces it\n");
+}
+
+TEST_F(ProgramInPlace, SplicesATakeIn) {
+  folder().write("more.wav", waveFile(sineSamples(24'000, 0.5)));
+  const std::string before = content("take.wav");
+  const ProgramEnd end = run({"splice", "insert", "--at", "1", "take.wav", "more.wav", "--in-place",
+                              "--backup", "--crossfade", "0"});
+  EXPECT_EQ(end.exitCode, 0) << end.errors;
+  EXPECT_EQ(end.errors, "");
+  EXPECT_THAT(end.output, HasSubstr("take.wav: WAV, 16-bit integer, 48 kHz, 2 channels, 0:02.500"));
+  EXPECT_EQ(content("take.wav.bak"), before);
+  EXPECT_THAT(content("take.wav"), HasSubstr("nobody knows this"));
+  EXPECT_THAT(markers("take.wav"), testing::ElementsAre(0.25, 2));
+}
+
+TEST_F(ProgramInPlace, NamesTheMarkersThatATakeReplaces) {
+  folder().write("more.wav", waveFile(sineSamples(24'000, 0.5)));
+  const std::vector<std::string> replace = {"splice", "replace",  "--from",   "0.2", "--to",
+                                            "0.3",    "take.wav", "more.wav", "-q"};
+  const auto with = [&](std::vector<std::string> more) {
+    more.insert(more.begin(), replace.begin(), replace.end());
+    return run(more);
+  };
+  EXPECT_THAT(with({"-o", "new.wav"}).errors, HasSubstr("1 marker lay in removed audio"));
+  const ProgramEnd end = with({"--in-place"});
+  EXPECT_EQ(end.exitCode, 0);
+  EXPECT_EQ(end.errors,
+            "orvane: warning: take.wav: 1 marker lay in removed audio and is gone: In\n");
+  EXPECT_EQ(markers("take.wav").size(), 1U);
+  EXPECT_TRUE(content("new.wav") == content("take.wav"));
+}
+
+TEST_F(ProgramInPlace, TakesNoTakeForTheRecordingAndChoosesNothingAnew) {
+  folder().write("more.wav", waveFile(sineSamples(240, 0.5)));
+  const struct {
+    std::vector<std::string> more;
+    int exitCode;
+    std::string text;
+  } kCases[] = {{{"more.wav"}, 2, "-o OUT or --in-place"},
+                {{"more.wav", "-o", "b.wav", "--backup"}, 2, "--backup goes with --in-place"},
+                {{"more.wav", "--in-place", "--encoding", "f32"}, 2, "keeps container"},
+                {{"take.wav", "--in-place"}, 1, "Refusing to overwrite source file"}};
+  const std::string before = content("take.wav");
+  for (const auto& c : kCases) {
+    std::vector<std::string> arguments = {"splice", "append", "take.wav"};
+    arguments.insert(arguments.end(), c.more.begin(), c.more.end());
+    const ProgramEnd end = run(arguments);
+    EXPECT_EQ(end.exitCode, c.exitCode) << c.text;
+    EXPECT_THAT(end.errors, HasSubstr(c.text));
+    EXPECT_EQ(content("take.wav"), before);
+  }
+}
+
+TEST_F(ProgramInPlace, WritesNothingWhenOnlyAsked) {
   const std::string before = content("take.wav");
   const ProgramEnd end = edit({"gain", "-6", "take.wav", "--in-place", "--dry-run"});
   EXPECT_EQ(end.exitCode, 0) << end.errors;
   EXPECT_EQ(content("take.wav"), before);
 }
 
-TEST_F(ProgramEditInPlace, SaysWhatIsWrongInOneSentence) {
+TEST_F(ProgramInPlace, SaysWhatIsWrongInOneSentence) {
   folder().write("take.raw", sineSamples(4800, 0.5));
   folder().write("au.au",
                  ".snd" + std::string("\0\0\0\x18\0\0\0\x08\0\0\0\x03\0\0\xBB\x80\0\0\0\1", 20) +

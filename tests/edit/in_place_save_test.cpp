@@ -181,14 +181,14 @@ TEST_F(InPlaceSaveTest, GivesTheIdenticalFileWhenNothingChanged) {
         const std::string before = test::readFile(path);
         SCOPED_TRACE(path.string() + ", " + encoding.label() + ", " + std::to_string(channels));
         auto buffer = load(path);
-        EXPECT_FALSE(InPlaceSave::write(*buffer, path).hasChangedAudio);
+        EXPECT_FALSE(InPlaceSave::write(*buffer, path).rewrite.hasChangedAudio);
         ASSERT_TRUE(test::readFile(path) == before);
 
         // One sample of one frame, in whichever channel: no other byte changes.
         buffer->channel(channels - 1)[100] = 0.25F;
         const auto outcome = InPlaceSave::write(*buffer, path);
-        EXPECT_TRUE(outcome.hasChangedAudio);
-        EXPECT_EQ(outcome.samples, SampleLosses{});
+        EXPECT_TRUE(outcome.rewrite.hasChangedAudio);
+        EXPECT_EQ(outcome.rewrite.samples, SampleLosses{});
         const std::string after = test::readFile(path);
         ASSERT_EQ(after.size(), before.size());
         const std::size_t width = outline.sample.bytes;
@@ -240,7 +240,7 @@ TEST_F(InPlaceSaveTest, CountsWhatItClipped) {
   auto buffer = load(path);
   buffer->channel(0)[3] = 2.0F;
   buffer->channel(0)[4] = std::numeric_limits<float>::quiet_NaN();
-  EXPECT_EQ(InPlaceSave::write(*buffer, path).samples, (SampleLosses{1, 1}));
+  EXPECT_EQ(InPlaceSave::write(*buffer, path).rewrite.samples, (SampleLosses{1, 1}));
 }
 
 TEST_F(InPlaceSaveTest, ReplacesNoOtherVersionThanTheOneThatWasRead) {
