@@ -10,6 +10,7 @@
 #include <new>
 #include <utility>
 
+#include "orvane/container/audio_container.h"
 #include "orvane/container/audio_file.h"
 #include "orvane/core/channel_order.h"
 
@@ -111,10 +112,11 @@ Outcome write(PlanarView audio, double sampleRate, const fs::path& over, const O
     AtomicFile target(over, *version);
     AudioRewrite::Options rewrite = options.rewrite;
     rewrite.isReadBack = true;
-    const auto written =
-        AudioRewrite::write(audio, InputFile(over), target, rewrite, options.execution);
+    Outcome outcome{
+        .rewrite = AudioRewrite::write(audio, InputFile(over), target, rewrite, options.execution)};
     target.commit();
-    return {written, target.losses()};
+    outcome.metadata = target.takeLosses();
+    return outcome;
   } catch (const SavedFileError&) {
     throw;
   } catch (const PlatformError& error) {

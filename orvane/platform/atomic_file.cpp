@@ -1,5 +1,6 @@
 #include "orvane/platform/atomic_file.h"
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -238,14 +239,21 @@ const MetadataLosses& AtomicFile::losses() const noexcept {
   return state_->losses;
 }
 
+MetadataLosses AtomicFile::takeLosses() noexcept {
+  return std::move(state_->losses);
+}
+
 std::vector<std::filesystem::path> abandonedTemporaries(const std::filesystem::path& folder) {
+  // The iterators of the standard library end the process when a name finds no memory.
+  struct Close {
+    void operator()(DIR* entries) const noexcept { (void)closedir(entries); }
+  };
+  const std::unique_ptr<DIR, Close> entries(opendir(folder.c_str()));
   std::vector<std::filesystem::path> found;
-  std::error_code failure;
-  std::filesystem::directory_iterator entries(folder, failure);
-  for (; !failure && entries != std::filesystem::directory_iterator(); entries.increment(failure)) {
-    if (TemporaryFile::isTemporaryName(entries->path().filename().string()) &&
-        UseMark::takeAbandoned(entries->path()))
-      found.push_back(entries->path());
+  while (const dirent* const entry = entries ? readdir(entries.get()) : nullptr) {
+    if (!TemporaryFile::isTemporaryName(entry->d_name)) continue;
+    auto path = folder / entry->d_name;
+    if (UseMark::takeAbandoned(path)) found.push_back(std::move(path));
   }
   std::ranges::sort(found);
   return found;

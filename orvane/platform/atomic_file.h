@@ -77,6 +77,8 @@ class ORVANE_API AtomicFile {
 
   /// What `commit` could not keep of the file that was replaced.
   const MetadataLosses& losses() const noexcept;
+  /// The same, handed over, so that nothing fails once the file is saved.
+  MetadataLosses takeLosses() noexcept;
 
  private:
   struct State;

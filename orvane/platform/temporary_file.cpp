@@ -48,7 +48,7 @@ bool isUnsupported(int code) {
 
 }  // namespace
 
-TemporaryFile::TemporaryFile(const FileDescriptor& folder, std::string name,
+TemporaryFile::TemporaryFile(const FileDescriptor& folder, std::filesystem::path name,
                              std::filesystem::path target, mode_t mode)
     : folder_(folder.number()), name_(std::move(name)), target_(std::move(target)) {
   file_ = FileDescriptor(openat(folder_, ".", O_TMPFILE | O_RDWR | O_CLOEXEC, mode));
@@ -105,12 +105,12 @@ void TemporaryFile::finish() {
   if (file_.close() != 0 && errno != EINTR) fail(errno);
 }
 
-bool TemporaryFile::isUnder(const std::string& name) const noexcept {
+bool TemporaryFile::isUnder(const std::filesystem::path& name) const noexcept {
   const auto standing = FileStamp::at(folder_, name);
   return standing && standing->isSameFile(own_);
 }
 
-bool TemporaryFile::mayBeUnder(const std::string& name) const noexcept {
+bool TemporaryFile::mayBeUnder(const std::filesystem::path& name) const noexcept {
   const auto standing = FileStamp::at(folder_, name);
   return !standing || standing->isSameFile(own_);
 }
@@ -155,19 +155,19 @@ void TemporaryFile::replaceVersion(const FileStamp& version) {
     if (!replaced) fail(lookFailure);
     throw changedMeanwhile(target_);
   }
-  const std::string aside = std::exchange(temporaryName_, {});
+  const std::filesystem::path aside = std::exchange(temporaryName_, {});
   if (!replaced) failAsLeftBeside(aside, lookFailure);
-  throw SavedFileError(target_,
-                       "over a change by another program, which is now in \"" + aside + '"');
+  throw SavedFileError(
+      target_, "over a change by another program, which is now in \"" + aside.string() + '"');
 }
 
-void TemporaryFile::failAsLeftBeside(const std::string& name, int code) const {
-  throw SavedFileError(target_, '"' + name + "\" is left beside it",
+void TemporaryFile::failAsLeftBeside(const std::filesystem::path& name, int code) const {
+  throw SavedFileError(target_, '"' + name.string() + "\" is left beside it",
                        std::error_code(code, std::generic_category()));
 }
 
 void TemporaryFile::removeTemporaryName() {
-  const std::string name = std::exchange(temporaryName_, {});
+  const std::filesystem::path name = std::exchange(temporaryName_, {});
   end();
   const auto remove = [&] { return unlinkat(folder_, name.c_str(), 0) == 0 || errno == ENOENT; };
   if (!remove() && !remove()) failAsLeftBeside(name, errno);

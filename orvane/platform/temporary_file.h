@@ -3,7 +3,6 @@
 #include <sys/types.h>
 
 #include <filesystem>
-#include <string>
 #include <string_view>
 
 #include "orvane/platform/error.h"
@@ -20,8 +19,8 @@ namespace orvane {
 class TemporaryFile {
  public:
   /// For the file `name` in the open `folder`; errors name `target`.
-  TemporaryFile(const FileDescriptor& folder, std::string name, std::filesystem::path target,
-                mode_t mode);
+  TemporaryFile(const FileDescriptor& folder, std::filesystem::path name,
+                std::filesystem::path target, mode_t mode);
   ~TemporaryFile() { discard(); }
   TemporaryFile(const TemporaryFile&) = delete;
   TemporaryFile& operator=(const TemporaryFile&) = delete;
@@ -55,21 +54,23 @@ class TemporaryFile {
 
  private:
   [[noreturn]] void fail(int code) const;
-  [[noreturn]] void failAsLeftBeside(const std::string& name, int code) const;
+  [[noreturn]] void failAsLeftBeside(const std::filesystem::path& name, int code) const;
   // Asked also where a call has failed: network file systems report so what they have done. They
   // differ where nothing can be seen.
-  bool isUnder(const std::string& name) const noexcept;
-  bool mayBeUnder(const std::string& name) const noexcept;
+  bool isUnder(const std::filesystem::path& name) const noexcept;
+  bool mayBeUnder(const std::filesystem::path& name) const noexcept;
   void removeTemporaryName();
   void end() noexcept;
 
+  // Names are paths, so that nothing is allocated to look at them: that may not fail once the
+  // content has its name.
   int folder_;
-  std::string name_;
+  std::filesystem::path name_;
   std::filesystem::path target_;
   FileDescriptor file_{};
-  FileDescriptor mark_{};        ///< that it is in use: outlives `file_`, until the name is given
-  FileStamp own_{};              ///< which file `file_` is
-  std::string temporaryName_{};  ///< empty while the content has none
+  FileDescriptor mark_{};  ///< that it is in use: outlives `file_`, until the name is given
+  FileStamp own_{};        ///< which file `file_` is
+  std::filesystem::path temporaryName_{};  ///< empty while the content has none
 };
 
 }  // namespace orvane

@@ -80,6 +80,7 @@ TEST_F(ProgramFaultySaving, AnEditInPlace) {
   const auto edit = saving({"edit", "gain", "-6", "-q", "good.wav", "--in-place"}, "good.wav");
   edit.failEveryCall({ENOSPC});
   edit.killAtEveryCall();
+  edit.failAllocations(5);
 }
 
 TEST_F(ProgramFaultySaving, ATakeInPlace) {
@@ -97,6 +98,7 @@ TEST_F(ProgramFaultySaving, RecordingsWithATake) {
       {"splice", "append", "-q", "take.wav", "good.wav", "-o", "out.wav", "--force"}, "out.wav");
   spliced.failEveryCall({ENOSPC});
   spliced.killAtEveryCall();
+  spliced.failAllocations(7);
 }
 
 TEST_F(ProgramFaultySaving, AListOfPresets) {

@@ -44,6 +44,10 @@ TEST_F(InPlaceSaveFault, EveryCallFails) {
     faulty.failEveryCall({EIO, ENOSPC, EDQUOT, EINTR}, {.anonymous = anonymous});
 }
 
+TEST_F(InPlaceSaveFault, EveryAllocationFails) {
+  saving().failAllocations();
+}
+
 TEST_F(InPlaceSaveFault, EveryWriteFallsShort) {
   saving().disturbEveryWrite();
 }

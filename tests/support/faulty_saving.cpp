@@ -5,11 +5,13 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <new>
 #include <sstream>
 #include <utility>
 
 #include "orvane/platform/atomic_file.h"
 #include "orvane/platform/error.h"
+#include "tests/support/allocation_faults.h"
 #include "tests/support/in_child.h"
 #include "tests/support/temporary_directory.h"
 #include "tests/support/whole_file.h"
@@ -61,9 +63,9 @@ void FaultySaving::putBack() const {
   }
 }
 
-SaveAttempt FaultySaving::attempt(const Plan& plan) const {
+SaveAttempt FaultySaving::attempt(const Plan& plan, std::optional<std::size_t> allocation) const {
   putBack();
-  return save_(plan);
+  return save_(plan, allocation);
 }
 
 bool FaultySaving::isReached(const SaveAttempt& attempt, std::size_t at) const {
@@ -153,45 +155,79 @@ void FaultySaving::terminateAtEveryCall(const std::string& held, Plan base) cons
   }
 }
 
+void FaultySaving::failAllocations(std::size_t step) const {
+  for (std::size_t at = 0;; at += step) {
+    SCOPED_TRACE("allocation " + std::to_string(at));
+    const auto done = attempt({}, at);
+    if (!done.hasLackedMemory) {
+      EXPECT_TRUE(done.isSaid) << done.error;
+      EXPECT_GT(at, 20U);
+      return;
+    }
+    const auto content = contentOf(target_);
+    const bool isNew = content == new_;
+    EXPECT_TRUE(isNew || content == old_) << "neither the old nor the new content";
+    EXPECT_TRUE(isNew || !done.isSaid) << "said to be saved";
+    EXPECT_TRUE(done.isSaid || !done.error.empty());
+    EXPECT_FALSE(done.isKilled);
+    if (isNew) {
+      EXPECT_EQ(done.error.find("unchanged"), std::string::npos) << done.error;
+    }
+    EXPECT_TRUE(leftovers().empty());
+  }
+}
+
 FaultySaving::Save FaultySaving::ofOperation(std::function<void()> operation) {
-  return [operation = std::move(operation)](const Plan& plan) {
-    SaveAttempt result;
-    if (plan.kind == Kind::kill || plan.kind == Kind::terminate) {
-      const auto end = runInChild([&] {
+  return
+      [operation = std::move(operation)](const Plan& plan, std::optional<std::size_t> allocation) {
+        SaveAttempt result;
+        if (plan.kind == Kind::kill || plan.kind == Kind::terminate) {
+          const auto end = runInChild([&] {
+            faults::begin(plan);
+            operation();
+            return 0;
+          });
+          result.isKilled = end.signal == SIGKILL || end.signal == SIGTERM;
+          result.isSaid = end.exitCode == 0;
+          if (!result.isSaid) result.error = "exit code " + std::to_string(end.exitCode);
+          return result;
+        }
         faults::begin(plan);
-        operation();
-        return 0;
-      });
-      result.isKilled = end.signal == SIGKILL || end.signal == SIGTERM;
-      result.isSaid = end.exitCode == 0;
-      if (!result.isSaid) result.error = "exit code " + std::to_string(end.exitCode);
-      return result;
-    }
-    faults::begin(plan);
-    try {
-      operation();
-      result.isSaid = true;
-    } catch (const Error& error) {
-      result.error = error.errorDescription();
-    }
-    result.calls = faults::end();
-    return result;
-  };
+        if (allocation) AllocationFaults::begin(*allocation);
+        try {
+          operation();
+          result.isSaid = true;
+        } catch (const Error& error) {
+          result.error = error.errorDescription();
+        } catch (const std::bad_alloc&) {
+          result.error = "not enough memory";
+        }
+        result.hasLackedMemory = AllocationFaults::end();
+        result.calls = faults::end();
+        return result;
+      };
 }
 
 FaultySaving::Save FaultySaving::ofProgram(std::filesystem::path program, ProgramSetup setup,
                                            std::filesystem::path library) {
-  return [=](const Plan& plan) {
+  return [=](const Plan& plan, std::optional<std::size_t> allocation) {
     const TemporaryDirectory folder;
     const auto log = folder / "calls";
     auto disturbed = setup;
-    for (auto& variable : faults::variablesFor(plan, library, log))
+    const auto note = folder / "failed";
+    for (auto& variable : allocation ? AllocationFaults::variablesFor(*allocation, library, note)
+                                     : faults::variablesFor(plan, library, log))
       disturbed.environment.push_back(std::move(variable));
     const ProgramEnd end = runProgram(program, disturbed);
     SaveAttempt result;
     result.isKilled = end.signal == SIGKILL || end.signal == SIGTERM;
     result.isSaid = end.exitCode == 0;
     result.error = end.errors;
+    result.hasLackedMemory = std::filesystem::exists(note);
+    if (allocation) {
+      result.isKilled = end.signal != 0;
+      return result;
+    }
     std::istringstream lines(readFile(log));
     for (std::string line; std::getline(lines, line);) result.calls.push_back(line);
     return result;

@@ -18,6 +18,7 @@ struct SaveAttempt {
   bool isKilled = false;             ///< it could say nothing more
   std::string error{};               ///< what it said else
   std::vector<std::string> calls{};  ///< the file-system calls that it made
+  bool hasLackedMemory = false;      ///< the allocation that was to fail has failed
 };
 
 /// Puts a way of saving through every fault in turn, and looks each time: what stands under the
@@ -26,8 +27,8 @@ struct SaveAttempt {
 class FaultySaving {
  public:
   using Plan = SystemCallFaults::Plan;
-  /// Saves once under the plan; always the same.
-  using Save = std::function<SaveAttempt(const Plan&)>;
+  /// Saves once under the plan, or with that allocation failing; always the same.
+  using Save = std::function<SaveAttempt(const Plan&, std::optional<std::size_t> allocation)>;
 
   /// `target` may stand there or not: as it is now it is before each attempt.
   FaultySaving(std::filesystem::path target, Save save);
@@ -42,6 +43,9 @@ class FaultySaving {
   /// The process gets SIGTERM before each call; from `held` on it must first complete its work.
   void terminateAtEveryCall(const std::string& held, Plan base = {}) const;
 
+  /// Allocations fail, every `step`th in turn, up to the last one.
+  void failAllocations(std::size_t step = 1) const;
+
   /// The content that a save without faults has made.
   const std::string& saved() const noexcept { return new_; }
 
@@ -54,7 +58,7 @@ class FaultySaving {
 
  private:
   void putBack() const;
-  SaveAttempt attempt(const Plan& plan) const;
+  SaveAttempt attempt(const Plan& plan, std::optional<std::size_t> allocation = {}) const;
   bool isReached(const SaveAttempt& attempt, std::size_t at) const;
   void checkContent(const SaveAttempt& attempt) const;
   std::vector<std::filesystem::path> leftovers() const;

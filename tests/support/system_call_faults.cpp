@@ -17,6 +17,8 @@
 #include <optional>
 #include <sstream>
 
+#include "tests/support/allocation_faults.h"
+
 namespace orvane::test::SystemCallFaults {
 namespace {
 
@@ -167,6 +169,7 @@ int open(const char* path, int flags, ...) {
   va_start(rest, flags);
   const long mode = modeOf(flags, rest);
   va_end(rest);
+  orvane::test::AllocationFaults::beginAsAsked();
   return static_cast<int>(faults::callOrFail("open", SYS_openat, AT_FDCWD, path, flags, mode));
 }
 
