@@ -46,4 +46,11 @@ std::int64_t FrameFollower::headFrames() const noexcept {
   return kept.empty() ? 0 : kept.front().first - kept.front().place;
 }
 
+std::uint64_t FrameFollower::movedReference(std::uint64_t reference) const noexcept {
+  const std::int64_t head = headFrames();
+  const auto frames = static_cast<std::uint64_t>(head < 0 ? -head : head);
+  return head < 0 ? reference - std::min(frames, reference)
+                  : std::max(reference + frames, reference);
+}
+
 }  // namespace orvane

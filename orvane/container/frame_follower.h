@@ -39,6 +39,10 @@ struct ORVANE_API FrameFollower {
   /// How many frames later than the file the result begins: below 0 when something new stands in
   /// front, 0 when nothing is kept.
   std::int64_t headFrames() const noexcept;
+
+  /// The time of the first frame, in frames since midnight. One that would lie before midnight is
+  /// midnight.
+  std::uint64_t movedReference(std::uint64_t reference) const noexcept;
 };
 
 }  // namespace orvane

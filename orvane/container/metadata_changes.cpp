@@ -2,11 +2,15 @@
 
 #include "orvane/container/audio_container.h"
 #include "orvane/container/chunked/aiff_positions.h"
+#include "orvane/container/chunked/broadcast_extension.h"
 #include "orvane/container/chunked/caf_positions.h"
+#include "orvane/container/chunked/ixml_time_stamp.h"
 #include "orvane/container/chunked/wave_positions.h"
 
 namespace orvane {
 namespace {
+
+constexpr FourCC kBroadcastExtension = fourCCFrom("bext");
 
 void dropMeasurements(ChunkEdits& edits) {
   edits.drop(fourCCFrom("PEAK"), "The stored peaks (PEAK) no longer hold and are gone");
@@ -17,10 +21,11 @@ void dropMeasurements(ChunkEdits& edits) {
 }  // namespace
 
 MetadataChanges followEdit(const InputFile& file, const PCMStream& stream,
-                           const FrameFollower& frames, bool hasChangedAudio) {
+                           const FrameFollower& frames, bool hasChangedAudio,
+                           const std::optional<BroadcastLoudness>& loudness) {
   const auto container = audioContainerFromFileTypeID(stream.description.fileTypeID);
   const bool hasMoved = !frames.movesNothing();
-  if (!container || (!hasMoved && !hasChangedAudio)) return {};
+  if (!container || (!hasMoved && !hasChangedAudio && !loudness)) return {};
   ChunkEdits edits(file, stream, frames);
   switch (*container) {
     case AudioContainer::caf:
@@ -31,16 +36,22 @@ MetadataChanges followEdit(const InputFile& file, const PCMStream& stream,
     case AudioContainer::aiff:
     case AudioContainer::aifc:
       if (hasMoved) AIFFPositions::followMarkers(edits);
-      dropMeasurements(edits);
+      if (hasMoved || hasChangedAudio) dropMeasurements(edits);
       break;
     default:
       if (hasMoved) {
         WavePositions::followCuePoints(edits);
         WavePositions::followLoops(edits);
         WavePositions::followTimers(edits);
+        followIXMLTimeStamp(edits);
+        if (stream.chunkList.find(fourCCFrom("r64m")) != nullptr)
+          edits.note("The markers in r64m were kept as they are, though frames have moved");
       }
-      WavePositions::followBroadcastExtension(edits);
-      dropMeasurements(edits);
+      BroadcastExtension::follow(edits, loudness);
+      if (hasMoved || hasChangedAudio) dropMeasurements(edits);
+      if (loudness && stream.chunkList.find(kBroadcastExtension) == nullptr)
+        edits.add(kBroadcastExtension,
+                  BroadcastExtension::stating(*loudness, stream.chunkList.grammar.byteOrder));
   }
   return edits.take();
 }

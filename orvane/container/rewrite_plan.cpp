@@ -11,6 +11,7 @@
 #include <limits>
 
 #include "orvane/container/audio_container.h"
+#include "orvane/container/chunked/chunk_bytes.h"
 #include "orvane/container/chunked/header_bytes.h"
 #include "orvane/container/chunked/header_fields.h"
 #include "orvane/container/pcm_file_outline.h"
@@ -82,6 +83,8 @@ Planner::Planner(const InputFile& file, const PCMStream& stream, const RewriteRe
 RewritePlan Planner::plan() {
   replaceAudio();
   for (const auto& [index, body] : request_.chunkChanges) changeChunk(list_.chunks[index], body);
+  for (const auto& [id, body] : request_.newChunks)
+    replace(audio_->headerOffset, 0, chunkBytes(list_.grammar, id, body));
   setFrameCounts();
   setFormSize();
   std::ranges::stable_sort(replacements_, {}, &Replacement::offset);

@@ -10,6 +10,7 @@
 #include "orvane/container/pcm_stream.h"
 #include "orvane/platform/atomic_file.h"
 #include "orvane/platform/export.h"
+#include "orvane/platform/four_cc.h"
 #include "orvane/platform/input_file.h"
 
 namespace orvane {
@@ -20,6 +21,8 @@ struct RewriteRequest {
   bool hasChangedAudio = false;  ///< CAF files count such edits
   /// Chunks, by their place in the list, that get another body, or none: they are left out.
   std::vector<std::pair<std::size_t, std::optional<std::vector<std::byte>>>> chunkChanges{};
+  /// Chunks that are put in front of the audio.
+  std::vector<std::pair<FourCC, std::vector<std::byte>>> newChunks{};
 };
 
 /// How a file is made from another one: pieces of it, bytes in place of some of its own, and the

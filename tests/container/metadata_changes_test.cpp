@@ -58,6 +58,16 @@ TEST_F(MetadataChangesTest, DropItAlsoWhereFramesOnlyMove) {
   EXPECT_EQ(result.chunks, (std::vector<FollowedChunk>{{"iXML", Bytes(2)}}));
 }
 
+TEST_F(MetadataChangesTest, SayWhichMarkersTheyDoNotFollow) {
+  const Bytes bytes = test::markedWave({{"r64m", Bytes(320)}}, "RF64");
+  const FollowedFile result = followed(bytes, Edits::headTrimmed(10));
+  EXPECT_EQ(result.chunks, (std::vector<FollowedChunk>{{"r64m", Bytes(320)}}));
+  EXPECT_EQ(result.notes,
+            (std::vector<std::string>{
+                "The markers in r64m were kept as they are, though frames have moved"}));
+  EXPECT_EQ(followed(bytes, Edits::none()).notes, std::vector<std::string>{});
+}
+
 TEST_F(MetadataChangesTest, LeaveOtherFilesAlone) {
   const Bytes law = test::formFile(
       "RIFF", "WAVE",

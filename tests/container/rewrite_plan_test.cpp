@@ -344,5 +344,25 @@ TEST_F(RewritePlanTest, SurvivesDamagedFiles) {
   EXPECT_GT(plans, 500);
 }
 
+TEST_F(RewritePlanTest, PutsNewChunksInFrontOfTheAudio) {
+  const RawChunk format{"fmt ", test::waveFormatBody({.channels = 1, .bits = 8})};
+  const RawChunk audio{"data", filled(7)};
+  const RawChunk added{"bext", filled(5, 3)};
+  const RawChunk behind{"iXML", filled(3, 2)};
+  const auto with = [&](const Bytes& bytes) {
+    const Parsed file = parsed(bytes);
+    return apply(plan(file, {.frameCount = file.stream.frameCount,
+                             .newChunks = {{fourCCFrom("bext"), added.body}}}),
+                 bytes, file.audio());
+  };
+  EXPECT_EQ(with(test::formFile("RIFF", "WAVE", {format, audio, behind})),
+            test::formFile("RIFF", "WAVE", {format, added, audio, behind}));
+  EXPECT_EQ(with(test::wave64File({format, audio, behind})),
+            test::wave64File({format, added, audio, behind}));
+  // The form may state nothing that is true, or nothing at all.
+  const Bytes open = test::formFile("RIFF", "WAVE", {format, {"data", filled(8), 0}});
+  EXPECT_EQ(parsed(with(open)).audio(), filled(8));
+}
+
 }  // namespace
 }  // namespace orvane

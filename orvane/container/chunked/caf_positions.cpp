@@ -1,6 +1,8 @@
 #include "orvane/container/chunked/caf_positions.h"
 
 #include <map>
+#include <utility>
+#include <vector>
 
 #include "orvane/container/chunked/marker_texts.h"
 
@@ -38,16 +40,45 @@ std::optional<double> beginningOf(const HeaderFields& body, std::size_t markers,
   return body.float64(markers + 4);
 }
 
-/// Where a marker comes to lie in a region that begins at `beginning`.
-std::optional<double> placeInRegion(const FrameFollower& frames, FourCC kind, double frame,
-                                    double beginning) {
-  const bool isEnd =
-      kind == fourCCFrom("rend") && isPlace(beginning) && isPlace(frame) && frame >= beginning;
-  if (!isEnd) return frames.placeOf(frame);
+/// Where the end of what begins at `beginning` comes to lie: behind what is left of it.
+std::optional<double> placeOfEnd(const FrameFollower& frames, double frame, double beginning) {
+  if (!isPlace(beginning) || !isPlace(frame) || frame < beginning) return frames.placeOf(frame);
   const auto first = static_cast<std::int64_t>(beginning);
   const auto end = static_cast<std::int64_t>(frame);
   const std::int64_t start = frames.placeOf(first).value_or(0);
   return static_cast<double>(frames.endOf(first, end, start)) + (frame - static_cast<double>(end));
+}
+
+struct Marker {
+  FourCC kind = 0;
+  double frame = 0;
+  std::uint32_t id = 0;
+  std::optional<double> place{};
+};
+
+/// Markers that only mean something together. A loop needs both of them.
+struct Pair {
+  FourCC beginning = 0;
+  FourCC end = 0;
+  bool isLoop = false;
+};
+constexpr Pair kPairs[] = {{fourCCFrom("rbeg"), fourCCFrom("rend")},
+                           {fourCCFrom("slbg"), fourCCFrom("slen"), true},
+                           {fourCCFrom("rlbg"), fourCCFrom("rlen"), true}};
+
+/// An end goes with its beginning, and stays with it.
+void followPairs(const FrameFollower& frames, std::vector<Marker>& markers) {
+  for (const Pair& pair : kPairs) {
+    Marker* open = nullptr;
+    for (Marker& marker : markers) {
+      if (marker.kind == pair.beginning) open = &marker;
+      if (marker.kind != pair.end || open == nullptr) continue;
+      Marker& beginning = *std::exchange(open, nullptr);
+      const bool isGone = !beginning.place || (pair.isLoop && !marker.place);
+      if (isGone) beginning.place.reset();
+      marker.place = isGone ? std::nullopt : placeOfEnd(frames, marker.frame, beginning.frame);
+    }
+  }
 }
 
 }  // namespace
@@ -57,16 +88,21 @@ void followMarkers(ChunkEdits& edits) {
   std::vector<std::string> gone;
   edits.edit(fourCCFrom("mark"), [&](const HeaderFields& body, HeaderBytes& edited) {
     const std::uint32_t count = body.u32(4);
-    std::vector<std::string> goneHere;
-    HeaderBytes kept = edits.bytes();
+    std::vector<Marker> markers;
     std::size_t at = kHead;
     for (std::uint32_t i = 0; i < count; ++i, at += kMarker) {
       const double frame = body.float64(at + 4);
-      const std::uint32_t id = body.u32(at + 12);
-      if (const auto place = edits.frames().placeOf(frame))
-        putMarker(kept, body, at, *place);
+      markers.push_back({body.fourCC(at), frame, body.u32(at + 12), edits.frames().placeOf(frame)});
+    }
+    followPairs(edits.frames(), markers);
+    std::vector<std::string> goneHere;
+    HeaderBytes kept = edits.bytes();
+    for (std::size_t i = 0; i < markers.size(); ++i) {
+      const Marker& marker = markers[i];
+      if (marker.place)
+        putMarker(kept, body, kHead + i * kMarker, *marker.place);
       else
-        goneHere.push_back(nameOf(edits, names, id, frame));
+        goneHere.push_back(nameOf(edits, names, marker.id, marker.frame));
     }
     edited.text(body.text(0, 4)).u32(kept.size() / kMarker).append(kept.bytes());
     edited.text(body.rest(at));
@@ -102,8 +138,10 @@ void followRegions(ChunkEdits& edits) {
       HeaderBytes region = edits.bytes();
       for (std::size_t marker = markers; marker < at; marker += kMarker) {
         const double frame = body.float64(marker + 4);
-        const FourCC kind = body.fourCC(marker);
-        if (const auto place = placeInRegion(edits.frames(), kind, frame, beginning.value_or(0)))
+        const bool isEnd = body.fourCC(marker) == fourCCFrom("rend");
+        const auto place = isEnd ? placeOfEnd(edits.frames(), frame, beginning.value_or(0))
+                                 : edits.frames().placeOf(frame);
+        if (place)
           putMarker(region, body, marker, *place);
         else
           goneMarkersHere.push_back(nameOf(edits, names, body.u32(marker + 12), frame));

@@ -31,6 +31,11 @@ class ChunkEdits {
   /// Leaves out all chunks with this identifier, and says `why` if there was one.
   void drop(FourCC id, const std::string& why);
 
+  /// A chunk that the file does not have.
+  void add(FourCC id, std::vector<std::byte> body) {
+    changes_.newChunks.emplace_back(id, std::move(body));
+  }
+
   /// Where a 32-bit place comes to lie; absent when it was removed or the field cannot hold it. All
   /// ones is no place and stays.
   std::optional<std::uint32_t> placeOf(std::uint32_t frame) const noexcept;

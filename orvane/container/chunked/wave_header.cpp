@@ -8,6 +8,7 @@
 #include <limits>
 #include <numeric>
 
+#include "orvane/container/chunked/chunk_bytes.h"
 #include "orvane/container/chunked/header_bytes.h"
 #include "orvane/container/chunked/wave_format.h"
 
@@ -148,7 +149,6 @@ PCMFileOutline outlineWave(const PCMFileSpecification& specification) {
 PCMFileOutline outlineWave64(const PCMFileSpecification& specification) {
   using namespace std::string_view_literals;
   constexpr auto kFormTail = "\x2E\x91\xCF\x11\xA5\xD6\x28\xDB\x04\xC1\0\0"sv;
-  constexpr auto kChunkTail = "\xF3\xAC\xD3\x11\x8C\xD1\0\xC0\x4F\x8E\xDB\x8A"sv;
   constexpr std::uint64_t kChunkHeader = 24;
   constexpr std::uint64_t kFormHeader = 40;
   Format format = formatOf(specification);
@@ -156,7 +156,7 @@ PCMFileOutline outlineWave64(const PCMFileSpecification& specification) {
 
   HeaderBytes chunks;
   const auto chunk = [&](FourCC id, std::span<const std::byte> body) {
-    chunks.fourCC(id).text(kChunkTail).u64(kChunkHeader + body.size()).append(body).padTo(8);
+    chunks.append(chunkBytes({.header = ChunkGrammar::Header::wave64}, id, body));
   };
   chunk(kWaveFormatID, format.body);
   if (specification.encoding.isFloat)
@@ -166,8 +166,8 @@ PCMFileOutline outlineWave64(const PCMFileSpecification& specification) {
   // some readers take it for samples.
   const std::uint64_t fileBytes = kFormHeader + chunks.size() + kChunkHeader + outline.audioBytes;
   HeaderBytes head;
-  head.text("riff").text(kFormTail).u64(fileBytes).text("wave").text(kChunkTail);
-  head.append(chunks.bytes()).fourCC(kWaveDataID).text(kChunkTail);
+  head.text("riff").text(kFormTail).u64(fileBytes).text("wave").text(kWave64ChunkTail);
+  head.append(chunks.bytes()).fourCC(kWaveDataID).text(kWave64ChunkTail);
   head.u64(kChunkHeader + outline.audioBytes);
   outline.head = head.bytes();
   return outline;

@@ -11,6 +11,17 @@ namespace {
 
 constexpr FourCC kRegion = fourCCFrom("ltxt");
 
+/// A count, then as many entries of `size` bytes, of which `follow` writes those that stay.
+template <class Follow>
+bool followEntries(const HeaderFields& body, HeaderBytes& edited, HeaderBytes kept,
+                   std::size_t size, Follow follow) {
+  const std::uint32_t count = body.u32(0);
+  std::size_t at = 4;
+  for (std::uint32_t i = 0; i < count; ++i, at += size) follow(at, kept);
+  edited.u32(kept.size() / size).append(kept.bytes()).text(body.rest(at));
+  return kept.size() > 0 || count == 0;
+}
+
 /// Cue points and everything that refers to them.
 class CueFollower {
  public:
@@ -52,26 +63,23 @@ void CueFollower::follow() {
       fourCCFrom("adtl"));
 }
 
-/// A count, then points: identifier, position, chunk, two offsets of that, frame.
+/// Points: identifier, position, chunk, two offsets of that, frame.
 bool CueFollower::followPoints(const HeaderFields& body, HeaderBytes& edited) {
   constexpr std::size_t kPoint = 24;
-  const std::uint32_t count = body.u32(0);
   std::vector<std::pair<std::uint32_t, Point>> points;
-  HeaderBytes kept = edits_.bytes();
-  std::size_t at = 4;
-  for (std::uint32_t i = 0; i < count; ++i, at += kPoint) {
+  const auto followPoint = [&](std::size_t at, HeaderBytes& kept) {
     const std::uint32_t id = body.u32(at);
     const std::uint32_t position = body.u32(at + 4);
     const std::uint32_t frame = body.u32(at + 20);
     const auto place = edits_.placeOf(frame);
     points.emplace_back(id, Point{frame, place});
-    if (!place) continue;
+    if (!place) return;
     // The position repeats the frame, or it is left at 0, or it counts in a playlist's order.
     const bool isUnused = position == 0 && frame != 0;
     kept.u32(id).u32(isUnused ? 0 : edits_.placeOf(position).value_or(*place));
     kept.text(body.text(at + 8, 12)).u32(*place);
-  }
-  edited.u32(kept.size() / kPoint).append(kept.bytes()).text(body.rest(at));
+  };
+  const bool isKept = followEntries(body, edited, edits_.bytes(), kPoint, followPoint);
 
   for (const auto& [id, point] : points) {
     Point& known = points_.try_emplace(id, point).first->second;
@@ -81,17 +89,14 @@ bool CueFollower::followPoints(const HeaderFields& body, HeaderBytes& edited) {
     const bool hasName = text != texts_.end() && !text->second.name().empty();
     gone_.push_back(hasName ? text->second.name() : edits_.placeName(point.frame));
   }
-  return kept.size() > 0 || count == 0;
+  return isKept;
 }
 
-/// A count, then segments: cue point, length, repetitions.
+/// Segments: cue point, length, repetitions.
 bool CueFollower::followPlaylist(const HeaderFields& body, HeaderBytes& edited) {
   constexpr std::size_t kSegment = 12;
-  const std::uint32_t count = body.u32(0);
   std::vector<std::string> gone;
-  HeaderBytes kept = edits_.bytes();
-  std::size_t at = 4;
-  for (std::uint32_t i = 0; i < count; ++i, at += kSegment) {
+  const auto followSegment = [&](std::size_t at, HeaderBytes& kept) {
     const std::uint32_t id = body.u32(at);
     const std::uint32_t length = body.u32(at + 4);
     const std::string rest = body.text(at + 8, 4);
@@ -102,10 +107,10 @@ bool CueFollower::followPlaylist(const HeaderFields& body, HeaderBytes& edited) 
       kept.u32(id)
           .u32(point != nullptr ? edits_.lengthOf(point->frame, length, *point->place) : length)
           .text(rest);
-  }
-  edited.u32(kept.size() / kSegment).append(kept.bytes()).text(body.rest(at));
+  };
+  const bool isKept = followEntries(body, edited, edits_.bytes(), kSegment, followSegment);
   goneSegments_.insert(goneSegments_.end(), gone.begin(), gone.end());
-  return kept.size() > 0 || count == 0;
+  return isKept;
 }
 
 /// A type, then chunks that begin with the cue point that they speak of.
@@ -198,40 +203,6 @@ void followTimers(ChunkEdits& edits) {
     return true;
   });
   edits.noteGone("cart timer", "lay in removed audio", gone);
-}
-
-void followBroadcastExtension(ChunkEdits& edits) {
-  // EBU Tech 3285 v2, 2.3: the time reference in two halves, the low one first; the version, the
-  // UMID, then loudness, its range, and the highest true peak, momentary and short-term loudness.
-  constexpr std::size_t kTimeReference = 338;
-  constexpr std::size_t kVersion = 346;
-  constexpr std::size_t kLoudness = 412;
-  constexpr std::size_t kLoudnessFields = 5;
-  constexpr std::uint64_t kNotStated = 0x7FFF;
-  edits.edit(fourCCFrom("bext"), [&](const HeaderFields& body, HeaderBytes& edited) {
-    const std::uint64_t reference =
-        std::uint64_t{body.u32(kTimeReference + 4)} << 32U | body.u32(kTimeReference);
-    const std::int64_t head = edits.frames().headFrames();
-    const auto frames = static_cast<std::uint64_t>(head < 0 ? -head : head);
-    const std::uint64_t moved = head < 0 ? reference - std::min(frames, reference)
-                                         : std::max(reference + frames, reference);
-    edited.text(body.text(0, kTimeReference)).u32(moved & 0xFFFFFFFF).u32(moved >> 32U);
-    edited.text(body.text(kVersion, kLoudness - kVersion));
-    bool hasUnset = false;
-    for (std::size_t at = kLoudness; at < kLoudness + 2 * kLoudnessFields; at += 2) {
-      const std::uint64_t stated = body.u16(at);
-      const bool isUnset = body.u16(kVersion) >= 2 && stated != kNotStated;
-      edited.u16(isUnset ? kNotStated : stated);
-      hasUnset = hasUnset || isUnset;
-    }
-    edited.text(body.rest(kLoudness + 2 * kLoudnessFields));
-    if (moved != reference)
-      edits.note("The time reference (bext) is now " +
-                 std::to_string(moved > reference ? moved - reference : reference - moved) +
-                 (moved > reference ? " frames later" : " frames earlier"));
-    if (hasUnset) edits.note("The loudness stated in bext no longer holds and is unset");
-    return true;
-  });
 }
 
 }  // namespace orvane::WavePositions

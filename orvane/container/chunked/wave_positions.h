@@ -6,8 +6,7 @@
 namespace orvane::WavePositions {
 
 /// `cue ` points, their labels, notes and regions in `LIST` chunks of type `adtl`, and the
-/// playlists
-/// (`plst`) made of them.
+/// playlists (`plst`) made of them.
 void followCuePoints(ChunkEdits& edits);
 
 /// The loops of `smpl`.
@@ -15,9 +14,5 @@ void followLoops(ChunkEdits& edits);
 
 /// The timers of `cart` (AES46-2002).
 void followTimers(ChunkEdits& edits);
-
-/// The time reference of `bext` (EBU Tech 3285) follows the head; the loudness of its version 2,
-/// which was that of other samples, is unset.
-void followBroadcastExtension(ChunkEdits& edits);
 
 }  // namespace orvane::WavePositions

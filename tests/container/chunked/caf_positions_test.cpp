@@ -88,6 +88,24 @@ TEST_F(CAFPositionsTest, FollowTheEdit) {
       (FollowedFile{{{"strg", names}}, {"1 marker lay in removed audio and is gone: at 0.005 s"}}));
 }
 
+/// A loop was left without its beginning, or with an end that lay elsewhere.
+TEST_F(CAFPositionsTest, OfLoopsAndRegionsGoTogether) {
+  const Bytes before = marks({{"rbeg", 5, 1},
+                              {"slbg", 20, 2},
+                              {"slen", 60, 3},
+                              {"rend", 70, 4},
+                              {"rlen", 80, 5}});  // without a beginning
+  const auto after = [&](const FrameFollower& frames, const Markers& expected) {
+    EXPECT_EQ(followed(markedCAF({{"mark", before}}), frames).chunks,
+              (std::vector<FollowedChunk>{{"mark", marks(expected)}}));
+  };
+  after(Edits::headTrimmed(10), {{"slbg", 10, 2}, {"slen", 50, 3}, {"rlen", 70, 5}});
+  after(Edits::cut(15, 25), {{"rbeg", 5, 1}, {"rend", 60, 4}, {"rlen", 70, 5}});
+  after(Edits::cut(50, 75), {{"rbeg", 5, 1}, {"rend", 50, 4}, {"rlen", 55, 5}});
+  after(Edits::inserted(30, 5),
+        {{"rbeg", 5, 1}, {"slbg", 20, 2}, {"slen", 65, 3}, {"rend", 75, 4}, {"rlen", 85, 5}});
+}
+
 TEST_F(CAFPositionsTest, OfRegionsMoveEndAndGo) {
   const Bytes before = regions({{1, {{"rsyc", 20, 5}, {"rbeg", 15, 6}, {"rend", 50.5, 7}}},
                                 {2, {{"rbeg", 60, 0}, {"rend", 100, 0}}},

@@ -55,9 +55,16 @@ struct FollowedChunk {
 struct FollowedFile {
   std::vector<FollowedChunk> chunks{};
   std::vector<std::string> notes{};
+  std::vector<FollowedChunk> added{};
 
   bool operator==(const FollowedFile&) const = default;
 };
+
+inline std::string lettersOf(FourCC id) {
+  std::string letters;
+  for (int shift = 24; shift >= 0; shift -= 8) letters += static_cast<char>(id >> shift);
+  return letters;
+}
 
 inline PCMStream parsedStream(const InputFile& file) {
   const SniffedContainer container = sniffContainer(file);
@@ -101,18 +108,18 @@ class FollowedFileTest : public testing::Test {
  protected:
   /// The chunks behind the audio after an edit.
   FollowedFile followed(const Bytes& bytes, const FrameFollower& frames,
-                        bool hasChangedAudio = true) const {
+                        bool hasChangedAudio = true,
+                        const std::optional<BroadcastLoudness>& loudness = {}) const {
     const auto path = folder_.write("file", bytes);
     const InputFile file(path);
     const PCMStream stream = parsedStream(file);
-    const auto changes = followEdit(file, stream, frames, hasChangedAudio);
+    const auto changes = followEdit(file, stream, frames, hasChangedAudio, loudness);
     FollowedFile result{.notes = changes.notes};
+    for (const auto& [id, body] : changes.newChunks) result.added.push_back({lettersOf(id), body});
     const auto& chunks = stream.chunkList.chunks;
     const auto audio = stream.chunkList.find(stream.chunkList.grammar.audioID) - chunks.data();
     for (auto i = static_cast<std::size_t>(audio) + 1; i < chunks.size(); ++i) {
-      FollowedChunk chunk;
-      for (int shift = 24; shift >= 0; shift -= 8)
-        chunk.id += static_cast<char>(chunks[i].id >> shift);
+      FollowedChunk chunk{.id = lettersOf(chunks[i].id)};
       chunk.body.resize(static_cast<std::size_t>(chunks[i].size));
       file.readExactlyAt(chunks[i].bodyOffset, chunk.body);
       const auto change = std::ranges::find(changes.chunkChanges, i,
@@ -126,6 +133,15 @@ class FollowedFileTest : public testing::Test {
       if (change->second) result.chunks.push_back({chunk.id, *change->second});
     }
     return result;
+  }
+
+  /// The only chunk of a WAVE file after an edit; absent when it is gone.
+  std::optional<Bytes> after(const FrameFollower& frames, const std::string& id, const Bytes& body,
+                             std::vector<std::string>* notes = nullptr) const {
+    const FollowedFile result = followed(markedWave({{id, body}}), frames);
+    if (notes != nullptr) *notes = result.notes;
+    if (result.chunks.empty()) return std::nullopt;
+    return result.chunks.front().body;
   }
 
   const TemporaryDirectory& folder() const { return folder_; }

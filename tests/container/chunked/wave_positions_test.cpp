@@ -18,17 +18,7 @@ using test::markedWave64;
 using test::RawChunk;
 using Notes = std::vector<std::string>;
 
-class WavePositionsTest : public test::FollowedFileTest {
- protected:
-  /// The chunk after an edit; absent when it is gone.
-  std::optional<Bytes> after(const FrameFollower& frames, const std::string& id, const Bytes& body,
-                             Notes* notes = nullptr) const {
-    const FollowedFile result = followed(markedWave({{id, body}}), frames);
-    if (notes != nullptr) *notes = result.notes;
-    if (result.chunks.empty()) return std::nullopt;
-    return result.chunks.front().body;
-  }
-};
+using WavePositionsTest = test::FollowedFileTest;
 
 struct Point {
   std::uint32_t id = 0;
@@ -286,51 +276,6 @@ TEST_F(WavePositionsTest, AreThoseOfTimers) {
             cart({{"SEGs", 5}, {"INT1", 35}, {"EOD ", 105}}));
   // Unused timers are no places.
   EXPECT_EQ(after(Edits::headTrimmed(10), "cart", cart({})), cart({}));
-}
-
-Bytes broadcast(std::uint64_t reference, std::uint16_t version, int loudness = -2300,
-                std::endian order = std::endian::little) {
-  ByteWriter writer(order);
-  writer.text("description").zeros(327).u32(reference & 0xFFFFFFFF).u32(reference >> 32U);
-  writer.u16(version).zeros(64);
-  for (int i = 0; i < 5; ++i) writer.u16(static_cast<std::uint16_t>(loudness));
-  return writer.zeros(180).text("A=PCM,F=48000\r\n").bytes();
-}
-
-constexpr int kUnset = 0x7FFF;
-
-TEST_F(WavePositionsTest, OfTheHeadMoveTheTimeReference) {
-  Notes notes;
-  const std::uint64_t late = 0x1FFFFFFFB;
-  EXPECT_EQ(after(Edits::headTrimmed(10), "bext", broadcast(late, 1), &notes),
-            broadcast(late + 10, 1));
-  EXPECT_EQ(notes, Notes{"The time reference (bext) is now 10 frames later"});
-  EXPECT_EQ(after(Edits::inserted(0, 20), "bext", broadcast(0x100000005, 1), &notes),
-            broadcast(0xFFFFFFF1, 1));
-  EXPECT_EQ(notes, Notes{"The time reference (bext) is now 20 frames earlier"});
-  EXPECT_EQ(after(Edits::inserted(0, 20), "bext", broadcast(5, 1)), broadcast(0, 1));
-  for (const auto& frames :
-       {Edits::tailTrimmed(10), Edits::cut(40, 60), Edits::inserted(50, 20), Edits::none()})
-    EXPECT_EQ(after(frames, "bext", broadcast(late, 1), &notes), broadcast(late, 1));
-  EXPECT_EQ(notes, Notes{});
-  EXPECT_EQ(after(Edits::headTrimmed(10), "bext", broadcast(UINT64_MAX, 1)),
-            broadcast(UINT64_MAX, 1));
-
-  const auto big = [](std::uint64_t reference, int loudness) {
-    return broadcast(reference, 2, loudness, std::endian::big);
-  };
-  EXPECT_EQ(followed(markedWave({{"bext", big(7, 0)}}, "RIFX"), Edits::headTrimmed(10)).chunks,
-            (std::vector<FollowedChunk>{{"bext", big(17, kUnset)}}));
-}
-
-TEST_F(WavePositionsTest, ComeWithLoudnessThatNewSamplesUnset) {
-  Notes notes;
-  EXPECT_EQ(after(Edits::none(), "bext", broadcast(7, 2), &notes), broadcast(7, 2, kUnset));
-  EXPECT_EQ(notes, Notes{"The loudness stated in bext no longer holds and is unset"});
-  EXPECT_EQ(after(Edits::none(), "bext", broadcast(7, 2, kUnset), &notes), broadcast(7, 2, kUnset));
-  EXPECT_EQ(notes, Notes{});
-  // Before version 2 these bytes were reserved.
-  EXPECT_EQ(after(Edits::none(), "bext", broadcast(7, 1, 0)), broadcast(7, 1, 0));
 }
 
 }  // namespace
