@@ -56,7 +56,7 @@ std::vector<fs::path> splitNames(const fs::path& output, const AudioFormat& form
 /// The files to be written, with all channels of the audio or one of them each.
 std::vector<WrittenAudio> outlined(const EditOptions& options, const AudioOutputOptions& output,
                                    const AudioSource& source, std::int64_t frameCount) {
-  if (options.requests.back().edit)
+  if (options.requests.empty() || options.requests.back().edit)
     return {EditedAudio::outlined(output.file, output, source, source.format(), frameCount)};
   std::vector<WrittenAudio> files;
   const AudioFormat mono{.sampleRate = source.format().sampleRate, .channelCount = 1};
@@ -108,7 +108,7 @@ EditChain chainOf(const EditOptions& options, const AudioSource& source, std::in
 
 ExitCode runEdit(const EditOptions& options, Console& console) {
   requireDestination(options.output, options.source.rawFormat.has_value());
-  const bool isSplit = !options.requests.back().edit;
+  const bool isSplit = !options.requests.empty() && !options.requests.back().edit;
   if (options.output.inPlace && isSplit) throw UsageError("split is not done in place");
   ProgressBar bar(console, 1, !options.output.quiet);
   const auto observer = bar.forFile(options.file);
@@ -128,7 +128,8 @@ ExitCode runEdit(const EditOptions& options, Console& console) {
   const RequestedSpeech speech = speechOf(options, source->format().sampleRate, execution);
   chain = chainOf(options, *source, source->frameLength(), speech);
 
-  const bool isMeasured = !output.dryRun && (output.json || !output.quiet);
+  const bool isMeasured =
+      !options.requests.empty() && !output.dryRun && (output.json || !output.quiet);
   ProgrammeLevels before;
   ProgrammeLevels after;
   std::vector<Normalization> normalizations;
@@ -179,13 +180,30 @@ void completeRequests(EditOptions& options, const EditOperation& operation, Oper
     if (!options.requests[i].edit) throw UsageError("split comes last");
 }
 
+/// Nothing is edited; what the file says of its loudness is put right.
+void addLoudnessCommand(CLI::App& edit, ChosenCommand& chosen) {
+  const auto options = std::make_shared<EditOptions>();
+  options->output.updateLoudness = true;
+  CLI::App& command = *edit.add_subcommand(
+      "loudness",
+      "State the loudness as measured in the broadcast extension (bext), which is "
+      "added where there is none");
+  command.add_option("IN", options->file, "The file to measure")->required();
+  addAudioOutputOptions(command, options->output, false);
+  addInPlaceOptions(command, options->output, "IN");
+  command.callback([options, &chosen] {
+    chosen = [options](Console& console) { return runEdit(*options, console); };
+  });
+}
+
 }  // namespace
 
 void addEditCommand(CLI::App& program, ChosenCommand& chosen) {
-  CLI::App* const edit = program.add_subcommand(
-      "edit",
-      "Edit the audio of a file and write it to another one. A TIME is in seconds, "
-      "[h:]mm:ss[.fff] or #FRAME");
+  CLI::App* const edit =
+      program.add_subcommand("edit",
+                             "Edit the audio of a file and write it to another one or into the "
+                             "file itself. A TIME is in seconds, "
+                             "[h:]mm:ss[.fff] or #FRAME");
   edit->require_subcommand(1);
   addEditOperations(
       *edit, "IN",
@@ -205,6 +223,7 @@ void addEditCommand(CLI::App& program, ChosenCommand& chosen) {
             ->group("Edit");
         addAudioOutputOptions(command, options->output, false);
         addInPlaceOptions(command, options->output, "IN");
+        addLoudnessOption(command, options->output);
         addAudioFormatOptions(command, options->output);
         addSourceOptions(command, options->source);
         command.callback([options, words, &operation, &chosen] {
@@ -212,6 +231,7 @@ void addEditCommand(CLI::App& program, ChosenCommand& chosen) {
           chosen = [options](Console& console) { return runEdit(*options, console); };
         });
       });
+  addLoudnessCommand(*edit, chosen);
 }
 
 }  // namespace orvane::cli

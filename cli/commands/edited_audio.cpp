@@ -1,5 +1,7 @@
 #include "cli/commands/edited_audio.h"
 
+#include <algorithm>
+
 #include "cli/options/sample_rate_limits.h"
 #include "cli/output/abandoned_files.h"
 #include "cli/output/number_text.h"
@@ -7,6 +9,7 @@
 #include "orvane/edit/audio_copy.h"
 #include "orvane/edit/in_place_save.h"
 #include "orvane/edit/pcm_write_settings.h"
+#include "orvane/edit/programme_levels.h"
 
 namespace orvane::cli::EditedAudio {
 namespace {
@@ -28,6 +31,20 @@ std::string namesOf(const std::vector<FourCC>& chunks) {
 
 /// Bits that a sample of a float has.
 constexpr std::int64_t kFloatBits = 24;
+
+/// Throws `PlatformError` for a file that cannot state its loudness.
+void requirePlaceForLoudness(const std::filesystem::path& file, FourCC fileTypeID,
+                             bool keepsChunks) {
+  constexpr AudioContainer kWaves[] = {AudioContainer::wave, AudioContainer::rf64,
+                                       AudioContainer::bw64, AudioContainer::wave64};
+  if (std::ranges::find(kWaves, *audioContainerFromFileTypeID(fileTypeID)) == std::end(kWaves))
+    throw PlatformError(file,
+                        "only WAV, RF64, BW64 and Wave64 files have a place for the loudness");
+  if (!keepsChunks)
+    throw PlatformError(file,
+                        "the loudness is only stated in files of the source's container, encoding "
+                        "and channels");
+}
 
 /// A copy of the file as it is, "take.wav.bak" for "take.wav".
 void writeBackup(const AudioSource& source, bool force) {
@@ -85,9 +102,11 @@ WrittenAudio outlined(const std::filesystem::path& file, const AudioOutputOption
                                                outline.fileTypeID == identity->containerTypeID &&
                                                encoding == identity->pcmEncoding &&
                                                format.channelCount == source.format().channelCount);
+  if (options.updateLoudness) requirePlaceForLoudness(file, outline.fileTypeID, keepsChunks);
   return {.file = file,
           .settings = std::move(settings),
           .frameCount = frameCount,
+          .sample = outline.sample,
           .keepsChunks = keepsChunks,
           .warnings = keepsChunks ? std::vector<std::string>{} : outline.warnings};
 }
@@ -95,7 +114,10 @@ WrittenAudio outlined(const std::filesystem::path& file, const AudioOutputOption
 void write(WrittenAudio& written, const AudioOutputOptions& options, const AudioSource& source,
            const FrameMap& frames, PlanarView audio, const Execution& execution) {
   const auto ditherSeed = options.dither ? std::optional<std::uint64_t>(0) : std::nullopt;
-  const AudioRewrite::Options rewrite{.frames = frames, .ditherSeed = ditherSeed};
+  if (options.updateLoudness)
+    written.loudness = measureBroadcastLoudness(audio, source.format(), written.sample, execution);
+  const AudioRewrite::Options rewrite{
+      .frames = frames, .ditherSeed = ditherSeed, .loudness = written.loudness};
   const auto tell = [&](const AudioRewrite::Outcome& outcome) {
     written.losses = outcome.samples;
     written.warnings.insert(written.warnings.end(), outcome.notes.begin(), outcome.notes.end());

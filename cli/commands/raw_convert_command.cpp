@@ -1,17 +1,16 @@
 #include <memory>
 
+#include "cli/commands/edited_audio.h"
 #include "cli/commands/job_runner.h"
 #include "cli/commands/raw_commands.h"
 #include "cli/options/audio_output_options.h"
 #include "cli/options/source_options.h"
-#include "cli/output/abandoned_files.h"
 #include "cli/output/output_file.h"
 #include "cli/output/written_audio.h"
 #include "cli/terminal/progress_bar.h"
 #include "cli/usage_error.h"
 #include "orvane/audio/audio_source.h"
 #include "orvane/edit/audio_copy.h"
-#include "orvane/edit/pcm_write_settings.h"
 
 namespace orvane::cli {
 namespace {
@@ -27,25 +26,15 @@ ExitCode runConvert(const ConvertOptions& options, Console& console) {
   const AudioOutputOptions& output = options.output;
   ReadFiles read;
   read.add(options.file);
-  read.requireNone(output.file);
-  OutputFile::requireWritable(output.file, output.force);
-  warnOfAbandonedFiles({output.file}, console);
+  EditedAudio::requireWritable({output.file}, output, read, console);
 
   ProgressBar bar(console, 1, !output.quiet);
   const auto observer = bar.forFile(options.file);
   const Execution execution{.threadCount = JobRunner::threadsPerJob(1), .observer = observer.get()};
   const auto source =
       AudioSource::open(options.file, options.source.rawFormat, {.execution = execution});
-  const PCMEncoding encoding = output.encodingFor(*source);
-  WrittenAudio written{
-      .file = output.file,
-      .settings = PCMWriteSettings::make(output.containerFor(encoding, AudioContainer::wave),
-                                         source->format(), encoding),
-      .frameCount = source->frameLength()};
-  const PCMFileOutline outline =
-      PCMFileWriter::outline(output.file, written.settings, written.frameCount);
-  written.settings.fileTypeID = outline.fileTypeID;
-  written.warnings = outline.warnings;
+  auto written =
+      EditedAudio::outlined(output.file, output, *source, source->format(), source->frameLength());
   if (!output.dryRun)
     written.losses = OutputFile::writing(output.file, [&] {
       PCMFileWriter writer(

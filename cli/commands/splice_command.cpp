@@ -185,6 +185,7 @@ void addKind(CLI::App& splice, Kind kind, const std::string& description, Chosen
                 [&options](EditTime time) { options.crossfade = time; });
   addAudioOutputOptions(command, options.output, false);
   addInPlaceOptions(command, options.output, "BASE");
+  addLoudnessOption(command, options.output);
   addAudioFormatOptions(command, options.output);
   addSourceOptions(command, options.source);
   command.footer("--raw, --preset and --stream speak of BASE.");

@@ -75,6 +75,14 @@ void addInPlaceOptions(CLI::App& command, AudioOutputOptions& options, const std
       ->group(kGroup);
 }
 
+void addLoudnessOption(CLI::App& command, AudioOutputOptions& options) {
+  command
+      .add_flag("--update-loudness", options.updateLoudness,
+                "State the loudness as measured in the broadcast extension (bext) of a WAV, RF64, "
+                "BW64 or Wave64 file")
+      ->group(kGroup);
+}
+
 void requireDestination(const AudioOutputOptions& options, bool isHeaderless) {
   if (options.inPlace == !options.file.empty())
     throw UsageError("-o OUT or --in-place says where the edited audio goes, one of them");

@@ -25,6 +25,7 @@ struct AudioOutputOptions {
   bool quiet = false;
   bool inPlace = false;  ///< into the source itself, with no file of its own
   bool backup = false;   ///< of the source, before
+  bool updateLoudness = false;
 
   /// The encoding by `--encoding`, else the source's; 24-bit integers for compressed sources.
   PCMEncoding encodingFor(const AudioSource& source) const;
@@ -41,6 +42,9 @@ void addAudioOutputOptions(CLI::App& command, AudioOutputOptions& options, bool 
 
 /// `--in-place` and `--backup`, for a source that the help calls `source`.
 void addInPlaceOptions(CLI::App& command, AudioOutputOptions& options, const std::string& source);
+
+/// `--update-loudness`.
+void addLoudnessOption(CLI::App& command, AudioOutputOptions& options);
 
 /// Throws `UsageError` unless just one of `-o` and `--in-place` says where the audio of a source
 /// goes, or for what does not go with it.

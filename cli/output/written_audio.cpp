@@ -23,6 +23,25 @@ std::vector<std::string> warningsOf(const WrittenAudio& audio) {
   return warnings;
 }
 
+std::string figure(std::optional<float> value, const char* unit) {
+  return NumberText::fixed(double{*value}, 2) + " " + unit;
+}
+
+std::string description(const BroadcastLoudness& loudness) {
+  return "Stated in bext: " + figure(loudness.integratedLUFS, "LUFS") + ", range " +
+         figure(loudness.rangeLU, "LU") + ", true peak " + figure(loudness.maxTruePeakDB, "dBTP") +
+         ", momentary " + figure(loudness.maxMomentaryLUFS, "LUFS") + ", short-term " +
+         figure(loudness.maxShortTermLUFS, "LUFS");
+}
+
+void addLoudness(JsonOutput::Document& document, const BroadcastLoudness& loudness) {
+  document.add("statedIntegratedLUFS", loudness.integratedLUFS.value());
+  document.add("statedLoudnessRange", loudness.rangeLU.value());
+  document.add("statedMaxTruePeakDB", loudness.maxTruePeakDB.value());
+  document.add("statedMaxMomentaryLUFS", loudness.maxMomentaryLUFS.value());
+  document.add("statedMaxShortTermLUFS", loudness.maxShortTermLUFS.value());
+}
+
 }  // namespace
 
 std::string WrittenAudio::summary() const {
@@ -49,10 +68,12 @@ void tellOfWrittenAudio(const WrittenAudio& audio, const AudioOutputOptions& opt
     document.add("frameCount", audio.frameCount);
     document.add("clippedSamples", static_cast<std::int64_t>(audio.losses.clipped));
     document.add("nonFiniteSamples", static_cast<std::int64_t>(audio.losses.nonFinite));
+    if (audio.loudness) addLoudness(document, *audio.loudness);
     document.add("warnings", warnings);
     document.add("isDryRun", options.dryRun);
     console.print(document.takeLine());
   } else if (!options.quiet) {
+    if (audio.loudness) console.print(description(*audio.loudness) + "\n");
     console.print((options.dryRun ? "Would write " : "") + audio.summary() + "\n");
   }
 }

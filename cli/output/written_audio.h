@@ -2,14 +2,17 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "cli/options/audio_output_options.h"
 #include "cli/output/json_output.h"
 #include "cli/terminal/console.h"
+#include "orvane/container/broadcast_loudness.h"
 #include "orvane/platform/audio_format.h"
 #include "orvane/platform/sample_conversion.h"
+#include "orvane/platform/sample_encoding.h"
 
 namespace orvane::cli {
 
@@ -18,8 +21,10 @@ struct WrittenAudio {
   std::filesystem::path file{};
   AudioFormatSettings settings{};
   std::int64_t frameCount = 0;
+  SampleEncoding sample{};
   bool keepsChunks = false;  ///< of the file that the audio came from
   SampleLosses losses{};
+  std::optional<BroadcastLoudness> loudness{};  ///< that it states anew
   std::vector<std::string> warnings{};
 
   /// "take.wav: WAV, 24-bit integer, 48 kHz, 2 channels, 0:10.000 (480,000 frames)".
@@ -29,7 +34,7 @@ struct WrittenAudio {
 /// Tells of it: the warnings and what was lost as such, then the summary, or with `--json` a
 /// document that begins with what `document` has and goes on with `file`, `containerName`,
 /// `encodingName`, `sampleRate`, `channelCount`, `frameCount`, `clippedSamples`,
-/// `nonFiniteSamples`, `warnings` and `isDryRun`.
+/// `nonFiniteSamples`, the `stated…` loudness where there is one, `warnings` and `isDryRun`.
 void tellOfWrittenAudio(const WrittenAudio& audio, const AudioOutputOptions& options,
                         Console& console, JsonOutput::Document document = {});
 

@@ -90,12 +90,11 @@ std::vector<float> weightsOf(const std::vector<ChannelLabel>& labels) {
   return weights;
 }
 
-/// The labels of a buffer's layout; absent unless they list exactly its channels.
-std::optional<std::vector<ChannelLabel>> labelsOf(const PCMBuffer& buffer) {
-  const auto& layout = buffer.format().layout;
-  if (!layout) return std::nullopt;
-  auto labels = channelLabels(*layout);
-  if (labels.size() != buffer.channelCount()) return std::nullopt;
+/// The labels of a format's layout; absent unless they list exactly its channels.
+std::optional<std::vector<ChannelLabel>> labelsOf(const AudioFormat& format) {
+  if (!format.layout) return std::nullopt;
+  auto labels = channelLabels(*format.layout);
+  if (labels.size() != format.channelCount) return std::nullopt;
   return labels;
 }
 
@@ -103,7 +102,7 @@ std::optional<std::vector<ChannelLabel>> labelsOf(const PCMBuffer& buffer) {
 
 std::shared_ptr<PCMBuffer> canonicalize(std::shared_ptr<PCMBuffer> buffer) {
   if (!buffer) return buffer;
-  const auto labels = labelsOf(*buffer);
+  const auto labels = labelsOf(buffer->format());
   if (!labels) return buffer;
   const auto sources = canonicalSources(*labels);
   if (std::ranges::is_sorted(sources)) return buffer;
@@ -115,7 +114,11 @@ std::shared_ptr<PCMBuffer> canonicalize(std::shared_ptr<PCMBuffer> buffer) {
 }
 
 std::optional<std::vector<float>> bs1770Weights(const PCMBuffer& buffer) {
-  const auto labels = labelsOf(buffer);
+  return bs1770Weights(buffer.format());
+}
+
+std::optional<std::vector<float>> bs1770Weights(const AudioFormat& format) {
+  const auto labels = labelsOf(format);
   if (!labels) return std::nullopt;
   return weightsOf(*labels);
 }

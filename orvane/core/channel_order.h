@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "orvane/platform/audio_format.h"
 #include "orvane/platform/channel_layout.h"
 #include "orvane/platform/export.h"
 #include "orvane/platform/pcm_buffer.h"
@@ -30,6 +31,8 @@ ORVANE_API std::shared_ptr<PCMBuffer> canonicalize(std::shared_ptr<PCMBuffer> bu
 /// everything else 1. A rear pair (Rls, Rrs) stands at 135° and weighs 1, unless it is the only
 /// surround pair: then it is taken for Ls and Rs.
 ORVANE_API std::optional<std::vector<float>> bs1770Weights(const PCMBuffer& buffer);
+/// The same for audio of that format.
+ORVANE_API std::optional<std::vector<float>> bs1770Weights(const AudioFormat& format);
 
 /// Weights for audio of which only the channel count is known: 1 for one to three channels, then
 /// 4 = L R Ls Rs, 5 = L R C Ls Rs, 6 = L R C LFE Ls Rs, 7 = 6 and Cs, 8 = 6 and Rls Rrs; from nine

@@ -25,7 +25,7 @@ PCMStream parse(const InputFile& file) {
   return kind->parse(file, container.start);
 }
 
-Checksum checksumOf(const InputFile& file, std::uint64_t offset, std::uint64_t size) {
+std::uint64_t checksumOf(const InputFile& file, std::uint64_t offset, std::uint64_t size) {
   constexpr std::uint64_t kPieceBytes = std::uint64_t{1} << 20;
   Checksum sum;
   std::vector<std::byte> piece;
@@ -34,12 +34,19 @@ Checksum checksumOf(const InputFile& file, std::uint64_t offset, std::uint64_t s
     file.readExactlyAt(offset + done, piece);
     sum.add(piece);
   }
-  return sum;
+  return sum.value();
+}
+
+std::uint64_t checksumOf(std::span<const std::byte> bytes) {
+  Checksum sum;
+  sum.add(bytes);
+  return sum.value();
 }
 
 void verify(const std::filesystem::path& written, const InputFile& original,
             const PCMStream& stream, const RewritePlan& plan, std::int64_t frameCount,
             const Checksum& audio) {
+  using Kind = RewritePlan::Piece::Kind;
   const InputFile file(written);
   const PCMStream result = parse(file);
   bool isRight = file.size() == plan.fileBytes && result.frameCount == frameCount &&
@@ -48,12 +55,12 @@ void verify(const std::filesystem::path& written, const InputFile& original,
                  result.description.layout == stream.description.layout;
   std::uint64_t place = 0;
   for (const auto& piece : plan.pieces) {
-    if (piece.kind == RewritePlan::Piece::Kind::audio)
-      isRight = isRight && place == result.dataOffset &&
-                checksumOf(file, place, piece.size).value() == audio.value();
-    else if (piece.kind == RewritePlan::Piece::Kind::copy)
-      isRight = isRight && checksumOf(file, place, piece.size).value() ==
-                               checksumOf(original, piece.offset, piece.size).value();
+    const std::uint64_t meant = piece.kind == Kind::audio ? audio.value()
+                                : piece.kind == Kind::bytes
+                                    ? checksumOf(piece.bytes)
+                                    : checksumOf(original, piece.offset, piece.size);
+    isRight = isRight && checksumOf(file, place, piece.size) == meant &&
+              (piece.kind != Kind::audio || place == result.dataOffset);
     place += piece.size;
   }
   if (!isRight)
@@ -101,13 +108,14 @@ Outcome write(PlanarView audio, const InputFile& file, AtomicFile& target, const
   KeptSamples samples(file, stream, {channels, audio.frameCount()});
   MetadataChanges metadata =
       followEdit(file, stream, followerOf(options, samples, stream.frameCount, frameCount),
-                 samples.hasChanged());
+                 samples.hasChanged(), options.loudness);
   RewritePlan plan;
   try {
     plan = planRewrite(file, stream,
                        {.frameCount = frameCount,
                         .hasChangedAudio = samples.hasChanged(),
-                        .chunkChanges = std::move(metadata.chunkChanges)});
+                        .chunkChanges = std::move(metadata.chunkChanges),
+                        .newChunks = std::move(metadata.newChunks)});
   } catch (const UnwritableFormat& error) {
     throw PlatformError(target.target(), error.errorDescription());
   }

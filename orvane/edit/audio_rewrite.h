@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "orvane/container/broadcast_loudness.h"
 #include "orvane/edit/frame_map.h"
 #include "orvane/platform/atomic_file.h"
 #include "orvane/platform/execution.h"
@@ -24,6 +25,8 @@ struct Options {
   std::optional<FrameMap> frames{};
   /// Seeds dither of the samples that changed; without one none is added.
   std::optional<std::uint64_t> ditherSeed{};
+  /// What a WAVE file then states; without it the loudness that it stated is unset.
+  std::optional<BroadcastLoudness> loudness{};
   /// What was written is read back and compared: its form with the old one's, its audio with what
   /// was meant to be written, and what was carried over with where it came from.
   bool isReadBack = false;

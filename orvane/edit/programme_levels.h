@@ -1,8 +1,11 @@
 #pragma once
 
+#include "orvane/container/broadcast_loudness.h"
 #include "orvane/platform/execution.h"
 #include "orvane/platform/export.h"
 #include "orvane/platform/pcm_buffer.h"
+#include "orvane/platform/planar_view.h"
+#include "orvane/platform/sample_encoding.h"
 
 namespace orvane {
 
@@ -17,5 +20,11 @@ struct ProgrammeLevels {
 /// Measures with the weights of the audio's layout; the stage is "Measuring". Throws `Cancelled`
 /// when the observer asks for it.
 ORVANE_API ProgrammeLevels measureLevels(const PCMBuffer& audio, const Execution& execution = {});
+
+/// What a broadcast extension states of audio of that format which is stored so: what measuring the
+/// file gives, clipped samples and all. The stage is "Measuring". Throws `Cancelled`.
+ORVANE_API BroadcastLoudness measureBroadcastLoudness(PlanarView audio, const AudioFormat& format,
+                                                      SampleEncoding stored,
+                                                      const Execution& execution = {});
 
 }  // namespace orvane

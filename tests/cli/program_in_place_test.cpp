@@ -1,3 +1,5 @@
+#include <future>
+
 #include "tests/cli/program_fixture.h"
 #include "tests/support/whole_file.h"
 
@@ -37,8 +39,9 @@ class ProgramInPlace : public ProgramTest {
   /// Of the cue points, in seconds.
   std::vector<double> markers(const std::string& name) const {
     const ProgramEnd end = run({"analyze", "--json", name, "--chapters-from-file"});
+    const Json document = Json::parse(end.output);
     std::vector<double> places;
-    for (const Json& chapter : Json::parse(end.output)["chapters"]["entries"])
+    for (const Json& chapter : document["chapters"]["entries"])
       places.push_back(chapter["startSec"].get<double>());
     return places;
   }
@@ -155,6 +158,96 @@ TEST_F(ProgramInPlace, TakesNoTakeForTheRecordingAndChoosesNothingAnew) {
     EXPECT_EQ(end.exitCode, c.exitCode) << c.text;
     EXPECT_THAT(end.errors, HasSubstr(c.text));
     EXPECT_EQ(content("take.wav"), before);
+  }
+}
+
+/// A figure of the broadcast extension.
+double statedFigure(const std::string& file, int index) {
+  const std::size_t at = file.find("bext") + 8 + 412 + 2 * static_cast<std::size_t>(index);
+  const auto low = static_cast<unsigned char>(file[at]);
+  return static_cast<std::int16_t>(low | static_cast<unsigned char>(file[at + 1]) << 8) / 100.0;
+}
+
+TEST_F(ProgramInPlace, StatesTheLoudnessThatMeasuringGives) {
+  const std::string original = content("take.wav");
+  folder().write("plain.wav", waveFile(sineSamples(240'000, 0.25)));
+  const std::vector<std::vector<std::string>> kEdits = {
+      {"edit", "loudness", "take.wav", "--in-place"},
+      {"edit", "loudness", "plain.wav", "--in-place"},
+      {"edit", "gain", "20", "plain.wav", "-o", "out.wav", "--update-loudness"},
+      {"splice", "append", "take.wav", "out.wav", "--in-place", "--update-loudness"}};
+  for (const auto& arguments : kEdits) {
+    const std::string file = arguments[1] == "gain"     ? "out.wav"
+                             : arguments[1] == "append" ? "take.wav"
+                                                        : arguments[2];
+    const ProgramEnd end = run(arguments);
+    ASSERT_EQ(end.exitCode, 0) << end.errors;
+    EXPECT_THAT(end.output, HasSubstr("Stated in bext: "));
+    const Json measured = Json::parse(run({"analyze", "--json", file}).output);
+    const char* keys[] = {"integratedLUFS", "loudnessRange", "truePeakDB", "maxMomentaryLUFS",
+                          "maxShortTermLUFS"};
+    for (int i = 0; i < 5; ++i) {
+      SCOPED_TRACE(file + ", " + keys[i]);
+      if (measured[keys[i]].is_null()) continue;
+      EXPECT_NEAR(statedFigure(content(file), i), measured[keys[i]].get<double>(), 0.005001);
+    }
+    EXPECT_EQ(content(file)[content(file).find("bext") + 8 + 346], 2);
+  }
+  EXPECT_THAT(content("take.wav"), HasSubstr("nobody knows this"));
+  EXPECT_EQ(statedFigure(original, 0), 0);
+}
+
+TEST_F(ProgramInPlace, SaysLoudnessAsJSON) {
+  const ProgramEnd end = run({"edit", "loudness", "take.wav", "-o", "new.wav", "--json"});
+  ASSERT_EQ(end.exitCode, 0) << end.errors;
+  const Json document = Json::parse(end.output);
+  EXPECT_EQ(document["edits"], Json::array());
+  EXPECT_NEAR(document["statedIntegratedLUFS"].get<double>(), statedFigure(content("new.wav"), 0),
+              0.0051);
+  EXPECT_TRUE(document.contains("statedMaxShortTermLUFS"));
+  EXPECT_EQ(document["warnings"], Json::array());
+}
+
+TEST_F(ProgramInPlace, SaysWhereLoudnessHasNoPlace) {
+  ASSERT_EQ(edit({"invert", "take.wav", "-o", "take.caf", "-q"}).exitCode, 0);
+  const std::string before = content("take.caf");
+  const ProgramEnd end = edit({"loudness", "take.caf", "--in-place"});
+  EXPECT_EQ(end.exitCode, 1);
+  EXPECT_EQ(
+      end.errors,
+      "orvane: take.caf: only WAV, RF64, BW64 and Wave64 files have a place for the loudness\n");
+  EXPECT_EQ(content("take.caf"), before);
+  const ProgramEnd other = edit({"loudness", "take.caf", "-o", "new.wav"});
+  EXPECT_EQ(other.exitCode, 1);
+  EXPECT_THAT(other.errors, HasSubstr("only stated in files of the source's container"));
+  EXPECT_EQ(edit({"loudness", "take.wav"}).exitCode, 2);
+}
+
+/// Each that says so has saved, on top of those before; the others are told.
+TEST_F(ProgramInPlace, LosesNoEditWhenManySaveAtOnce) {
+  constexpr int kSavers = 6;
+  folder().write("take.wav", waveFile(sineSamples(960, 0.5)));
+  const std::string original = content("take.wav");
+  ASSERT_EQ(edit({"invert", "take.wav", "-o", "inverted.wav", "-q"}).exitCode, 0);
+  for (int round = 0; round < 5; ++round) {
+    folder().write("take.wav", original);
+    std::vector<std::future<ProgramEnd>> savers;
+    for (int i = 0; i < kSavers; ++i)
+      savers.push_back(std::async(std::launch::async, [&] {
+        return edit({"invert", "take.wav", "--in-place", "-q"});
+      }));
+    int saved = 0;
+    for (auto& saver : savers) {
+      const ProgramEnd end = saver.get();
+      saved += end.exitCode == 0 ? 1 : 0;
+      if (end.exitCode == 0) continue;
+      EXPECT_EQ(end.errors,
+                "orvane: Saving failed and the original file was left unchanged: the file was "
+                "changed by another program meanwhile\n");
+    }
+    EXPECT_GT(saved, 0);
+    EXPECT_TRUE(content("take.wav") == (saved % 2 == 0 ? original : content("inverted.wav")));
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder().path()), {}), 3);
   }
 }
 
