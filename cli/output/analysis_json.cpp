@@ -71,6 +71,7 @@ void addFindings(Document& document, const MeasuredFile& file) {
     document.add("code", codeText(warning.code));
     document.add("text", warning.text);
   });
+  document.add("notes", file.notes);
 }
 
 void addCurves(Document& document, const OfflineAnalysisPipeline::Result& result) {
