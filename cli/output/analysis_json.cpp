@@ -51,6 +51,7 @@ void addFigures(Document& document, const MeasuredFile& file) {
   document.add("dynamicRange", result.dynamicRange);
   document.add("speechGatedLUFS", result.speechGatedLUFS);
   document.add("speechPercentage", result.speechPercentage);
+  if (file.speechModel) document.add("speechModel", *file.speechModel);
   document.add("channelPeakDB", result.channelPeakDB);
   document.add("channelRMSDB", result.channelRMSDB);
   document.add("channelCrestFactorDB", result.channelCrestFactorDB);
