@@ -20,6 +20,7 @@
 #include "cli/commands/music_command.h"
 #include "cli/commands/raw_command.h"
 #include "cli/commands/report_command.h"
+#include "cli/commands/speech_model.h"
 #include "cli/commands/splice_command.h"
 #include "cli/commands/targets_command.h"
 #include "cli/interruption.h"
@@ -28,7 +29,6 @@
 #include "cli/write_signals.h"
 #include "orvane/container/audio_file.h"
 #include "orvane/platform/error.h"
-#include "orvane/speech/detector/vad_manager.h"
 
 namespace orvane::cli {
 namespace {
@@ -40,9 +40,11 @@ constexpr const char* kFooter =
     "missed, 129, 130, 143 stopped by a hang-up, Ctrl-C or a request to end.";
 
 std::string versionText() {
-  const auto model = VadManager::installedModelVersion();
+  const auto model = nameOfSpeechModel();
   return "orvane " ORVANE_VERSION "\nFFmpeg " + ffmpegVersion().value_or("is not installed") +
-         "\nSpeech model " + (model ? "Silero VAD " + *model : "is not installed");
+         "\nSpeech model " +
+         (model ? "Silero VAD " + model->version + ", SHA-256 " + model->sha256
+                : "is not installed");
 }
 
 void nameHelpOfSubcommands(CLI::App& command) {

@@ -2,10 +2,11 @@
 
 #include <algorithm>
 #include <memory>
+#include <optional>
 
 #include "cli/commands/analysis_printer.h"
 #include "cli/commands/analyze_options.h"
-#include "cli/commands/dialogue_sidecar_file.h"
+#include "cli/commands/dialogue_sidecars.h"
 #include "cli/commands/file_work.h"
 #include "cli/commands/job_runner.h"
 #include "cli/commands/measured_file.h"
@@ -29,13 +30,22 @@ MeasuredFile measure(const InputName& file, const AnalyzeOptions& options, const
       .name = file, .identity = source->identity(), .sourceBitDepth = source->sourceBitDepth()};
   const OfflineAnalysisPipeline::Options what{.enableSileroVAD = options.speech,
                                               .computeStereoWidth = !options.noStereo,
-                                              .vadTuning = options.tuning,
+                                              .vadTuning = options.tuning.tuning,
                                               .rawFormat = options.source.rawFormat};
   OfflineAnalysisPipeline::Choices how{.execution = execution,
                                        .dualMono = options.dualMono,
                                        .keepsBuffer = options.parts.needAudio()};
-  if (options.dialogue) how.dialogueRegions = DialogueSidecarFile::load(file).regions;
+  std::optional<DialogueSidecar> sidecar;
+  if (options.dialogue) {
+    sidecar = options.sidecars.load(file);
+    how.dialogueRegions = sidecar->regions;
+  }
   measured.result = OfflineAnalysisPipeline::analyze(*source, what, how, &measured.detail);
+  if (sidecar)
+    measured.noteUnlessEmpty(otherAudioNote(sidecar->audioFile, measured.result.durationSeconds,
+                                            measured.result.sampleRate));
+  if (options.json && options.speech && !measured.detail.isSpeechDetectionMissing)
+    measured.speechModel = nameOfSpeechModel();
   if (options.parts.chaptersAreInFile) measured.chapterMarks = source->chapters();
   measured.isJudged = options.targets.areRequested();
   if (options.needsReport()) makeReport(measured, options.parts, parts, execution);
@@ -50,11 +60,16 @@ ResultLayout layoutOf(const AnalyzeOptions& options, const ReportOutputs& output
 
 ExitCode runAnalyze(const AnalyzeOptions& options, Console& console) {
   options.targets.requireSense(options.speech || options.dialogue);
+  if (!options.speech && !options.tuning.given.empty())
+    throw UsageError(options.tuning.given +
+                     " tunes the detection of speech, which --speech asks for");
+  if (!options.dialogue && options.sidecars.areApart())
+    throw UsageError("--sidecars is for --dialogue");
   if (options.targets.enforce && options.speech && options.targets.needSpeech())
     requireSpeechModel();
   StandardInput standardInput;
   // No sidecar lies beside standard input.
-  const auto files = options.dialogue ? DialogueSidecarFile::resolve(options.files)
+  const auto files = options.dialogue ? filesWithSidecars(options.files)
                                       : FileList::resolve(options.files, standardInput);
   options.parts.requireSense(files, options.source.rawFormat.has_value());
   ReportOutputs outputs(options.outputs, files, options.otherFilesRead(files));

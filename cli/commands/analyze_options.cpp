@@ -3,13 +3,10 @@
 #include <utility>
 
 #include "cli/command.h"
-#include "cli/commands/dialogue_sidecar_file.h"
-#include "cli/options/vad_tuning_options.h"
+#include "cli/options/jobs_option.h"
 
 namespace orvane::cli {
 namespace {
-
-constexpr int kMostJobs = 1024;
 
 void addMeasuringOptions(CLI::App& command, AnalyzeOptions& options) {
   command.add_flag("--no-stereo", options.noStereo, "Leave the stereo correlation out")
@@ -28,6 +25,7 @@ void addSpeechOptions(CLI::App& command, AnalyzeOptions& options) {
                 "Take the regions kept beside the file for its speech")
       ->excludes(speech)
       ->group("Speech");
+  addSidecarsOption(command, options.sidecars, "Speech");
   addVADTuningOptions(command, options.tuning);
 }
 
@@ -40,10 +38,7 @@ void addOutputOptions(CLI::App& command, AnalyzeOptions& options) {
       ->group("Output");
   command.add_flag("-q,--quiet", options.quiet, "One row per file and no progress")
       ->group("Output");
-  command.add_option("--jobs", options.jobs, "Measure up to N files at once")
-      ->option_text("N")
-      ->group("Measuring")
-      ->check(CLI::Range(1, kMostJobs));
+  addJobsOption(command, options.jobs, "Measure up to N files at once", "Measuring");
 }
 
 }  // namespace
@@ -52,7 +47,7 @@ std::vector<std::filesystem::path> AnalyzeOptions::otherFilesRead(
     const std::vector<InputName>& inputs) const {
   auto paths = parts.filesRead();
   if (dialogue)
-    for (auto& url : DialogueSidecarFile::urls(inputs)) paths.push_back(std::move(url));
+    for (auto& url : sidecars.urls(inputs)) paths.push_back(std::move(url));
   if (!files.listFile.empty()) paths.emplace_back(files.listFile);
   return paths;
 }

@@ -4,12 +4,13 @@
 #include <filesystem>
 #include <vector>
 
+#include "cli/commands/dialogue_sidecars.h"
 #include "cli/commands/report_parts.h"
 #include "cli/options/file_list.h"
 #include "cli/options/source_options.h"
 #include "cli/options/target_options.h"
+#include "cli/options/vad_tuning_options.h"
 #include "cli/output/report_outputs.h"
-#include "orvane/speech/detector/silero_vad_tuning.h"
 
 namespace orvane::cli {
 
@@ -21,7 +22,8 @@ struct AnalyzeOptions {
   bool curves = false;
   bool speech = false;
   bool dialogue = false;
-  SileroVADTuning tuning = SileroVADTuning::defaults();
+  VADTuningOptions tuning{};
+  DialogueSidecars sidecars{};
   ReportPartOptions parts{};
   TargetOptions targets{};
   ReportOutputOptions outputs{};

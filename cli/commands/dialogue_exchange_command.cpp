@@ -2,7 +2,7 @@
 #include <memory>
 
 #include "cli/commands/dialogue_commands.h"
-#include "cli/commands/dialogue_sidecar_file.h"
+#include "cli/commands/dialogue_sidecars.h"
 #include "cli/options/source_options.h"
 #include "cli/options/text_input.h"
 #include "cli/output/abandoned_files.h"
@@ -12,7 +12,6 @@
 #include "cli/usage_error.h"
 #include "orvane/edit/edit_output_guard.h"
 #include "orvane/platform/error.h"
-#include "orvane/speech/dialogue/dialogue_sidecar_io.h"
 #include "orvane/speech/dialogue/dialogue_timeline_formats.h"
 
 namespace orvane::cli {
@@ -27,6 +26,7 @@ struct ImportOptions {
   std::string file{};
   std::string format{};
   SourceOptions source{};
+  DialogueSidecars sidecars{};
   bool force = false;
   bool quiet = false;
 };
@@ -34,12 +34,13 @@ struct ImportOptions {
 struct ExportOptions {
   std::string file{};
   std::string format{};
+  DialogueSidecars sidecars{};
   TextOutputOptions output{};
 };
 
 /// Asks for the same errors as commands that read many files.
 InputName audioNamed(const std::string& name) {
-  return DialogueSidecarFile::resolve({.names = {name}}).front();
+  return filesWithSidecars({.names = {name}}).front();
 }
 
 std::vector<DialogueRegion> regionsIn(const ImportOptions& options) {
@@ -55,17 +56,16 @@ std::vector<DialogueRegion> regionsIn(const ImportOptions& options) {
 ExitCode runImport(const ImportOptions& options, Console& console) {
   const auto file = audioNamed(options.file);
   auto regions = regionsIn(options);
-  const auto audio =
-      DialogueSidecarFile::describe(file, options.source.rawFormat, options.source.streamIndex);
+  const auto audio = describeAudio(file, options.source.rawFormat, options.source.streamIndex);
   if (options.list != kStandardStream)
-    EditOutputGuard::assertNotInPlace(options.list, DialogueSidecarIO::sidecarURL(file.path));
-  DialogueSidecarFile::requireReplaceable(file, options.force);
-  warnOfAbandonedFiles(DialogueSidecarFile::urls({file}), console);
+    EditOutputGuard::assertNotInPlace(options.list, options.sidecars.urlOf(file));
+  options.sidecars.requireReplaceable(file, options.force, !regions.empty());
+  warnOfAbandonedFiles(options.sidecars.urls({file}), console);
   const auto isOutside = [&](const auto& region) { return region.end > audio.durationSeconds; };
   if (std::any_of(regions.begin(), regions.end(), isOutside))
     console.warning(file.shown() + ": some regions reach beyond the end of the file");
   const auto sidecar =
-      DialogueSidecarFile::save(file, audio, std::move(regions), DialogueRegionSource::imported);
+      options.sidecars.save(file, audio, std::move(regions), DialogueRegionSource::imported);
   if (!options.quiet)
     console.print(TerminalText::escaped(file.shown()) + ": " + DialogueTimeline::summary(sidecar) +
                   "\n");
@@ -81,11 +81,10 @@ formats::Format exportFormat(const ExportOptions& options) {
 
 ExitCode runExport(const ExportOptions& options, Console& console) {
   const auto file = audioNamed(options.file);
-  const auto text = formats::text(DialogueSidecarFile::load(file).regions, exportFormat(options));
+  const auto text = formats::text(options.sidecars.load(file).regions, exportFormat(options));
   if (!options.output.isStandardOutput()) {
     EditOutputGuard::assertNotInPlace(file.path, options.output.file);
-    EditOutputGuard::assertNotInPlace(DialogueSidecarIO::sidecarURL(file.path),
-                                      options.output.file);
+    EditOutputGuard::assertNotInPlace(options.sidecars.urlOf(file), options.output.file);
   }
   writeText(options.output, text, console);
   return ExitCode::done;
@@ -109,6 +108,7 @@ void addDialogueImportCommand(CLI::App& dialogue, ChosenCommand& chosen) {
   addFormat(*command, options->format, "What LIST is, when its content does not tell it right")
       ->group("Input");
   addSourceOptions(*command, options->source);
+  addSidecarsOption(*command, options->sidecars, "Output");
   command->add_flag("--force", options->force, "Replace regions that were changed or imported, too")
       ->group("Output");
   command->add_flag("-q,--quiet", options->quiet, "No summary")->group("Output");
@@ -124,6 +124,7 @@ void addDialogueExportCommand(CLI::App& dialogue, ChosenCommand& chosen) {
   command->add_option("FILE", options->file, "The audio that they belong to")->required();
   addFormat(*command, options->format, "How to write; by default labels to NAME.txt, else CSV")
       ->group("Output");
+  addSidecarsOption(*command, options->sidecars, "Input");
   addTextOutputOptions(*command, options->output);
   command->callback([options, &chosen] {
     chosen = [options](Console& console) { return runExport(*options, console); };

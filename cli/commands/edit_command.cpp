@@ -79,7 +79,9 @@ RequestedSpeech speechOf(const EditOptions& options, double sampleRate,
     if (request.detectsSpeech && !detected) {
       requireSpeechModel();
       const auto source = openSource(options, execution);
-      detected = SourceSpeech::detect(*source, SileroVADTuning::defaults(), execution).regions;
+      const auto tuning = SileroVADTuning::defaults();
+      const VadManager model(VadManager::Config{.defaultThreshold = tuning.threshold});
+      detected = SourceSpeech::detect(*source, model, tuning, execution).regions;
     }
     frames = SourceSpeech::framesOf(
         request.detectsSpeech ? *detected : SourceSpeech::load(request.speechRegions), sampleRate);

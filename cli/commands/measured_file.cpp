@@ -32,6 +32,10 @@ std::vector<std::string> MeasuredFile::channelNames() const {
   return shownChannelNames(detail.layout, static_cast<std::size_t>(result.channelCount));
 }
 
+void MeasuredFile::noteUnlessEmpty(std::string sentence) {
+  if (!sentence.empty()) notes.push_back(std::move(sentence));
+}
+
 std::vector<std::string> MeasuredFile::warnings() const {
   std::vector<std::string> texts;
   for (const auto& warning : detail.warnings) texts.push_back(warning.text);

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "cli/commands/speech_model.h"
 #include "cli/options/file_list.h"
 #include "orvane/analysis/offline_analysis_pipeline.h"
 #include "orvane/audio/audio_file_identity.h"
@@ -26,13 +27,16 @@ struct MeasuredFile {
   /// What is reported of it, made when more than its own figures is asked for.
   std::optional<OrvaneReport> report{};
   std::optional<MusicSectionLoudness> sectionLoudness{};
-  bool isJudged = false;  ///< the report's targets were asked for
+  std::optional<SpeechModelName> speechModel{};  ///< by which speech was detected
+  bool isJudged = false;                         ///< the report's targets were asked for
 
   /// "24-bit integer", "FLAC, 16-bit", "AAC".
   std::string encodingText() const;
 
   /// One name per channel: the user's, those of the layout, else "Mono", "L" and "R", or "Ch 1" …
   std::vector<std::string> channelNames() const;
+
+  void noteUnlessEmpty(std::string sentence);
 
   /// Every finding worth telling, one sentence each.
   std::vector<std::string> warnings() const;

@@ -51,10 +51,17 @@ void addChapterOptions(CLI::App& command, ReportPartOptions& options) {
                                "cue sheet")
                    ->option_text("F")
                    ->group(kGroup);
+  auto* own = command
+                  .add_flag("--chapters-from-file", options.chaptersAreInFile,
+                            "Measure each chapter, cue point or marker that the file itself holds")
+                  ->excludes(list)
+                  ->group(kGroup);
   command
-      .add_flag("--chapters-from-file", options.chaptersAreInFile,
-                "Measure each chapter, cue point or marker that the file itself holds")
+      .add_flag("--chapters-from-music", options.parts.chaptersFromMusic,
+                "With --music: measure each section as a chapter, none shorter than ten seconds")
+      ->needs(command.get_option("--music"))
       ->excludes(list)
+      ->excludes(own)
       ->group(kGroup);
   addNumberOption(
       command,
@@ -74,6 +81,23 @@ void requireLabelPerChannel(const MeasuredFile& file) {
                                              " channels, the file has " + std::to_string(count));
 }
 
+/// The sentence for the chapters that are missing from the report.
+std::string leftOutNote(const std::vector<ChapterMark>& chapters) {
+  constexpr std::size_t kNamed = 5;
+  std::string text = std::to_string(chapters.size()) + " of the chapters " +
+                     (chapters.size() == 1 ? "has no audio and is" : "have no audio and are") +
+                     " left out: ";
+  for (std::size_t i = 0; i < std::min(chapters.size(), kNamed); ++i) {
+    const auto& [start, end, name] = chapters[i];
+    text += i == 0 ? "" : ", ";
+    text += name.empty() ? "one" : "\"" + name + "\"";
+    text += " at " + NumberText::duration(start);
+  }
+  if (chapters.size() > kNamed)
+    text += " and " + std::to_string(chapters.size() - kNamed) + " more";
+  return text + ".";
+}
+
 /// The sentence for a finding. Throws `PlatformError` for what the user cannot have meant.
 std::string noteOf(GatheredReport::Finding finding, const MeasuredFile& file,
                    const ReportPartOptions& options, const ReportParts& parts) {
@@ -88,6 +112,8 @@ std::string noteOf(GatheredReport::Finding finding, const MeasuredFile& file,
     case Finding::musicOfOtherLength:
       return "The music analysis is of " + NumberText::duration(parts.music->duration) +
              ", the file lasts " + duration + ".";
+    case Finding::musicWithoutSections:
+      return "The music analysis has no sections to be chapters.";
     case Finding::chapterMarksOutsideAudio:
       return options.chaptersAreInFile ? "None of the file's chapters lies in its audio."
                                        : "None of the list's chapters lies in the file.";
@@ -112,14 +138,14 @@ void addReportPartOptions(CLI::App& command, ReportPartOptions& options) {
            "Mark where the momentary loudness exceeds this");
   addLevel(command, "--max-short-term", options.parts.maxShortTermLUFS,
            "Mark where the short-term loudness exceeds this");
-  addChapterOptions(command, options);
   command
       .add_option(
           "--music", options.musicFile,
           "A music analysis (JSON) of the file: loudness with and without vocals and drums, "
-          "and of each section; its sections are the chapters if no others are given")
+          "and of each section")
       ->option_text("F")
       ->group(kGroup);
+  addChapterOptions(command, options);
   command
       .add_option_function<std::string>(
           "--channel-labels",
@@ -173,6 +199,8 @@ void makeReport(MeasuredFile& file, const ReportPartOptions& options, ReportPart
   auto gathered = gatherReport(file.result, file.detail, parts, ORVANE_VERSION, execution);
   for (const auto finding : gathered.findings)
     file.notes.push_back(noteOf(finding, file, options, parts));
+  if (!gathered.inputs.chapters.empty() && !gathered.chaptersLeftOut.empty())
+    file.notes.push_back(leftOutNote(gathered.chaptersLeftOut));
   file.notes.insert(file.notes.end(), notes.begin(), notes.end());
   // Standard input is read under a name that means nothing to anybody else.
   if (file.name.isStandardInput()) {

@@ -21,10 +21,10 @@ struct ReportPartOptions {
 
   /// Parts that are measured from the audio itself, after the whole file.
   bool needAudio() const {
-    return parts.selection || !musicFile.empty() || !chapterFile.empty() || chaptersAreInFile;
+    return parts.selection || parts.chaptersFromMusic || !chapterFile.empty() || chaptersAreInFile;
   }
   bool isAny() const {
-    return needAudio() || parts.maxMomentaryLUFS || parts.maxShortTermLUFS ||
+    return needAudio() || !musicFile.empty() || parts.maxMomentaryLUFS || parts.maxShortTermLUFS ||
            !parts.channelLabels.empty();
   }
   /// Throws `UsageError` for what does not go together. `isRaw`: the files are headerless.

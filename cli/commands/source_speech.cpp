@@ -1,6 +1,7 @@
 #include "cli/commands/source_speech.h"
 
 #include <algorithm>
+#include <memory>
 
 #include "cli/options/edit_time.h"
 #include "orvane/platform/error.h"
@@ -12,23 +13,21 @@
 namespace orvane::cli::SourceSpeech {
 namespace {
 
-/// The detector itself never tells why it has no answer.
-[[noreturn]] void throwWhyNothingWasDetected(const AudioSource& source) {
-  const VadManager probe{VadManager::Config{}};  // throws when it is the model
-  throw PlatformError(source.url(), "the speech detector gave no result");
-}
-
 std::int64_t frameAt(double seconds, double sampleRate) {
   return EditTime{.seconds = std::max(seconds, 0.0)}.frameAt(sampleRate);
 }
 
 }  // namespace
 
-Detected detect(AudioSource& source, const SileroVADTuning& tuning, const Execution& execution) {
+Detected detect(AudioSource& source, const VadManager& model, const SileroVADTuning& tuning,
+                const Execution& execution) {
   const auto input = speechInputOf(source);
   if (!input) throw PlatformError(source.url(), "the audio is too short for speech detection");
-  const auto history = SileroVADAnalyser::shared().classify(*input, tuning, execution);
-  if (!history) throwWhyNothingWasDetected(source);
+  // An analyser detects for one caller at a time.
+  SileroVADAnalyser analyser(
+      [&](const VadManager::Config&) { return std::make_unique<VadManager>(model); });
+  const auto history = analyser.classify(*input, tuning, execution);
+  if (!history) throw PlatformError(source.url(), "the speech detector gave no result");
   return {
       .regions = DialogueRegion::fromHistory(*history),
       .durationSeconds = static_cast<double>(input->sourceFrameCount) / source.format().sampleRate};

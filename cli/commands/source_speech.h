@@ -8,6 +8,7 @@
 #include "orvane/edit/frame_range.h"
 #include "orvane/platform/execution.h"
 #include "orvane/speech/detector/silero_vad_tuning.h"
+#include "orvane/speech/detector/vad_manager.h"
 #include "orvane/speech/dialogue/dialogue_region.h"
 
 /// Where somebody speaks in a source.
@@ -18,9 +19,11 @@ struct Detected {
   double durationSeconds = 0;  ///< of the source
 };
 
-/// Detects it in a source that nothing has been read of. Throws `PlatformError` where that is not
-/// possible, and what reading throws.
-Detected detect(AudioSource& source, const SileroVADTuning& tuning, const Execution& execution);
+/// Detects it in a source that nothing has been read of, with a model that was made for the
+/// tuning's threshold. Any number of threads may use a model at once. Throws `PlatformError` where
+/// that is not possible, and what reading throws.
+Detected detect(AudioSource& source, const VadManager& model, const SileroVADTuning& tuning,
+                const Execution& execution);
 
 /// Throws `PlatformError` when there is no such sidecar, and what loading throws.
 std::vector<DialogueRegion> load(const std::filesystem::path& sidecar);

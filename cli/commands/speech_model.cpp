@@ -3,12 +3,22 @@
 #include "orvane/platform/error.h"
 #include "orvane/platform/module_location.h"
 #include "orvane/platform/orvane_resources.h"
-#include "orvane/speech/detector/vad_manager.h"
+#include "orvane/speech/detector/speech_model.h"
 
 namespace orvane::cli {
 
+std::optional<SpeechModelName> nameOfSpeechModel() {
+  const auto model = SpeechModel::installed();
+  if (!model) return std::nullopt;
+  try {
+    return SpeechModelName{model->version, model->hash()};
+  } catch (const Error&) {
+    return std::nullopt;
+  }
+}
+
 void requireSpeechModel() {
-  if (VadManager::installedModelVersion()) return;
+  if (SpeechModel::installed()) return;
   const auto folder = OrvaneResources::bundleOfBinary(ModuleLocation::module()).bundleURL;
   throw PlatformError("silero_vad_v6.onnx",
                       "the speech model is not installed; \"scripts/install-model '" +

@@ -13,16 +13,18 @@ constexpr double kLongestSeconds = 3600;
 
 }  // namespace
 
-void addVADTuningOptions(CLI::App& command, SileroVADTuning& tuning) {
-  const auto add = [&command](const char* name, const char* argument, double highest, auto& target,
-                              const char* description) {
+void addVADTuningOptions(CLI::App& command, VADTuningOptions& options) {
+  SileroVADTuning& tuning = options.tuning;
+  const auto add = [&](const char* name, const char* argument, double highest, auto& target,
+                       const char* description) {
     addNumberOption(command,
                     {.name = name,
                      .argument = argument,
                      .group = kGroup,
                      .highest = highest,
                      .description = description},
-                    [&target](double value) {
+                    [&options, &target, name](double value) {
+                      options.given = name;
                       target = static_cast<std::remove_reference_t<decltype(target)>>(value);
                     });
   };

@@ -51,6 +51,7 @@ void addFigures(Document& document, const MeasuredFile& file) {
   document.add("dynamicRange", result.dynamicRange);
   document.add("speechGatedLUFS", result.speechGatedLUFS);
   document.add("speechPercentage", result.speechPercentage);
+  if (file.speechModel) document.add("speechModel", *file.speechModel);
   document.add("channelPeakDB", result.channelPeakDB);
   document.add("channelRMSDB", result.channelRMSDB);
   document.add("channelCrestFactorDB", result.channelCrestFactorDB);
@@ -71,6 +72,7 @@ void addFindings(Document& document, const MeasuredFile& file) {
     document.add("code", codeText(warning.code));
     document.add("text", warning.text);
   });
+  document.add("notes", file.notes);
 }
 
 void addCurves(Document& document, const OfflineAnalysisPipeline::Result& result) {

@@ -150,11 +150,13 @@ std::string block(const InputName& file, const DialogueSidecar& sidecar, const C
          figures(sidecar, console) + drawing(sidecar, console) + list(sidecar, console);
 }
 
-std::string json(const InputName& file, const DialogueSidecar& sidecar) {
+std::string json(const InputName& file, const DialogueSidecar& sidecar,
+                 const std::optional<SpeechModelName>& model) {
   JsonOutput::Document document;
   document.add("url", file.display);
   document.add("dialogueSeconds", totalSeconds(sidecar));
   document.add("dialoguePercentage", percentage(sidecar));
+  if (model) document.add("speechModel", *model);
   json::Style style = JsonOutput::kRecordStyle;
   style.sortsKeys = true;  // as in its file
   document.addJSON("sidecar", json::encode(sidecar, style));

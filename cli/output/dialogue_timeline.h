@@ -1,9 +1,11 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "cli/commands/speech_model.h"
 #include "cli/options/file_list.h"
 #include "cli/terminal/console.h"
 #include "orvane/core/time_range.h"
@@ -32,7 +34,9 @@ std::string summary(const DialogueSidecar& sidecar);
 /// Everything about one file: figures, bar and list.
 std::string block(const InputName& file, const DialogueSidecar& sidecar, const Console& console);
 
-/// The same for machines, in one line: the sidecar's keys with the figures beside them.
-std::string json(const InputName& file, const DialogueSidecar& sidecar);
+/// The same for machines, in one line: the sidecar's keys with the figures beside them, and the
+/// model that has just found the regions.
+std::string json(const InputName& file, const DialogueSidecar& sidecar,
+                 const std::optional<SpeechModelName>& model = {});
 
 }  // namespace orvane::cli::DialogueTimeline

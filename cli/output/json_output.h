@@ -3,7 +3,12 @@
 #include <string>
 #include <string_view>
 
+#include "cli/commands/speech_model.h"
 #include "orvane/text/json/json_coding.h"
+
+namespace orvane::json {
+ORVANE_JSON_FIELDS(cli::SpeechModelName, version, sha256);
+}  // namespace orvane::json
 
 /// JSON as the program prints it: one document per line, pure ASCII, keys in a fixed order, numbers
 /// with their shortest digits, null for a number that is not finite.

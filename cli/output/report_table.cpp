@@ -22,6 +22,10 @@ std::string level(std::optional<float> value, int decimals = 1) {
   return value ? NumberText::fixed(static_cast<double>(*value), decimals) : "-";
 }
 
+std::string chapterLoudness(std::optional<float> value) {
+  return value && !std::isfinite(*value) ? "silence" : level(value);
+}
+
 std::string deviation(std::optional<float> value) {
   return value ? NumberText::signedFixed(static_cast<double>(*value), 1) : "-";
 }
@@ -145,7 +149,7 @@ std::string chapters(const ReportChapterTable& part, const Console& console) {
     table.addRow({{std::to_string(entry.index)},
                   {TerminalText::shortened(TerminalText::escaped(entry.name), kNameColumns)},
                   {span(entry.startSec, entry.endSec)},
-                  {level(entry.integratedLUFS), style},
+                  {chapterLoudness(entry.integratedLUFS), style},
                   {deviation(difference) + (isFlagged ? "!" : " "), style},
                   {level(entry.loudnessRange)},
                   {level(entry.truePeakDBTP)},

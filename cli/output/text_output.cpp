@@ -2,6 +2,7 @@
 
 #include "cli/output/abandoned_files.h"
 #include "cli/output/output_file.h"
+#include "cli/terminal/terminal_text.h"
 
 namespace orvane::cli {
 
@@ -13,7 +14,9 @@ void addTextOutputOptions(CLI::App& command, TextOutputOptions& options) {
 }
 
 void writeText(const TextOutputOptions& options, std::string_view text, Console& console) {
-  if (options.isStandardOutput()) return console.print(text);
+  if (options.isStandardOutput())
+    return console.print(console.traits().isOutputTerminal ? TerminalText::escapedLines(text)
+                                                           : std::string(text));
   warnOfAbandonedFiles({options.file}, console);
   OutputFile::writing(options.file, [&] {
     AtomicFile output(options.file, OutputFile::existing(options.force));

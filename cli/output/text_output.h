@@ -19,7 +19,8 @@ struct TextOutputOptions {
 /// `-o` and `--force`. `options` must outlive the command.
 void addTextOutputOptions(CLI::App& command, TextOutputOptions& options);
 
-/// Writes the whole text or, when anything fails, nothing. Throws `PlatformError` and
+/// Writes the whole text or, when anything fails, nothing; to a terminal with what could harm it
+/// escaped. Throws `PlatformError` and
 /// `OutputFailure`.
 void writeText(const TextOutputOptions& options, std::string_view text, Console& console);
 

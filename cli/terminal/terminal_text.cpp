@@ -67,15 +67,13 @@ std::size_t width(char32_t character) {
   return isIn(kWide, character) ? 2 : 1;
 }
 
-}  // namespace
-
-std::string escaped(std::string_view text) {
+std::string escapedBut(std::string_view kept, std::string_view text) {
   std::string result;
   while (!text.empty()) {
     const UTF8Character first = firstUTF8Character(text);
     if (!first.isWellFormed) {
       result += "\\x" + hexadecimal(static_cast<unsigned char>(text[0]), 2);
-    } else if (isDeceptive(first.codePoint)) {
+    } else if (isDeceptive(first.codePoint) && kept.find(text[0]) == std::string_view::npos) {
       result += escape(first.codePoint);
     } else {
       result += text.substr(0, first.length);
@@ -83,6 +81,19 @@ std::string escaped(std::string_view text) {
     text.remove_prefix(first.length);
   }
   return result;
+}
+
+}  // namespace
+
+std::string escaped(std::string_view text) {
+  return escapedBut("", text);
+}
+
+std::string escapedLines(std::string_view text) {
+  std::string lines;
+  for (std::size_t i = 0; i < text.size(); ++i)
+    if (!text.substr(i).starts_with("\r\n")) lines += text[i];
+  return escapedBut("\n\t", lines);
 }
 
 std::size_t width(std::string_view text) {

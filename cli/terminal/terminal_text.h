@@ -11,6 +11,9 @@ namespace orvane::cli::TerminalText {
 /// invisible characters and bytes that are no UTF-8 appear as escapes ("\n", "\x1B", "\u202E").
 std::string escaped(std::string_view text);
 
+/// The same for a text of many lines with tabs, which stay; lines end by LF alone.
+std::string escapedLines(std::string_view text);
+
 /// Columns that valid UTF-8 takes on a terminal: wide characters take two, combining ones none.
 std::size_t width(std::string_view text);
 

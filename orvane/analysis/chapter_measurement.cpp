@@ -34,24 +34,48 @@ class ChapterProgress : public ProgressObserver {
   std::size_t count_;
 };
 
-}  // namespace
+/// A mark and what it covers of the file.
+struct Placed {
+  ChapterMark mark{};
+  double start = 0;
+  double end = 0;
 
-std::vector<ChapterSpan> spansOf(std::vector<ChapterMark> marks, double duration) {
+  bool hasAudio() const { return start < end; }  // not so when one is no number
+};
+
+std::vector<Placed> placed(std::vector<ChapterMark> marks, double duration) {
   std::stable_sort(marks.begin(), marks.end(), [](const ChapterMark& a, const ChapterMark& b) {
     return a.startSeconds < b.startSeconds;
   });
-  std::vector<ChapterSpan> spans;
+  std::vector<Placed> chapters;
   for (std::size_t i = 0; i < marks.size(); ++i) {
     const double next = i + 1 < marks.size() ? marks[i + 1].startSeconds : duration;
     const double start = std::max(marks[i].startSeconds, 0.0);
     const double end = std::min(marks[i].endSeconds.value_or(next), duration);
-    if (!(start < end)) continue;  // nor what is no number
+    chapters.push_back({std::move(marks[i]), start, end});
+  }
+  return chapters;
+}
+
+}  // namespace
+
+std::vector<ChapterSpan> spansOf(std::vector<ChapterMark> marks, double duration) {
+  std::vector<ChapterSpan> spans;
+  for (Placed& chapter : placed(std::move(marks), duration)) {
+    if (!chapter.hasAudio()) continue;
     const auto index = static_cast<std::int64_t>(spans.size() + 1);
-    const std::string number = std::to_string(index);
-    spans.push_back({index, marks[i].name.empty() ? "Chapter " + number : std::move(marks[i].name),
-                     start, end});
+    std::string& name = chapter.mark.name;
+    if (name.empty()) name = "Chapter " + std::to_string(index);
+    spans.push_back({index, std::move(name), chapter.start, chapter.end});
   }
   return spans;
+}
+
+std::vector<ChapterMark> withoutAudio(std::vector<ChapterMark> marks, double duration) {
+  std::vector<ChapterMark> result;
+  for (Placed& chapter : placed(std::move(marks), duration))
+    if (!chapter.hasAudio()) result.push_back(std::move(chapter.mark));
+  return result;
 }
 
 std::vector<ChapterSpan> spansOfSections(std::span<const MusicAnalysisResult::TimeSpan> sections,

@@ -21,6 +21,9 @@ namespace orvane::ChapterMeasurement {
 ORVANE_API std::vector<SelectionMeasurement::ChapterSpan> spansOf(std::vector<ChapterMark> marks,
                                                                   double duration);
 
+/// The marks that are left out there, in the order of their starts.
+ORVANE_API std::vector<ChapterMark> withoutAudio(std::vector<ChapterMark> marks, double duration);
+
 /// Chapters that cover the file from 0 to `duration`, cut where the sections of a music analysis
 /// start and none shorter than ten seconds: "Section 1", "Section 2" …
 ORVANE_API std::vector<SelectionMeasurement::ChapterSpan> spansOfSections(

@@ -37,8 +37,9 @@ struct ChapterSpan {
   bool operator==(const ChapterSpan&) const = default;
 };
 
-/// Measures a chapter the same way. Figures that are not finite are absent, and all are for a
-/// chapter that lies outside the file.
+/// Measures a chapter the same way. Levels of silence are minus infinity; absent are the loudness
+/// of speech and the noise floor where there is none, the share of speech where it was not looked
+/// for, and all figures of a chapter that lies outside the file.
 ORVANE_API core::Chapter measureChapter(const PCMBuffer& buffer, const ChapterSpan& span,
                                         const std::optional<std::vector<bool>>& fileSpeechHistory,
                                         const Execution& execution = {}, bool dualMono = false);

@@ -158,8 +158,9 @@ bool isLabelLine(std::string_view line) {
 
 }  // namespace
 
-Format formatOf(std::string_view text) noexcept {
-  text = TextList::withoutByteOrderMark(text);
+Format formatOf(std::string_view bytes) {
+  const std::string list = TextList::asUTF8(bytes);
+  std::string_view text = TextList::withoutByteOrderMark(list);
   text.remove_prefix(std::min(text.find_first_not_of(" \t\r\n"), text.size()));
   if (text.starts_with('{') || text.starts_with('[')) return Format::json;
   auto rest = text;
@@ -182,12 +183,10 @@ std::string_view origin(Format format) noexcept {
   return {};
 }
 
-std::vector<ChapterMark> read(std::string_view text, Format format) {
-  if (text.starts_with("\xFF\xFE") || text.starts_with("\xFE\xFF"))
-    throw ChapterListError("The list is UTF-16; only UTF-8 can be read.");
+std::vector<ChapterMark> read(std::string_view bytes, Format format) {
   std::vector<ChapterMark> marks;
   try {
-    marks = readAs(text, format);
+    marks = readAs(TextList::asUTF8(bytes), format);
   } catch (const TextListError& error) {
     throw ChapterListError(error.errorDescription());
   } catch (const DecodingError& error) {

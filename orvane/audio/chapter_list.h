@@ -18,7 +18,8 @@ class ORVANE_API ChapterListError : public Error {
   ~ChapterListError() override;
 };
 
-/// Chapter lists in text files, as UTF-8. Times are seconds or, but in JSON, [h:]mm:ss[.fff].
+/// Chapter lists in text files, as UTF-8 or, with its byte-order mark, UTF-16. Times are seconds
+/// or, but in JSON, [h:]mm:ss[.fff].
 namespace ChapterList {
 
 enum class Format {
@@ -41,7 +42,7 @@ enum class Format {
 inline constexpr std::size_t kMaximumChapters = 10'000;
 
 /// What a text seems to be.
-ORVANE_API Format formatOf(std::string_view text) noexcept;
+ORVANE_API Format formatOf(std::string_view text);
 
 /// What a report tells about where chapters came from: "imported" for JSON, "imported (CSV)" …
 ORVANE_API std::string_view origin(Format format) noexcept;

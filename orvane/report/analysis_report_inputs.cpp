@@ -1,5 +1,6 @@
 #include "orvane/report/analysis_report_inputs.h"
 
+#include "orvane/platform/full_path.h"
 #include "orvane/text/utf8.h"
 
 namespace orvane::OfflineAnalysisPipeline {
@@ -22,7 +23,7 @@ std::string joined(const std::vector<std::string>& labels) {
 
 ReportFileInfo fileInfo(const Result& result, const std::vector<std::string>& labels) {
   return {.fileName = wellFormedUTF8(result.url.filename().native()),
-          .filePath = wellFormedUTF8(result.url.native()),
+          .filePath = wellFormedUTF8(fullPath(result.url).native()),
           .fileFormat = result.fileFormat,
           .fileSize = result.fileSize,
           .duration = result.durationSeconds,

@@ -2,8 +2,8 @@
 
 #include <charconv>
 #include <cmath>
-#include <initializer_list>
 #include <string_view>
+#include <vector>
 
 #include "orvane/report/report_text.h"
 #include "orvane/text/text_list.h"
@@ -21,8 +21,8 @@ bool isDecimalNumber(std::string_view text) {
   double value = 0;
   const auto [end, error] = std::from_chars(text.begin(), text.end(), value);
   const bool isWhole = end == text.end() && error != std::errc::invalid_argument;
-  // Words that read as numbers are none to a spreadsheet.
-  return isWhole && text.find_first_of("0123456789") != std::string_view::npos;
+  // "inf" and "nan(1)" read as numbers, but not to a spreadsheet.
+  return isWhole && text.find_first_of("nN") == std::string_view::npos;
 }
 
 /// A field as it is written. Spreadsheets run what begins like a formula.
@@ -33,10 +33,10 @@ std::string escape(std::string_view value) {
   return TextList::csvCell(text);
 }
 
-std::string row(std::initializer_list<std::string_view> fields) {
+std::string row(const std::vector<std::string>& fields) {
   std::string line;
-  for (const std::string_view& field : fields) {
-    if (&field != fields.begin()) line += ',';
+  for (const std::string& field : fields) {
+    if (&field != &fields.front()) line += ',';
     line += escape(field);
   }
   return line + "\r\n";
@@ -69,32 +69,57 @@ std::string stemRows(const StemGatedLoudness& gated) {
          row({"Drums balance (LU)", number(gated.drums.balanceLU)});
 }
 
-std::string chapterRow(const ReportChapterEntry& entry) {
+std::vector<std::string> chapterCells(const ReportChapterEntry& entry) {
   const auto speech = ReportText::finite(entry.speechPercentage);
-  return row({std::to_string(entry.index), entry.name, seconds(entry.startSec),
-              seconds(entry.endSec), seconds(entry.endSec - entry.startSec), number(entry.rmsDBFS),
-              number(entry.integratedLUFS), number(entry.deviationFromMedianLU),
-              number(entry.truePeakDBTP), number(entry.samplePeakDBFS), number(entry.loudnessRange),
-              number(entry.maxMomentaryLUFS), number(entry.maxShortTermLUFS),
-              number(entry.speechGatedLUFS), number(entry.noiseFloorDBRMS),
-              speech ? fixed(*speech * 100, 2) : ""});
+  return {std::to_string(entry.index),
+          entry.name,
+          seconds(entry.startSec),
+          seconds(entry.endSec),
+          seconds(entry.endSec - entry.startSec),
+          number(entry.rmsDBFS),
+          number(entry.integratedLUFS),
+          number(entry.deviationFromMedianLU),
+          number(entry.truePeakDBTP),
+          number(entry.samplePeakDBFS),
+          number(entry.loudnessRange),
+          number(entry.maxMomentaryLUFS),
+          number(entry.maxShortTermLUFS),
+          number(entry.speechGatedLUFS),
+          number(entry.noiseFloorDBRMS),
+          speech ? fixed(*speech * 100, 2) : ""};
+}
+
+/// What is said of the channels, where they were measured as others than they are.
+std::string unusualLayout(const ReportFileInfo& file) {
+  return file.channelLayout.ends_with(kDualMonoLayout) ? file.channelLayout : "";
+}
+
+/// With a column more where there is a layout to be told.
+std::string chapterTable(const ReportChapterTable& table, const std::string& layout) {
+  const auto line = [&](std::vector<std::string> cells, const std::string& layoutCell) {
+    if (!layout.empty()) cells.push_back(layoutCell);
+    return row(cells);
+  };
+  std::string text =
+      line({"Index", "Name", "Start (s)", "End (s)", "Duration (s)", "RMS (dBFS)",
+            "Integrated (LUFS)", "Deviation (LU)", "True Peak (dBTP)", "Sample Peak (dBFS)",
+            "LRA (LU)", "Max Momentary (LUFS)", "Max Short-term (LUFS)", "Dialog (LUFS)",
+            "Noise Floor (dB RMS)", "Speech (%)"},
+           "Channel Layout");
+  for (const ReportChapterEntry& entry : table.entries) text += line(chapterCells(entry), layout);
+  return text;
 }
 
 }  // namespace
 
 std::string build(const OrvaneReport& report) {
   const bool hasChapters = report.chapters && !report.chapters->entries.empty();
-  return hasChapters ? chaptersCSV(*report.chapters) : fileMetricsCSV(report);
+  return hasChapters ? chapterTable(*report.chapters, unusualLayout(report.file))
+                     : fileMetricsCSV(report);
 }
 
 std::string chaptersCSV(const ReportChapterTable& table) {
-  std::string text =
-      row({"Index", "Name", "Start (s)", "End (s)", "Duration (s)", "RMS (dBFS)",
-           "Integrated (LUFS)", "Deviation (LU)", "True Peak (dBTP)", "Sample Peak (dBFS)",
-           "LRA (LU)", "Max Momentary (LUFS)", "Max Short-term (LUFS)", "Dialog (LUFS)",
-           "Noise Floor (dB RMS)", "Speech (%)"});
-  for (const ReportChapterEntry& entry : table.entries) text += chapterRow(entry);
-  return text;
+  return chapterTable(table, "");
 }
 
 std::string fileMetricsCSV(const OrvaneReport& report) {
@@ -106,6 +131,8 @@ std::string fileMetricsCSV(const OrvaneReport& report) {
   text +=
       row({"Sample Rate (Hz)", std::isfinite(file.sampleRate) ? fixed(file.sampleRate, 0) : ""});
   text += row({"Channels", std::to_string(file.channelCount)});
+  const std::string layout = unusualLayout(file);
+  if (!layout.empty()) text += row({"Channel Layout", layout});
   if (file.rawFormat) text += row({"Raw Declared Format", file.rawFormat->summary()});
   text += row({"Integrated (LUFS)", number(loudness.integratedLUFS)});
   text += row({"Loudness Range (LU)", number(loudness.loudnessRange)});

@@ -7,7 +7,8 @@
 
 /// Renders a report as comma-separated text for spreadsheets, lines ended by CR LF. Numbers have a
 /// decimal point in every locale; absent ones are empty. A text that a spreadsheet would take for a
-/// formula is preceded by an apostrophe.
+/// formula is preceded by an apostrophe. Both tables say it when a file's one channel was measured
+/// as two.
 namespace orvane::CSVReportBuilder {
 
 /// The chapters when the report has any, else the figures of the file.

@@ -53,6 +53,10 @@ ORVANE_JSON_FIELDS(ReportChapterEntry, index, name, startSec, endSec, integrated
                    maxMomentaryLUFS, maxShortTermLUFS, speechGatedLUFS, noiseFloorDBRMS,
                    speechPercentage);
 
+/// A silent chapter is not one that was never measured.
+template <>
+inline constexpr bool kWritesUndefinedNumbers<ReportChapterEntry> = true;
+
 ORVANE_JSON_FIELDS(ReportChapterTable, medianLUFS, deviationThresholdLU, origin, entries);
 
 ORVANE_JSON_FIELDS(OrvaneReport, generatedAt, appVersion, file, fullFile, selection, stereoWidth,

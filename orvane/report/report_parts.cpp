@@ -36,7 +36,7 @@ class Gathering {
                       ? channelNames(detail_.layout, static_cast<std::size_t>(result_.channelCount))
                       : std::optional(parts_.channelLabels);
     gathered_.inputs = toReportInputs(result_, appVersion, parts_.targets, labels);
-    if (detail_.isDualMono) gathered_.inputs.fileInfo.channelLayout += " as two equal loudspeakers";
+    if (detail_.isDualMono) gathered_.inputs.fileInfo.channelLayout += kDualMonoLayout;
     if (parts_.selection) addSelection(*parts_.selection);
     addViolations();
     if (parts_.music) addMusic(*parts_.music);
@@ -86,23 +86,32 @@ class Gathering {
 
   void addChapters() {
     ReportInputs& inputs = gathered_.inputs;
-    const double duration = result_.durationSeconds;
-    auto spans = ChapterMeasurement::spansOf(parts_.chapterMarks, duration);
-    inputs.chapterOrigin = parts_.chapterOrigin;
-    if (spans.empty()) {
-      if (!parts_.chapterMarks.empty())
-        gathered_.findings.push_back(Finding::chapterMarksOutsideAudio);
-      inputs.chapterOrigin.clear();
-    }
-    if (spans.empty() && inputs.musicAnalysis) {
-      spans = ChapterMeasurement::spansOfSections(inputs.musicAnalysis->sections, duration);
-      if (!spans.empty()) inputs.chapterOrigin = "music";
-    }
+    const bool areOfMusic = parts_.chaptersFromMusic && inputs.musicAnalysis;
+    const auto spans = areOfMusic ? sections() : markedChapters();
     if (spans.empty()) return;
+    inputs.chapterOrigin = areOfMusic ? "music" : parts_.chapterOrigin;
     inputs.chapters = ChapterMeasurement::measure(*result_.buffer, spans, result_.speechHistory,
                                                   execution_, detail_.isDualMono);
     inputs.chapterMedianLUFS = ChapterMeasurement::medianLUFS(inputs.chapters);
     inputs.chapterDeviationThresholdLU = parts_.chapterToleranceLU;
+  }
+
+  using Spans = std::vector<SelectionMeasurement::ChapterSpan>;
+
+  Spans sections() {
+    Spans spans = ChapterMeasurement::spansOfSections(gathered_.inputs.musicAnalysis->sections,
+                                                      result_.durationSeconds);
+    if (spans.empty()) gathered_.findings.push_back(Finding::musicWithoutSections);
+    return spans;
+  }
+
+  Spans markedChapters() {
+    const auto& marks = parts_.chapterMarks;
+    Spans spans = ChapterMeasurement::spansOf(marks, result_.durationSeconds);
+    if (spans.empty() && !marks.empty())
+      gathered_.findings.push_back(Finding::chapterMarksOutsideAudio);
+    gathered_.chaptersLeftOut = ChapterMeasurement::withoutAudio(marks, result_.durationSeconds);
+    return spans;
   }
 
   const Result& result_;

@@ -28,18 +28,18 @@ struct ReportParts {
   std::optional<Selection> selection{};      ///< a stretch to be measured and judged by
   std::optional<float> maxMomentaryLUFS{};   ///< louder moments are violations
   std::optional<float> maxShortTermLUFS{};   ///< likewise
-  /// Of the same audio. Gives the loudness by stems and sections, and the chapters where
-  /// `chapterMarks` has none that lies in the file.
+  /// Of the same audio. Gives the loudness by stems and sections.
   std::optional<MusicAnalysisResult> music{};
-  std::vector<ChapterMark> chapterMarks{};
-  std::string chapterOrigin{};   ///< where the marks come from, as reports tell it
-  float chapterToleranceLU = 2;  ///< chapters further from their median are flagged
+  bool chaptersFromMusic = false;           ///< the sections of `music` are the chapters
+  std::vector<ChapterMark> chapterMarks{};  ///< the chapters otherwise
+  std::string chapterOrigin{};              ///< where the marks come from, as reports tell it
+  float chapterToleranceLU = 2;             ///< chapters further from their median are flagged
   core::LoudnessTargetSelection targets{};
 
   bool operator==(const ReportParts&) const = default;
 
   /// Some part is measured from the audio itself, so that the analysis must keep its buffer.
-  bool needAudio() const { return selection || music || !chapterMarks.empty(); }
+  bool needAudio() const { return selection || chaptersFromMusic || !chapterMarks.empty(); }
 };
 
 /// The inputs of a report with all its parts, and what was noticed on the way.
@@ -48,12 +48,14 @@ struct GatheredReport {
     selectionOutsideAudio,    ///< the selection begins behind the end; it is left out
     selectionCut,             ///< it ends behind the end of the audio, where it is cut
     musicOfOtherLength,       ///< the music analysis is of audio that differs by more than a second
+    musicWithoutSections,     ///< its sections were to be the chapters
     chapterMarksOutsideAudio  ///< none of the marks lies in the file
   };
 
   ReportInputs inputs{};
   std::optional<MusicSectionLoudness> sectionLoudness{};
   std::vector<Finding> findings{};
+  std::vector<ChapterMark> chaptersLeftOut{};  ///< those of the marks that have no audio
 };
 
 /// Measures the parts of an analysed file and brings together all that its report is built from:

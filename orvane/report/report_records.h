@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "orvane/platform/export.h"
@@ -12,9 +13,12 @@
 // ends their name. Each record has a JSON form.
 namespace orvane {
 
+/// How the layout of a file ends whose one channel was measured as two equal loudspeakers.
+inline constexpr std::string_view kDualMonoLayout = " as two equal loudspeakers";
+
 struct ORVANE_API ReportFileInfo {
   std::string fileName{};  ///< last path component
-  std::string filePath{};
+  std::string filePath{};  ///< full path
   std::string fileFormat{};
   std::int64_t fileSize = 0;  ///< bytes
   double duration = 0;        ///< seconds

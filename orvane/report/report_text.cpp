@@ -10,8 +10,12 @@
 namespace orvane::ReportText {
 namespace {
 
-bool isLineBreakOrTab(char32_t character) {
-  return character == U'\t' || character == U'\n' || character == U'\r';
+/// Line ends and tabs; soft hyphens, the direction marks of single letters, the letters of flags.
+/// No page shows them wrongly, and texts need them.
+bool isHarmless(char32_t character) {
+  constexpr std::u32string_view kHarmless = U"\t\n\r\u00AD\u061C\u200E\u200F";
+  return kHarmless.find(character) != std::u32string_view::npos ||
+         (character >= 0xE0020 && character <= 0xE007F);
 }
 
 void appendCodePoint(std::string& text, char32_t character) {
@@ -27,7 +31,8 @@ void appendCodePoint(std::string& text, char32_t character) {
 }  // namespace
 
 std::string fixed(double value, int decimals) {
-  return std::isfinite(value) ? NumberText::fixed(value, decimals) : "-";
+  constexpr double kWithoutSign = 0;  // −0 + 0 is 0
+  return std::isfinite(value) ? NumberText::fixed(value + kWithoutSign, decimals) : "-";
 }
 
 std::string fixed(float value, int decimals) {
@@ -49,7 +54,7 @@ std::string visible(std::string_view text) {
     const UTF8Character first = firstUTF8Character(text);
     if (!first.isWellFormed) {
       result += kReplacementCharacter;
-    } else if (isDeceptive(first.codePoint) && !isLineBreakOrTab(first.codePoint)) {
+    } else if (isDeceptive(first.codePoint) && !isHarmless(first.codePoint)) {
       appendCodePoint(result, first.codePoint);
     } else {
       result += text.substr(0, first.length);

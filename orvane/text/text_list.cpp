@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "orvane/text/extension_text.h"
+#include "orvane/text/utf8.h"
 
 namespace orvane {
 
@@ -23,6 +24,32 @@ constexpr std::string_view kFormulaStarts = "=+-@\t\r";
 std::string_view withoutByteOrderMark(std::string_view text) noexcept {
   if (text.starts_with(kByteOrderMark)) text.remove_prefix(kByteOrderMark.size());
   return text;
+}
+
+std::string asUTF8(std::string_view text) {
+  const bool isBig = text.starts_with("\xFE\xFF");
+  if (!isBig && !text.starts_with("\xFF\xFE")) return std::string(text);
+  const auto unit = [&](std::size_t i) -> char32_t {
+    if (i + 1 >= text.size()) return 0;
+    const auto first = static_cast<unsigned char>(text[i]);
+    const auto second = static_cast<unsigned char>(text[i + 1]);
+    return isBig ? first << 8U | second : second << 8U | first;
+  };
+  const auto isIn = [](char32_t value, char32_t first) {
+    return value >= first && value < first + 0x400;
+  };
+  std::string result;
+  for (std::size_t i = 2; i < text.size(); i += 2) {
+    char32_t character = i + 1 < text.size() ? unit(i) : 0xFFFD;
+    if (isIn(character, 0xD800) && isIn(unit(i + 2), 0xDC00)) {
+      character = 0x10000 + ((character - 0xD800) << 10U) + (unit(i + 2) - 0xDC00);
+      i += 2;
+    } else if (isIn(character, 0xD800) || isIn(character, 0xDC00)) {
+      character = 0xFFFD;
+    }
+    appendUTF8(result, character);
+  }
+  return result;
 }
 
 std::string_view trimmed(std::string_view text) noexcept {

@@ -17,6 +17,10 @@ namespace TextList {
 /// Without the byte-order mark of UTF-8 at its start, if there is one.
 ORVANE_TESTING_API std::string_view withoutByteOrderMark(std::string_view text) noexcept;
 
+/// The text as UTF-8 when it begins with a byte-order mark of UTF-16, else as it stands. What is no
+/// character becomes U+FFFD.
+ORVANE_TESTING_API std::string asUTF8(std::string_view text);
+
 /// Without blanks and tabs at its ends.
 ORVANE_TESTING_API std::string_view trimmed(std::string_view text) noexcept;
 

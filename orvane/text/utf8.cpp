@@ -56,6 +56,23 @@ UTF8Character firstUTF8Character(std::string_view text) noexcept {
   return {.codePoint = character, .length = length};
 }
 
+void appendUTF8(std::string& text, char32_t character) {
+  const auto append = [&](char32_t byte) { text += static_cast<char>(byte); };
+  const auto appendTail = [&](int shift) { append(0x80U | ((character >> shift) & 0x3FU)); };
+  if (character < 0x80) return append(character);
+  if (character < 0x800) {
+    append(0xC0U | (character >> 6));
+  } else if (character < 0x10000) {
+    append(0xE0U | (character >> 12));
+    appendTail(6);
+  } else {
+    append(0xF0U | (character >> 18));
+    appendTail(12);
+    appendTail(6);
+  }
+  appendTail(0);
+}
+
 std::string wellFormedUTF8(std::string_view text) {
   std::string result;
   result.reserve(text.size());
@@ -69,15 +86,7 @@ std::string wellFormedUTF8(std::string_view text) {
 
 std::string utf8FromLatin1(std::string_view text) {
   std::string result;
-  for (const char c : text) {
-    const auto byte = static_cast<unsigned char>(c);
-    if (byte < 0x80) {
-      result += c;
-    } else {
-      result += static_cast<char>(0xC0U | (byte >> 6U));
-      result += static_cast<char>(0x80U | (byte & 0x3FU));
-    }
-  }
+  for (const char c : text) appendUTF8(result, static_cast<unsigned char>(c));
   return result;
 }
 

@@ -26,6 +26,9 @@ struct UTF8Character {
 /// What stands at the start of `text`, which is not empty.
 ORVANE_API UTF8Character firstUTF8Character(std::string_view text) noexcept;
 
+/// Appends a character, which is one of Unicode's and no surrogate.
+ORVANE_API void appendUTF8(std::string& text, char32_t character);
+
 /// The text with every malformed byte replaced by U+FFFD.
 ORVANE_API std::string wellFormedUTF8(std::string_view text);
 

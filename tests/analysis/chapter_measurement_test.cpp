@@ -41,6 +41,14 @@ TEST(ChapterSpans, LeaveOutWhatHasNoLengthInTheFile) {
   EXPECT_EQ(spansOf({{0, {}, "x"}}, 0), Spans{});
 }
 
+TEST(ChapterSpans, AreMissingForTheMarksThatAreToldWithoutAudio) {
+  const std::vector<ChapterMark> marks = {
+      {99, {}, "behind"}, {0, {}, "One"}, {5, 5, "empty"}, {7, 40, "cut"}, {25, {}, "at the end"}};
+  EXPECT_EQ(ChapterMeasurement::withoutAudio(marks, 25),
+            (std::vector<ChapterMark>{marks[2], marks[4], marks[0]}));
+  EXPECT_EQ(spansOf(marks, 25), (Spans{{1, "One", 0, 5}, {2, "cut", 7, 25}}));
+}
+
 TEST(ChapterSpans, WithoutANameAreNumbered) {
   EXPECT_EQ(spansOf({{0, {}, ""}, {1, {}, "x"}, {2, {}, ""}}, 3),
             (Spans{{1, "Chapter 1", 0, 1}, {2, "x", 1, 2}, {3, "Chapter 3", 2, 3}}));

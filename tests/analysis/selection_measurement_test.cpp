@@ -147,11 +147,13 @@ TEST(ChapterMeasurement, HoldsTheSelectionsFigures) {
   EXPECT_FLOAT_EQ(*chapter.speechPercentage, 0.5F);
 }
 
-TEST(ChapterMeasurement, LeavesOutWhatIsNotANumber) {
+// A silent chapter had no figures, as if it had never been measured.
+TEST(ChapterMeasurement, GivesMinusInfinityForSilenceAndNothingForWhatIsNotThere) {
   const auto file = RawProgramme(kRate, {Channel(kRate)}).analyze();
   const auto silent = measureChapter(*file.buffer, {0, "Silence", 0, 1}, std::nullopt);
-  EXPECT_FALSE(silent.integratedLUFS);
-  EXPECT_FALSE(silent.truePeakDBTP);
+  EXPECT_EQ(silent.integratedLUFS, -kInfinity);
+  EXPECT_EQ(silent.truePeakDBTP, -kInfinity);
+  EXPECT_EQ(silent.maxMomentaryLUFS, -kInfinity);
   EXPECT_FALSE(silent.speechGatedLUFS);
   EXPECT_FALSE(silent.noiseFloorDBRMS);
   EXPECT_FALSE(silent.speechPercentage);

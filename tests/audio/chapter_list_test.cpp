@@ -140,12 +140,18 @@ TEST(ChapterListTest, RefusesListsWithoutChaptersAndEndlessOnes) {
   EXPECT_EQ(failure(json), "The list holds more than 10000 chapters.");
 }
 
-TEST(ChapterListTest, RefusesUTF16) {
+// Lists from spreadsheets were refused.
+TEST(ChapterListTest, ReadsUTF16WithAByteOrderMark) {
   using namespace std::string_view_literals;
-  for (const auto text : {"\xFF\xFE["
-                          "\0"sv,
-                          "\xFE\xFF\0["sv})
-    EXPECT_EQ(failure(text), "The list is UTF-16; only UTF-8 can be read.");
+  constexpr auto kLittle =
+      "\xFF\xFE"
+      "0\0\t\0001\0\t\0\xEB\0\n\0"sv;
+  constexpr auto kBig = "\xFE\xFF\0[\0{\0\"\0s\0t\0a\0r\0t\0\"\0:\0002\0}\0]"sv;
+  EXPECT_EQ(ChapterList::formatOf(kLittle), ChapterList::Format::audacityLabels);
+  EXPECT_EQ(ChapterList::read(kLittle, ChapterList::Format::audacityLabels),
+            (std::vector<ChapterMark>{{0, 1, "\u00EB"}}));
+  EXPECT_EQ(ChapterList::formatOf(kBig), ChapterList::Format::json);
+  EXPECT_EQ(ChapterList::read(kBig, ChapterList::Format::json), std::vector<ChapterMark>{{2}});
 }
 
 TEST(CueSheet, GivesTheTitlesOfItsTracks) {

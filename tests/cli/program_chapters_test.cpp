@@ -98,13 +98,45 @@ TEST_F(ProgramChapters, ThatDoNotExistAreTold) {
               HasSubstr("Warning: None of the list's chapters lies in the file."));
 }
 
-TEST_F(ProgramChapters, ComeBeforeTheSectionsOfMusic) {
+// They were dropped without a word.
+TEST_F(ProgramChapters, WithoutAudioAreNamed) {
+  folder().write(
+      "list.csv",
+      "start,end,name\n0,10,One\n20,,No \x1Blength\n20,30,Two\n50,60,late\n3600,3700,\n");
+  const auto end = analyze({"--chapters", "list.csv", "--csv", "-"});
+  EXPECT_EQ(end.exitCode, 0);
+  EXPECT_EQ(end.errors,
+            "orvane: warning: book.wav: 3 of the chapters have no audio and are left out: "
+            "\"No \\x1Blength\" at 0:20.000, \"late\" at 0:50.000, one at 1:00:00.000.\n");
+  const auto figures = jsonLines(analyze({"--chapters", "list.csv", "--json"}).output).at(0);
+  EXPECT_THAT(figures.at("notes")[0].get<std::string>(), HasSubstr("\"late\" at 0:50.000"));
+}
+
+// They were shown as if they had not been measured.
+TEST_F(ProgramChapters, ThatAreSilentSaySo) {
+  folder().write("gap.wav", waveFile(sineSamples(96'000, 0.1) + std::string(96'000 * 4, '\0')));
+  folder().write("list.csv", "start,name\n0,Sound\n2,Gap\n");
+  const auto end = run({"analyze", "gap.wav", "--chapters", "list.csv", "--report", "r.json",
+                        "--html", "first.html"});
+  EXPECT_EQ(end.exitCode, 0) << end.errors;
+  EXPECT_THAT(end.output, HasSubstr("silence"));
+  EXPECT_EQ(run({"report", "r.json", "--html", "again.html"}).exitCode, 0);
+  for (const char* page : {"first.html", "again.html"})
+    EXPECT_THAT(orvane::test::readFile(folder() / page),
+                HasSubstr("<td class=\"chap-lufs\">silence</td>"));
+}
+
+TEST_F(ProgramChapters, AreTheSectionsOfMusicWhenAskedFor) {
   folder().write("music.json",
                  R"({"source":"x","analysedAt":"2024-01-31T12:00:00Z","duration":30,"stems":[],)"
                  R"("beats":[],"bars":[],"sections":[{"start":0,"end":15},{"start":15,"end":30}],)"
                  R"("segments":[],"phrases":[],"keys":[],"paces":[]})");
-  EXPECT_EQ(chaptersBy({"--music", "music.json"}).at("entries").size(), 2U);
+  EXPECT_EQ(chaptersBy({"--music", "music.json", "--chapters-from-music"}).at("entries").size(),
+            2U);
   EXPECT_EQ(chaptersBy({"--music", "music.json", "--chapters-from-file"}).at("entries").size(), 3U);
+  // They once were chapters unasked, and took the place of the music's figures in the CSV.
+  const auto end = analyze({"--music", "music.json", "--csv", "-"});
+  EXPECT_THAT(end.output, HasSubstr("\r\nKey (Apple Music Understanding),"));
 }
 
 TEST_F(ProgramChapters, OfBrokenListsAreToldInOneSentenceBeforeAnythingIsMeasured) {
@@ -130,11 +162,13 @@ TEST_F(ProgramChapters, OfBrokenListsAreToldInOneSentenceBeforeAnythingIsMeasure
 
 TEST_F(ProgramChapters, RefuseChoicesThatMakeNoSense) {
   folder().write("a.txt", "0\t1\ta\n");
-  for (const auto& arguments :
-       std::vector<std::vector<std::string>>{{"--chapters", "a.txt", "--chapters-from-file"},
-                                             {"good.wav", "--chapters", "a.txt"},
-                                             {"--chapters", "a.txt", "--chapter-tolerance", "-1"},
-                                             {"--chapters-from-file", "--raw", "s16le,48000,2"}})
+  for (const auto& arguments : std::vector<std::vector<std::string>>{
+           {"--chapters", "a.txt", "--chapters-from-file"},
+           {"good.wav", "--chapters", "a.txt"},
+           {"--chapters-from-music"},
+           {"--chapters-from-music", "--music", "m.json", "--chapters-from-file"},
+           {"--chapters", "a.txt", "--chapter-tolerance", "-1"},
+           {"--chapters-from-file", "--raw", "s16le,48000,2"}})
     EXPECT_EQ(analyze(arguments).exitCode, 2) << arguments[0];
 }
 

@@ -125,8 +125,8 @@ TEST_F(ProgramDialogue, TellsWhenTheAudioIsAnotherOne) {
   const auto end = dialogue({"show", "good.wav"});
   EXPECT_EQ(end.exitCode, 0);
   EXPECT_EQ(end.errors,
-            "orvane: warning: good.wav: the regions were made for 0:01.000 at 48 kHz, the file has "
-            "0:02.000 at 48 kHz\n");
+            "orvane: warning: good.wav: The dialogue regions were made for 0:01.000 at 48 kHz, the "
+            "file has 0:02.000 at 48 kHz.\n");
 }
 
 TEST_F(ProgramDialogue, RefusesBrokenAndNewerSidecarsInOneSentence) {

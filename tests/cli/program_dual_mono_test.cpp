@@ -113,11 +113,17 @@ TEST_F(ProgramDualMono, IsSaidByTableAndReports) {
   EXPECT_THAT(run({"analyze", "mono.wav"}).output, HasSubstr("measured as one channel"));
   EXPECT_THAT(run({"analyze", "mono.wav", "--dual-mono"}).output,
               HasSubstr("Mono, measured as two equal loudspeakers."));
+  folder().write("chapters.csv", "name,start\nA,0\nB,4\n");
   const std::string said = "Mono as two equal loudspeakers";
-  for (const char* format : {"--html", "--report"}) {
+  for (const char* format : {"--html", "--report", "--csv"}) {
     EXPECT_THAT(run({"analyze", "mono.wav", "--dual-mono", format, "-"}).output, HasSubstr(said))
         << format;
     EXPECT_THAT(run({"analyze", "mono.wav", format, "-"}).output, Not(HasSubstr(said))) << format;
+    EXPECT_THAT(run({"analyze", "mono.wav", "--dual-mono", "--chapters", "chapters.csv",
+                     "--channel-labels", "Boom", format, "-"})
+                    .output,
+                HasSubstr("Boom as two equal loudspeakers"))
+        << format;
   }
 }
 

@@ -45,6 +45,21 @@ TEST_F(ProgramReportCommand, ReadsStandardInput) {
   EXPECT_EQ(run(setup).output, content("first.csv"));
 }
 
+TEST_F(ProgramReportCommand, WritesNumbersAndNamesAsReadersNeedThem) {
+  auto report = decodeJSON<OrvaneReport>(content("r.json"));
+  EXPECT_EQ(report.file.filePath, std::filesystem::canonical(folder() / "good.wav"));
+  report.file.fileName = "-nan(1)";
+  report.file.channelLayout = "Donau\u00ADdampf \u200F\u05D0";
+  report.fullFile.samplePeakDB = report.fullFile.truePeakDB = -0.0F;
+  folder().write("odd.json", encodeJSON(report));
+  const auto end = run({"report", "odd.json", "--html", "odd.html", "--csv", "-"});
+  EXPECT_EQ(end.exitCode, 0) << end.errors;
+  EXPECT_THAT(end.output,
+              AllOf(HasSubstr("File,\"'-nan(1)\"\r\n"), HasSubstr("Sample Peak (dBFS),0.00\r\n")));
+  EXPECT_THAT(content("odd.html"),
+              AllOf(HasSubstr("Donau\u00ADdampf \u200F\u05D0"), HasSubstr(">0.0 dBTP<")));
+}
+
 TEST_F(ProgramReportCommand, NeverLandsOnItsRecord) {
   const auto before = content("r.json");
   std::filesystem::create_symlink("r.json", folder() / "link");

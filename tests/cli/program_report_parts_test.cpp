@@ -102,7 +102,7 @@ TEST_F(ProgramReportParts, ViolationsNeedALevel) {
 
 TEST_F(ProgramReportParts, MusicGivesLoudnessByStemsAndSectionsAndChapters) {
   writeMusic("music.json");
-  const auto all = document({"--music", "music.json"});
+  const auto all = document({"--music", "music.json", "--chapters-from-music"});
   const auto vocal = all.at("stemGatedLoudness").at("vocal");
   EXPECT_NEAR(vocal.at("presentLUFS").get<double>(), -14, 0.1);
   EXPECT_GT(vocal.at("balanceLU").get<double>(), 5);
@@ -116,7 +116,7 @@ TEST_F(ProgramReportParts, MusicGivesLoudnessByStemsAndSectionsAndChapters) {
   ASSERT_EQ(chapters.at("entries").size(), 3U);
   EXPECT_EQ(chapters.at("entries")[1].at("name"), "Section 2");
   EXPECT_NEAR(chapters.at("entries")[1].at("integratedLUFS").get<double>(), -20, 0.05);
-  const auto table = analyze({"--music", "music.json"}).output;
+  const auto table = analyze({"--music", "music.json", "--chapters-from-music"}).output;
   EXPECT_THAT(table, AllOf(HasSubstr("Vocal"), HasSubstr("Section 3"), HasSubstr("+6.0!")));
 }
 

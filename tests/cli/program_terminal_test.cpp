@@ -1,4 +1,4 @@
-#include "orvane/speech/detector/vad_manager.h"
+#include "orvane/speech/detector/speech_model.h"
 #include "tests/cli/program_fixture.h"
 #include "tests/support/sanitized.h"
 
@@ -86,9 +86,12 @@ TEST_F(ProgramTerminal, PrintsItsVersion) {
   EXPECT_THAT(end.output.substr(0, end.output.find('\n')), MatchesRegex("orvane [0-9.]+"));
   EXPECT_THAT(end.output, HasSubstr("\nFFmpeg "));
   // The model is no part of the build.
-  const auto model = VadManager::installedModelVersion();
-  EXPECT_THAT(end.output, EndsWith("\nSpeech model " +
-                                   (model ? "Silero VAD " + *model : "is not installed") + "\n"));
+  const auto model = SpeechModel::installed();
+  EXPECT_THAT(end.output,
+              EndsWith("\nSpeech model " +
+                       (model ? "Silero VAD " + model->version + ", SHA-256 " + model->hash()
+                              : "is not installed") +
+                       "\n"));
 }
 
 TEST_F(ProgramTerminal, HelpFitsIntoEightyColumns) {

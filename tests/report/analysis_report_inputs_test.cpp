@@ -3,7 +3,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <string>
+
+#include "tests/support/temporary_directory.h"
 
 namespace orvane {
 namespace {
@@ -92,6 +95,25 @@ TEST(ToReportInputs, LeavesTheRestForTheCaller) {
   EXPECT_EQ(inputs.chapterOrigin, "");
   EXPECT_EQ(inputs.musicAnalysis, std::nullopt);
   EXPECT_EQ(inputs.stemGatedLoudness, std::nullopt);
+}
+
+// It was the path as the caller had typed it.
+TEST(ToReportInputs, GivesTheFullPath) {
+  const auto pathOf = [](const std::filesystem::path& url) {
+    auto result = measuredFile();
+    result.url = url;
+    return toReportInputs(result, "", {}, std::nullopt).fileInfo.filePath;
+  };
+  const auto here = std::filesystem::current_path().string();
+  EXPECT_EQ(pathOf("a.wav"), here + "/a.wav");
+  EXPECT_EQ(pathOf("./missing/../a.wav"), here + "/a.wav");
+  // The file's own name stays, whatever it leads to.
+  const test::TemporaryDirectory folder;
+  const auto real = std::filesystem::canonical(folder.path());
+  std::filesystem::create_directory(real / "tapes");
+  std::filesystem::create_symlink(real / "tapes", real / "link");
+  std::filesystem::create_symlink("b.wav", real / "a.wav");
+  EXPECT_EQ(pathOf(real / "link" / ".." / "a.wav"), (real / "a.wav").string());
 }
 
 TEST(ToReportInputs, MakesTextOfNamesThatAreNone) {

@@ -140,6 +140,7 @@ TEST(CSVReport, GuardsWhatASpreadsheetWouldRun) {
   EXPECT_EQ(fileRow("=\"a\""), "File,\"'=\"\"a\"\"\"");
   EXPECT_EQ(fileRow("-"), "File,\"'-\"");
   EXPECT_EQ(fileRow("-inf"), "File,\"'-inf\"");
+  EXPECT_EQ(fileRow("-nan(1)"), "File,\"'-nan(1)\"");
   EXPECT_EQ(fileRow("+-1"), "File,\"'+-1\"");
   EXPECT_EQ(fileRow("-1+1"), "File,\"'-1+1\"");
 }
@@ -161,6 +162,22 @@ TEST(CSVReport, QuotesOnlyWhatNeedsIt) {
 
 TEST(CSVReport, ShowsWhatWouldDeceiveATerminal) {
   EXPECT_EQ(fileRow("a\x1B[31m\u202Eb\xFF"), "File,a\\u{1B}[31m\\u{202E}b\uFFFD");
+}
+
+TEST(CSVReport, LeavesInvisibleCharactersThatTextsNeed) {
+  EXPECT_EQ(fileRow("Donau\u00ADdampf \u200F\u05D0"), "File,Donau\u00ADdampf \u200F\u05D0");
+}
+
+TEST(CSVReport, SaysThatOneChannelWasMeasuredAsTwo) {
+  const std::string layout = "Mono as two equal loudspeakers";
+  OrvaneReport report{.file = {.channelCount = 1, .channelLayout = layout}};
+  EXPECT_THAT(build(report),
+              HasSubstr("Channels,1\r\nChannel Layout," + layout + "\r\nIntegrated (LUFS),"));
+  report.chapters = ReportChapterTable{.entries = {chapter(), chapter()}};
+  EXPECT_THAT(build(report), HasSubstr("Speech (%),Channel Layout\r\n"));
+  EXPECT_THAT(build(report), HasSubstr("25.00," + layout + "\r\n7,Seven"));
+  report.file.channelLayout = "Mono";
+  EXPECT_THAT(build(report), Not(HasSubstr("Layout")));
 }
 
 TEST(CSVReport, EndsEveryLineWithCRLF) {

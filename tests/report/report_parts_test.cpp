@@ -100,14 +100,27 @@ TEST(GatherReport, MeasuresChaptersAgainstTheirMedian) {
   EXPECT_NEAR(report.chapters->entries[0].deviationFromMedianLU.value(), -10, 0.05);
 }
 
-TEST(GatherReport, TakesTheSectionsOfMusicWhereNoMarkLiesInTheFile) {
+// The sections of a music analysis were chapters unasked.
+TEST(GatherReport, TakesTheSectionsOfMusicForChaptersWhenAskedTo) {
   const Analysed file(2);
-  const auto gathered =
-      file.gather({.music = music(8), .chapterMarks = {{100}}, .chapterOrigin = "a list"});
-  EXPECT_THAT(gathered.findings, ElementsAre(Finding::chapterMarksOutsideAudio));
+  const auto gathered = file.gather({.music = music(8), .chaptersFromMusic = true});
   EXPECT_EQ(gathered.inputs.chapterOrigin, "music");
   EXPECT_THAT(gathered.inputs.chapters, testing::SizeIs(1));  // none shorter than ten seconds
-  const auto without = file.gather({.chapterMarks = {{100}}, .chapterOrigin = "a list"});
+  EXPECT_THAT(file.gather({.music = music(8)}).inputs.chapters, IsEmpty());
+  auto shapeless = music(8);
+  shapeless.sections.clear();
+  EXPECT_THAT(file.gather({.music = shapeless, .chaptersFromMusic = true}).findings,
+              ElementsAre(Finding::musicWithoutSections));
+}
+
+TEST(GatherReport, NamesTheMarksThatHaveNoAudio) {
+  const Analysed file(2);
+  const std::vector<ChapterMark> marks = {{0}, {4, {}, "Loud"}, {100, {}, "Late"}};
+  const auto gathered = file.gather({.chapterMarks = marks, .chapterOrigin = "a list"});
+  EXPECT_THAT(gathered.chaptersLeftOut, ElementsAre(marks[2]));
+  EXPECT_THAT(gathered.findings, IsEmpty());
+  const auto without = file.gather({.chapterMarks = {marks[2]}, .chapterOrigin = "a list"});
+  EXPECT_THAT(without.findings, ElementsAre(Finding::chapterMarksOutsideAudio));
   EXPECT_EQ(without.inputs.chapterOrigin, "");
 }
 

@@ -15,6 +15,18 @@ TEST(TextLists, TakeLinesWithEitherEnd) {
   EXPECT_EQ(TextList::takeLine(text), "");
 }
 
+TEST(TextLists, AreUTF8WhateverTheyWere) {
+  using namespace std::string_view_literals;
+  EXPECT_EQ(TextList::asUTF8("plain \xEF"), "plain \xEF");
+  EXPECT_EQ(TextList::asUTF8("\xFF\xFE"), "");
+  EXPECT_EQ(TextList::asUTF8("\xFF\xFE"
+                             "a\0\xEB\0-N\x3D\xD8\0\xDE"sv),
+            "a\u00EB\u4E2D\U0001F600");
+  EXPECT_EQ(TextList::asUTF8("\xFE\xFF\0a\0\xEBN-\xD8\x3D\xDE\0"sv), "a\u00EB\u4E2D\U0001F600");
+  // Half a pair, the other half, half a character.
+  EXPECT_EQ(TextList::asUTF8("\xFE\xFF\xD8\x3D\0a\xDE\0\0"sv), "\uFFFDa\uFFFD\uFFFD");
+}
+
 TEST(TextLists, FindColumnsByTheirNames) {
   TextList::CSVReader reader("Index, START (s) ,Name\n");
   const auto header = reader.next().value();

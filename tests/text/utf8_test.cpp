@@ -37,6 +37,18 @@ TEST(FirstUTF8Character, TakesAMalformedByteAlone) {
   EXPECT_EQ(firstUTF8Character("\uFFFD"), (UTF8Character{0xFFFD, 3}));
 }
 
+TEST(AppendUTF8, WritesWhatIsReadAsTheSameCharacter) {
+  for (const char32_t character :
+       {0x0U, 0x7FU, 0x80U, 0x7FFU, 0x800U, 0xFFFFU, 0x10000U, 0x10FFFFU}) {
+    std::string text = "x";
+    appendUTF8(text, character);
+    const UTF8Character back = firstUTF8Character(text.substr(1));
+    EXPECT_EQ(back.codePoint, character);
+    EXPECT_EQ(back.length, text.size() - 1);
+    EXPECT_TRUE(back.isWellFormed);
+  }
+}
+
 TEST(WellFormedUTF8, ReplacesEachMalformedByte) {
   EXPECT_EQ(wellFormedUTF8("a\xFF\u00E9\xE2\x82"), "a\uFFFD\u00E9\uFFFD\uFFFD");
   EXPECT_EQ(wellFormedUTF8("plain"), "plain");

@@ -33,15 +33,16 @@ double heightOf(const LoudnessSample& sample) {
 }
 
 std::string gridLine(int level) {
-  const double y = height(level);
-  const bool isReference = level == kReference;
-  const std::string label = std::to_string(level) + " LUFS";
-  const std::string labelY = fixed(y - 3, 1);
-  if (isReference)
-    return horizontalLine(y, "stroke=\"#4d8fff\" stroke-width=\"0.75\" stroke-dasharray=\"5 4\"") +
-           chartLabel(labelY, Color::kAccent, label);
-  return horizontalLine(y, "stroke=\"#2a2d33\" stroke-width=\"0.5\"") +
-         chartLabel(labelY, Color::kChartLabel, label);
+  return horizontalLine(height(level),
+                        level == kReference
+                            ? "stroke=\"#4d8fff\" stroke-width=\"0.75\" stroke-dasharray=\"5 4\""
+                            : "stroke=\"#2a2d33\" stroke-width=\"0.5\"");
+}
+
+std::string gridLabel(int level) {
+  return chartLabel(fixed(height(level) - 3, 1),
+                    level == kReference ? Color::kAccent : Color::kChartLabel,
+                    std::to_string(level) + " LUFS");
 }
 
 std::string curve(std::span<const LoudnessSample> samples, double duration, std::string_view color,
@@ -77,6 +78,7 @@ std::string loudnessCurveSection(std::span<const LoudnessSample> momentary,
   html += curve(momentary, duration, Color::kMomentary, "0.9");
   html += curve(shortTerm, duration, Color::kAccent, "1.4");
   html += curve(integrated, duration, Color::kGood, "1.6");
+  for (const int level : kGridLevels) html += gridLabel(level);
   html += kCloseChart;
   return html + "</div>\n";
 }

@@ -65,13 +65,13 @@ std::string stereoWidthSection(const ReportStereoWidth& width, double duration) 
   html += "</div>\n" + openChart(kHeight, "Stereo correlation over time");
   for (const Band& band : kBands) html += bandRectangle(band);
   html += horizontalLine(height(0), "stroke=\"#2a2d33\" stroke-width=\"0.5\"");
-  html += chartLabel("42", Color::kChartLabel, "0.0");
   const std::span<const StereoWidthSample> curve(width.curve);
   html += chartPath(pathPoints(curve, duration,
                                [](const StereoWidthSample& sample) {
                                  return height(static_cast<double>(sample.correlation));
                                }),
                     "stroke=\"#3fb950\" stroke-width=\"1\"");
+  html += chartLabel("42", Color::kChartLabel, "0.0");
   html += kCloseChart;
   html += "<div class=\"zone-legend\">\n" + zone("mono", "Mono", width.monoPercent) +
           zone("narrow", "Narrow", width.narrowPercent) +

@@ -22,6 +22,9 @@ std::string chartLabel(std::string_view y, std::string_view color, std::string_v
   html.append(y)
       .append("\" font-size=\"9\" fill=\"")
       .append(color)
+      .append("\" stroke=\"")
+      .append(Color::kPage)
+      .append("\" stroke-width=\"2\" stroke-linejoin=\"round\" paint-order=\"stroke")
       .append("\" font-family=\"'SF Mono', 'Menlo', monospace\">");
   return html.append(text).append("</text>\n");
 }

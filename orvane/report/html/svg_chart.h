@@ -20,7 +20,7 @@ inline constexpr std::string_view kCloseChart = "</svg>\n";
 
 /// A horizontal line across the chart; `style` holds its attributes.
 std::string horizontalLine(double y, std::string_view style);
-/// A small text at the left edge, standing on `y`.
+/// A small text at the left edge, standing on `y`; readable on top of curves.
 std::string chartLabel(std::string_view y, std::string_view color, std::string_view text);
 
 /// A line through points given as "M x,y L x,y …"; `style` holds its attributes.
@@ -38,11 +38,10 @@ constexpr std::size_t pathStride(std::size_t pointCount) noexcept {
 /// The path of a curve. `height` gives the y of a point; NaN leaves the point out.
 template <typename Point, typename Height>
 std::string pathPoints(std::span<const Point> curve, double duration, Height height) {
-  const double scale = kChartWidth / std::max(duration, 0.001);
   const std::size_t stride = pathStride(curve.size());
   std::string points;
   for (std::size_t i = 0; i < curve.size(); i += stride) {
-    const double x = curve[i].time * scale;
+    const double x = curve[i].time / std::max(duration, 0.001) * kChartWidth;
     const double y = height(curve[i]);
     if (!std::isfinite(x) || !std::isfinite(y)) continue;
     points += points.empty() ? "M" : " L";

@@ -30,9 +30,20 @@ constexpr std::string_view kMeasuring = R"js((async () => {
   body.append(probe);
   const hasFonts = probe.getBoundingClientRect().width > 0;
   probe.remove();
+  const board = new OffscreenCanvas(32, 32).getContext('2d', {willReadFrequently: true});
+  board.font = '24px monospace';
+  const drawn = (text) => {
+    board.clearRect(0, 0, 32, 32);
+    board.fillText(text, 2, 26);
+    return board.getImageData(0, 0, 32, 32).data.join();
+  };
+  const box = drawn('\u{10FFFD}');  // for private use: what no font has looks like it
+  const unusual = body.textContent.match(/[^\0-\u02AF\p{M}\p{Z}\p{DI}\p{Co}]/gu);
+  const missing = [...new Set(unusual)].slice(0, 2000).filter((text) => drawn(text) === box);
   const bottom = (element) => element.getBoundingClientRect().bottom + scrollY;
   return [Math.max(root.scrollHeight, body.scrollHeight, bottom(root), bottom(body)),
-          Math.max(root.scrollWidth, body.scrollWidth), hasFonts ? 1 : 0];
+          Math.max(root.scrollWidth, body.scrollWidth), hasFonts ? 1 : 0,
+          ...(hasFonts ? missing : []).map((text) => text.codePointAt(0))];
 })())js";
 
 constexpr std::string_view kClipping = R"js((() => {
@@ -137,8 +148,10 @@ std::optional<BrowserPage::Layout> BrowserPage::evaluate(std::string_view expres
     throw;
   }
   const auto numbers = DevToolsMessage::numbersAt(reply, {"result", "result", "value"});
-  if (!numbers || numbers->size() != 3) return std::nullopt;
-  const Layout layout{(*numbers)[0], (*numbers)[1], (*numbers)[2] != 0};
+  if (!numbers || numbers->size() < 3) return std::nullopt;
+  Layout layout{(*numbers)[0], (*numbers)[1], (*numbers)[2] != 0};
+  for (std::size_t i = 3; i < numbers->size(); ++i)
+    layout.missingGlyphs.push_back(static_cast<char32_t>((*numbers)[i]));
   if (!std::isfinite(layout.height) || !std::isfinite(layout.width)) return std::nullopt;
   return layout;
 }

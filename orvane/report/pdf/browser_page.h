@@ -22,7 +22,8 @@ class ORVANE_TESTING_API BrowserPage {
   struct Layout {
     double height = 0;
     double width = 0;
-    bool hasFonts = true;  ///< false when text takes no room for want of a font
+    bool hasFonts = true;                   ///< false when text takes no room for want of a font
+    std::vector<char32_t> missingGlyphs{};  ///< characters that no font has
   };
 
   BrowserPage(std::shared_ptr<HeadlessBrowser> browser, const Patience& patience);

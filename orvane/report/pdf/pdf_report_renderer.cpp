@@ -8,6 +8,7 @@
 #include "orvane/report/pdf/browser/browser_search.h"
 #include "orvane/report/pdf/browser/patience.h"
 #include "orvane/report/pdf/browser_page.h"
+#include "orvane/report/pdf/missing_glyphs.h"
 #include "orvane/report/pdf/pdf_document.h"
 #include "orvane/report/pdf/pdf_geometry.h"
 
@@ -55,6 +56,7 @@ class Rendering {
       warn(
           "The browser found no fonts, so text is missing from the PDF: install the package "
           "fonts-dejavu-core.");
+    if (!layout->missingGlyphs.empty()) warn(missingGlyphsWarning(layout->missingGlyphs));
     if (layout->width > PDFGeometry::kWidth) {
       // The browser would shrink everything instead.
       page.clipWidth(patience_);

@@ -17,8 +17,6 @@ using Bytes = std::span<const std::byte>;
 
 static_assert(std::endian::native == std::endian::little, "tensors are stored little-endian");
 
-constexpr std::uint64_t kMaximumFileBytes = 64U << 20U;
-
 // Field numbers of the ONNX messages (onnx.proto, IR version 8 to 10).
 constexpr std::uint64_t kModelGraph = 7;
 constexpr std::uint64_t kGraphNode = 1;
@@ -275,7 +273,7 @@ SileroWeights parseSileroWeights(Bytes bytes, const std::filesystem::path& file)
 
 SileroWeights loadSileroWeights(const std::filesystem::path& file) {
   const InputFile input(file);
-  if (input.size() > kMaximumFileBytes)
+  if (input.size() > kMaximumModelBytes)
     throw SpeechModelError(file, "The file is too large for a speech model.");
   std::vector<std::byte> bytes(static_cast<std::size_t>(input.size()));
   input.readExactlyAt(0, bytes);

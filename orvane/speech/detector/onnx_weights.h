@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstddef>
+#include <cstdint>
 #include <filesystem>
 #include <span>
 #include <vector>
@@ -32,6 +33,9 @@ enum class SileroTensor : std::size_t {
 };
 
 inline constexpr std::size_t kSileroTensorCount = 15;
+
+/// A larger file is no such model.
+inline constexpr std::uint64_t kMaximumModelBytes = 64U << 20U;
 
 /// All weights of one model, each tensor with exactly the size of its shape and finite values.
 struct SileroWeights {

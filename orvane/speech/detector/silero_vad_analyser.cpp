@@ -6,7 +6,6 @@
 #include <utility>
 
 #include "orvane/core/loudness/loudness_grid.h"
-#include "orvane/platform/orvane_resources.h"
 #include "orvane/platform/parallel.h"
 #include "orvane/platform/precondition.h"
 #include "orvane/speech/detector/mono_resampler.h"
@@ -28,10 +27,7 @@ std::int64_t toCount(double value) {
   return static_cast<std::int64_t>(value);
 }
 
-/// The model that is shipped under its own name, else the installed one.
 std::unique_ptr<VadManager> makeInstalledManager(const VadManager::Config& config) {
-  if (const auto model = OrvaneResources::url("silero-vad-unified-256ms-v6.0.0", "mlmodelc"))
-    return std::make_unique<VadManager>(config, *model);
   return std::make_unique<VadManager>(config);
 }
 

@@ -1,18 +1,14 @@
 #include "orvane/speech/detector/vad_manager.h"
 
-#include "orvane/platform/orvane_resources.h"
 #include "orvane/speech/detector/onnx_weights.h"
 #include "orvane/speech/detector/silero_network.h"
+#include "orvane/speech/detector/speech_model.h"
 
 namespace orvane {
 namespace {
 
-std::optional<std::filesystem::path> findModel() {
-  return OrvaneResources::url("silero_vad_v6", "onnx");
-}
-
 std::filesystem::path installedModel() {
-  if (const auto path = findModel()) return *path;
+  if (const auto model = SpeechModel::installed()) return model->path;
   throw SpeechModelError("silero_vad_v6.onnx", "The speech model is not installed.");
 }
 
@@ -22,10 +18,6 @@ VadManager::VadManager(const Config& config, const std::filesystem::path& vadMod
     : config_(config), network_(std::make_shared<SileroNetwork>(loadSileroWeights(vadModel))) {}
 
 VadManager::VadManager(const Config& config) : VadManager(config, installedModel()) {}
-
-std::optional<std::string> VadManager::installedModelVersion() {
-  return findModel() ? std::optional<std::string>("6") : std::nullopt;
-}
 
 std::vector<float> VadManager::frameProbabilities(std::span<const float> samples16k,
                                                   const Execution& execution) const {

@@ -3,13 +3,11 @@
 #include <cstddef>
 #include <filesystem>
 #include <memory>
-#include <optional>
 #include <span>
-#include <string>
 #include <vector>
 
-#include "orvane/platform/export.h"
 #include "orvane/platform/execution.h"
+#include "orvane/platform/export.h"
 #include "orvane/speech/detector/speech_model_error.h"
 #include "orvane/speech/detector/vad_segmentation.h"
 
@@ -35,12 +33,7 @@ class ORVANE_API VadManager {
   /// Loads the model file. Throws `SpeechModelError` and `PlatformError`.
   VadManager(const Config& config, const std::filesystem::path& vadModel);
 
-  /// Which version of the network is installed: "6"; absent when there is none. Only looks for the
-  /// file, which is quick.
-  static std::optional<std::string> installedModelVersion();
-
-  /// Loads the installed model "silero_vad_v6.onnx" from the library's resources. Throws
-  /// `SpeechModelError` when there is none.
+  /// Loads the installed model. Throws `SpeechModelError` also when there is none.
   explicit VadManager(const Config& config);
 
   const Config& config() const noexcept { return config_; }

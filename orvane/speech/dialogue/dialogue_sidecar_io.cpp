@@ -56,6 +56,12 @@ void save(const DialogueSidecar& sidecar, const std::filesystem::path& url) {
   writeFileAtomically(url, DialogueJSON::text(sidecar));
 }
 
+void deleteAt(const std::filesystem::path& url) {
+  // Never a folder, whatever its name.
+  if (isThere(url) && unlink(url.c_str()) != 0)
+    throw PlatformError(url, {errno, std::generic_category()});
+}
+
 std::optional<DialogueSidecar> loadForAudio(const std::filesystem::path& audio) {
   return load(sidecarURL(audio));
 }
@@ -65,10 +71,7 @@ void saveForAudio(const DialogueSidecar& sidecar, const std::filesystem::path& a
 }
 
 void deleteForAudio(const std::filesystem::path& audio) {
-  const auto url = sidecarURL(audio);
-  // Never a folder, whatever its name.
-  if (isThere(url) && unlink(url.c_str()) != 0)
-    throw PlatformError(url, {errno, std::generic_category()});
+  deleteAt(sidecarURL(audio));
 }
 
 }  // namespace DialogueSidecarIO

@@ -42,11 +42,12 @@ ORVANE_API std::optional<DialogueSidecar> load(const std::filesystem::path& url)
 /// `PlatformError`.
 ORVANE_API void save(const DialogueSidecar& sidecar, const std::filesystem::path& url);
 
+/// Does nothing when there is no such file. Throws `PlatformError`.
+ORVANE_API void deleteAt(const std::filesystem::path& url);
+
 // The same for the sidecar of an audio file.
 ORVANE_API std::optional<DialogueSidecar> loadForAudio(const std::filesystem::path& audio);
 ORVANE_API void saveForAudio(const DialogueSidecar& sidecar, const std::filesystem::path& audioURL);
-
-/// Does nothing when there is none. Throws `PlatformError`.
 ORVANE_API void deleteForAudio(const std::filesystem::path& audio);
 
 }  // namespace DialogueSidecarIO

@@ -63,8 +63,9 @@ std::optional<Format> formatFromName(std::string_view name) noexcept {
   return std::nullopt;
 }
 
-Format formatOf(std::string_view text) noexcept {
-  text = TextList::withoutByteOrderMark(text);
+Format formatOf(std::string_view bytes) {
+  const std::string list = TextList::asUTF8(bytes);
+  const std::string_view text = TextList::withoutByteOrderMark(list);
   const auto start = text.find_first_not_of("\r\n");
   const auto tab = text.find('\t');
   if (start == std::string_view::npos || tab == std::string_view::npos || tab < start)
@@ -77,7 +78,8 @@ std::string text(const std::vector<DialogueRegion>& regions, Format format) {
   return format == Format::csv ? csv(regions) : audacityLabels(regions);
 }
 
-std::vector<DialogueRegion> regions(std::string_view text, Format format) {
+std::vector<DialogueRegion> regions(std::string_view bytes, Format format) {
+  const std::string text = TextList::asUTF8(bytes);
   return format == Format::csv ? regionsFromCSV(text) : regionsFromAudacityLabels(text);
 }
 

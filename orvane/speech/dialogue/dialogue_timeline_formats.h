@@ -28,11 +28,11 @@ enum class Format {
 ORVANE_API std::optional<Format> formatFromName(std::string_view name) noexcept;
 
 /// What a text seems to be: label tracks begin with a number and a tab.
-ORVANE_API Format formatOf(std::string_view text) noexcept;
+ORVANE_API Format formatOf(std::string_view text);
 
 ORVANE_API std::string text(const std::vector<DialogueRegion>& regions, Format format);
 
-/// Throws `DialogueTimelineError`.
+/// The text may also be UTF-16 with a byte-order mark. Throws `DialogueTimelineError`.
 ORVANE_API std::vector<DialogueRegion> regions(std::string_view text, Format format);
 
 /// A header, then one record per region: start, end, label, and whether the region is "detected",

@@ -68,10 +68,20 @@ concept CodedText = requires(std::string_view text) {
   Coding<Value>::value(text);
 };
 
+/// A record may tell its optional numbers that are not finite from absent ones; they are null then,
+/// as required ones are.
+template <typename Record>
+inline constexpr bool kWritesUndefinedNumbers = false;
+
 template <typename Value>
 inline constexpr bool kIsOptional = false;
 template <typename Value>
 inline constexpr bool kIsOptional<std::optional<Value>> = true;
+
+template <typename Value>
+inline constexpr bool kIsOptionalNumber = false;
+template <std::floating_point Number>
+inline constexpr bool kIsOptionalNumber<std::optional<Number>> = true;
 
 template <typename Value>
 inline constexpr bool kIsArray = false;
@@ -98,20 +108,21 @@ template <typename Value>
 void writeValue(Writer& writer, const Value& value);
 
 /// Absent fields are not written, nor are optional numbers that are not finite, where such a number
-/// would be null.
-template <typename Value>
+/// would be null and mean nothing.
+template <typename Record, typename Value>
 bool isWritten(const Writer& writer, const Value& value) {
   if constexpr (kIsOptional<Value>) {
     if (!value) return false;
-    if constexpr (std::floating_point<typename Value::value_type>)
-      return std::isfinite(*value) || writer.style().mustBeFinite;
+    if constexpr (kIsOptionalNumber<Value>)
+      return std::isfinite(*value) || writer.style().mustBeFinite ||
+             kWritesUndefinedNumbers<Record>;
   }
   return true;
 }
 
-template <typename Value>
+template <typename Record, typename Value>
 void writeField(Writer& writer, std::string_view key, const Value& value) {
-  if (!isWritten(writer, value)) return;
+  if (!isWritten<Record>(writer, value)) return;
   writer.key(key);
   if constexpr (kIsOptional<Value>) {
     writeValue(writer, *value);
@@ -125,7 +136,7 @@ template <typename Record, typename IsWanted>
 void writeRecord(Writer& writer, const Record& record, IsWanted isWanted) {
   constexpr auto& fields = Coding<Record>::fields;
   const auto write = [&](const auto& field) {
-    if (isWanted(field.key)) writeField(writer, field.key, record.*field.member);
+    if (isWanted(field.key)) writeField<Record>(writer, field.key, record.*field.member);
   };
   writer.beginObject();
   [&]<std::size_t... i>(std::index_sequence<i...>) {
@@ -179,7 +190,12 @@ void readRecord(Reader& reader, Record& record) {
     if (key != field.key) return false;
     const Reader::Step step(reader, field.key);
     reader.requireFirst(found);
-    readValue(reader, record.*field.member);
+    auto& value = record.*field.member;
+    if constexpr (kWritesUndefinedNumbers<Record> &&
+                  kIsOptionalNumber<std::decay_t<decltype(value)>>)
+      readValue(reader, value.emplace());
+    else
+      readValue(reader, value);
     return true;
   };
   const auto require = [&]<typename Value>(const Field<Record, Value>& field, bool found) {

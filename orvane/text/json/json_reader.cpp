@@ -48,23 +48,6 @@ bool isTiny(std::string_view number) {
   return number.starts_with('0') || number.starts_with("-0");
 }
 
-void appendUTF8(std::string& text, std::uint32_t character) {
-  const auto append = [&](std::uint32_t byte) { text += static_cast<char>(byte); };
-  const auto appendTail = [&](int shift) { append(0x80U | ((character >> shift) & 0x3FU)); };
-  if (character < 0x80) return append(character);
-  if (character < 0x800) {
-    append(0xC0U | (character >> 6));
-  } else if (character < 0x10000) {
-    append(0xE0U | (character >> 12));
-    appendTail(6);
-  } else {
-    append(0xF0U | (character >> 18));
-    appendTail(12);
-    appendTail(6);
-  }
-  appendTail(0);
-}
-
 }  // namespace
 
 Reader::Reader(std::string_view text, const Style& style)

@@ -10,6 +10,10 @@ TEST(TerminalText, LeavesHarmlessTextAsItIs) {
     EXPECT_EQ(TerminalText::escaped(text), text);
 }
 
+TEST(TerminalText, KeepsTheLinesOfATable) {
+  EXPECT_EQ(TerminalText::escapedLines("a\tb\x1B\r\nc\rd\u202E\n"), "a\tb\\x1B\nc\\rd\\u202E\n");
+}
+
 TEST(TerminalText, EscapesControlCharacters) {
   EXPECT_EQ(TerminalText::escaped("a\nb\rc\td"), "a\\nb\\rc\\td");
   EXPECT_EQ(TerminalText::escaped("\x1B[31mred\x07"), "\\x1B[31mred\\x07");

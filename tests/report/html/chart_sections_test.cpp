@@ -75,6 +75,11 @@ TEST(LoudnessChart, IsDrawnForAFileWithoutDuration) {
   EXPECT_EQ(firstPath(withCurve({{0, -50}, {0.001, -50}}, 0)), "M0.0,160.0 L714.0,160.0");
 }
 
+// With the width divided by the duration first these came out at 53.6 and 125.0.
+TEST(LoudnessChart, DividesTheTimeByTheDurationFirst) {
+  EXPECT_EQ(firstPath(withCurve({{0.75, -50}, {1.75, -50}}, 10)), "M53.5,160.0 L124.9,160.0");
+}
+
 TEST(LoudnessChart, HasBackgroundGridAndCurvesInTheirStyles) {
   OrvaneReport report = withCurve({{0, -50}}, 1);
   report.fullFile.shortTermCurve = {{0, -5}};
@@ -98,20 +103,33 @@ TEST(LoudnessChart, HasAGridLineAndALabelPerLevel) {
       {"-16", {"39.1", "36.1"}},
       {"-30", {"88.9", "85.9"}},
       {"-40", {"124.4", "121.4"}}};
+  const std::string style =
+      "stroke=\"#0d1117\" stroke-width=\"2\" stroke-linejoin=\"round\" paint-order=\"stroke\" "
+      "font-family=\"'SF Mono', 'Menlo', monospace\">";
   for (const auto& [level, y] : rows) {
+    EXPECT_THAT(page, HasSubstr("<line x1=\"0\" y1=\"" + y.first + "\" x2=\"714.0\" y2=\"" +
+                                y.first + "\" stroke=\"#2a2d33\" stroke-width=\"0.5\"/>\n"));
     EXPECT_THAT(page,
-                HasSubstr("<line x1=\"0\" y1=\"" + y.first + "\" x2=\"714.0\" y2=\"" + y.first +
-                          "\" stroke=\"#2a2d33\" stroke-width=\"0.5\"/>\n"
-                          "<text x=\"4\" y=\"" +
-                          y.second +
-                          "\" font-size=\"9\" fill=\"#40464f\" font-family=\"'SF Mono', "
-                          "'Menlo', monospace\">" +
-                          level + " LUFS</text>"));
+                HasSubstr("<text x=\"4\" y=\"" + y.second + "\" font-size=\"9\" fill=\"#40464f\" " +
+                          style + level + " LUFS</text>"));
   }
   EXPECT_THAT(page, HasSubstr("<line x1=\"0\" y1=\"64.0\" x2=\"714.0\" y2=\"64.0\" "
                               "stroke=\"#4d8fff\" stroke-width=\"0.75\" "
-                              "stroke-dasharray=\"5 4\"/>\n<text x=\"4\" y=\"61.0\" "
-                              "font-size=\"9\" fill=\"#4d8fff\""));
+                              "stroke-dasharray=\"5 4\"/>\n"));
+  EXPECT_THAT(page, HasSubstr("<text x=\"4\" y=\"61.0\" font-size=\"9\" fill=\"#4d8fff\" " + style +
+                              "-23 LUFS</text>"));
+}
+
+// Loud programmes hid them behind their curves.
+TEST(Charts, HaveTheirLabelsAboveTheCurves) {
+  OrvaneReport report = withWidth({{0, 0}}, 1);
+  report.fullFile.momentaryCurve = {{0, -23}};
+  const std::string page = HTMLReportBuilder::build(report);
+  for (std::size_t chart = page.find("<svg"); chart != std::string::npos;
+       chart = page.find("<svg", chart + 1)) {
+    const auto end = page.find("</svg>", chart);
+    EXPECT_LT(page.rfind("<path", end), page.find("<text", chart));
+  }
 }
 
 TEST(LoudnessChart, SaysWhichPartOfTheFileItShows) {
@@ -157,8 +175,7 @@ TEST(StereoWidthChart, HasABandPerZone) {
                 "<rect x=\"0\" y=\"2.3\" width=\"714.0\" height=\"20.2\" fill=\"#1e1a00\"/>\n"
                 "<rect x=\"0\" y=\"-0.0\" width=\"714.0\" height=\"2.3\" fill=\"#202020\"/>\n"
                 "<line x1=\"0\" y1=\"45.0\" x2=\"714.0\" y2=\"45.0\" stroke=\"#2a2d33\" "
-                "stroke-width=\"0.5\"/>\n"
-                "<text x=\"4\" y=\"42\" font-size=\"9\""));
+                "stroke-width=\"0.5\"/>\n"));
 }
 
 TEST(StereoWidthChart, NamesTheZoneOfTheAverage) {

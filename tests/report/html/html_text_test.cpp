@@ -26,6 +26,12 @@ TEST(ReportNumber, HasFixedDecimals) {
   EXPECT_EQ(ReportText::fixed(std::nan(""), 1), "-");
 }
 
+TEST(ReportNumber, HasNoSignAtZero) {
+  EXPECT_EQ(ReportText::fixed(-0.0, 1), "0.0");
+  EXPECT_EQ(ReportText::fixed(-0.0F, 2), "0.00");
+  EXPECT_EQ(ReportText::signedFixed(-0.0F, 1), "+0.0");
+}
+
 TEST(ReportNumber, HasASignWhenAsked) {
   EXPECT_EQ(ReportText::signedFixed(1.25F, 1), "+1.2");
   EXPECT_EQ(ReportText::signedFixed(0.0F, 1), "+0.0");
@@ -50,6 +56,15 @@ TEST(PageText, ShowsWhatCouldDeceiveAReader) {
   EXPECT_EQ(escaped("\xC3(\xFF"), "\uFFFD(\uFFFD");
   EXPECT_EQ(escaped("line\nend\ttab\r"), "line\nend\ttab\r");
   EXPECT_EQ(escaped("F\u266F \u4E2D\u6587 \U0001F600"), "F\u266F \u4E2D\u6587 \U0001F600");
+}
+
+// Soft hyphens, the marks of Arabic and Hebrew and the flag of Wales were taken apart.
+TEST(PageText, LeavesInvisibleCharactersThatTextsNeed) {
+  for (const char* text :
+       {"Donau\u00ADdampf", "a\u200Eb", "\u05D0\u200F!", "\u0627\u061C1",
+        "\U0001F3F4\U000E0067\U000E0062\U000E0077\U000E006C\U000E0073\U000E007F"})
+    EXPECT_EQ(escaped(text), text);
+  EXPECT_EQ(escaped("\u200B\u2066\uFEFF\U000E0001"), "\\u{200B}\\u{2066}\\u{FEFF}\\u{E0001}");
 }
 
 TEST(PageDuration, IsInMinutesFromOneMinuteOn) {

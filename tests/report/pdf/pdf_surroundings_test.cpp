@@ -140,6 +140,21 @@ TEST_F(PDFSurroundings, WithoutFontsGiveAWarning) {
                                      "install the package fonts-dejavu-core."));
 }
 
+// Names in Japanese were rows of boxes, and nobody was told.
+TEST_F(PDFSurroundings, WithoutAFontForSomeCharactersSayWhichPackageHasOne) {
+  const auto settings = folder_.write(
+      "fonts.conf", std::string_view("<?xml version=\"1.0\"?><fontconfig>"
+                                     "<dir>/usr/share/fonts/truetype/dejavu</dir></fontconfig>"));
+  setenv("FONTCONFIG_FILE", settings.c_str(), 1);
+  render("<!DOCTYPE html><p>日本の歌 🎸 ምዕራፍ 日 A&amp;R \u00E9 \u2014 \u05D0\u200F \u266F");
+  render("<!DOCTYPE html><p>Plain \u00E9 \u2014 \u03A9 \u05D0\u200F \u266F \u00AD");
+  unsetenv("FONTCONFIG_FILE");
+  EXPECT_THAT(warnings_,
+              ElementsAre("The PDF shows boxes in the place of characters that no installed font "
+                          "has: install the package fonts-noto-cjk for 日本の歌, "
+                          "fonts-noto-color-emoji for 🎸, fonts-noto-core for ምዕራፍ."));
+}
+
 // The browser then protects itself, which not every system allows.
 TEST_F(PDFSurroundings, OfAnOrdinaryUserServeOrAreNamed) {
   std::filesystem::permissions(temporary_.path(), std::filesystem::perms::all);

@@ -199,6 +199,20 @@ TEST(DialogueTimelineFormats, AreToldApartByTheirFirstLine) {
   }
 }
 
+// The first cell of such a list was no number, nor was any other.
+TEST(DialogueTimelineFormats, AreReadAsUTF16Too) {
+  using namespace std::string_view_literals;
+  constexpr auto kLabels =
+      "\xFF\xFE"
+      "0\0\t\0001\0\t\0\xEB\0\n\0"sv;
+  EXPECT_EQ(formats::formatOf(kLabels), Format::audacityLabels);
+  EXPECT_EQ(lines(formats::regions(kLabels, Format::audacityLabels)),
+            lines({region(0, 1, "\u00EB")}));
+  constexpr auto kCSV = "\xFE\xFF\0000\0,\0001\0,\0\xEB"sv;
+  EXPECT_EQ(formats::formatOf(kCSV), Format::csv);
+  EXPECT_EQ(lines(formats::regions(kCSV, Format::csv)), lines({region(0, 1, "\u00EB")}));
+}
+
 TEST(DialogueTimelineFormats, HaveNames) {
   EXPECT_EQ(formats::formatFromName("csv"), Format::csv);
   EXPECT_EQ(formats::formatFromName("audacity"), Format::audacityLabels);
