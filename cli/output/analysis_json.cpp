@@ -3,6 +3,7 @@
 #include <string_view>
 
 #include "cli/output/json_output.h"
+#include "cli/output/target_findings.h"
 #include "orvane/report/report_coding.h"
 
 namespace orvane::cli {
@@ -97,7 +98,7 @@ void addReportParts(Document& document, const MeasuredFile& file, bool withCurve
     if (part) document.addJSON(key, recordJson(*part, withCurves));
   };
   const OrvaneReport& report = *file.report;
-  if (file.isJudged) document.addJSON("loudnessTargets", recordJson(report.loudnessTargets, false));
+  if (file.isJudged) TargetFindings::addJSON(document, report);
   add("selection", report.selection);
   add("violations", report.violations);
   add("chapters", report.chapters);
