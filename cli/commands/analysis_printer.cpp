@@ -4,13 +4,13 @@
 
 #include "cli/output/analysis_json.h"
 #include "cli/output/analysis_table.h"
-#include "cli/output/report_table.h"
 
 namespace orvane::cli {
 
 PrintedResult AnalysisPrinter::prepare(const MeasuredFile& file, std::string report) const {
   PrintedResult result{.summary = AnalysisTable::row(file, console_)};
-  if (plan_.enforcesTargets) result.missedTargets = ReportTable::missedTargets(file);
+  if (plan_.enforced)
+    result.targets = TargetFindings::enforce(*file.report, *plan_.enforced, file.name.shown());
   if (plan_.layout == ResultLayout::json) {
     result.text = analysisJson(file, plan_.curves);
     return result;
@@ -32,8 +32,7 @@ void AnalysisPrinter::print(const PrintedResult& file) {
     text = AnalysisTable::rowTitles(console_) + text;
   if (plan_.layout == ResultLayout::blocks && files_ > 0) text = "\n" + text;
   console_.print(text);
-  for (const auto& sentence : file.missedTargets) console_.error(sentence);
-  if (!file.missedTargets.empty()) code_ = ExitCode::targetMissed;
+  code_ = worse(code_, file.targets.tell(console_));
   summary_ += file.summary;
   ++files_;
 }

@@ -1,11 +1,13 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "cli/commands/measured_file.h"
 #include "cli/exit_code.h"
+#include "cli/output/target_findings.h"
 #include "cli/terminal/console.h"
 
 namespace orvane::cli {
@@ -15,10 +17,10 @@ enum class ResultLayout { blocks, rows, json, report };
 
 /// What is told of one file, made while other files may still be measured.
 struct PrintedResult {
-  std::string text{};                        ///< for standard output
-  std::string summary{};                     ///< the file's row of the summary
-  std::vector<std::string> warnings{};       ///< for standard error
-  std::vector<std::string> missedTargets{};  ///< likewise
+  std::string text{};                   ///< for standard output
+  std::string summary{};                ///< the file's row of the summary
+  std::vector<std::string> warnings{};  ///< for standard error
+  TargetFindings::Enforcement targets{.isMet = true};
 };
 
 /// Prints the results of a run one after another.
@@ -26,8 +28,10 @@ class AnalysisPrinter {
  public:
   struct Plan {
     ResultLayout layout = ResultLayout::blocks;
-    bool curves = false;           ///< in JSON
-    bool enforcesTargets = false;  ///< a missed target is told and ends in an exit code
+    bool curves = false;  ///< in JSON
+    /// What is told of the targets, and ends in an exit code when it is not met; absent for
+    /// nothing.
+    std::optional<TargetFindings::Demand> enforced{};
   };
 
   AnalysisPrinter(Console& console, const Plan& plan) : console_(console), plan_(plan) {}

@@ -10,7 +10,6 @@
 #include "cli/commands/file_work.h"
 #include "cli/commands/job_runner.h"
 #include "cli/commands/measured_file.h"
-#include "cli/commands/speech_model.h"
 #include "cli/output/abandoned_files.h"
 #include "cli/output/source_date.h"
 #include "cli/terminal/progress_bar.h"
@@ -58,15 +57,13 @@ ResultLayout layoutOf(const AnalyzeOptions& options, const ReportOutputs& output
   return options.quiet ? ResultLayout::rows : ResultLayout::blocks;
 }
 
-ExitCode runAnalyze(const AnalyzeOptions& options, Console& console) {
-  options.targets.requireSense(options.speech || options.dialogue);
+ExitCode runAnalyze(AnalyzeOptions options, Console& console) {
+  options.settle();
   if (!options.speech && !options.tuning.given.empty())
     throw UsageError(options.tuning.given +
                      " tunes the detection of speech, which --speech asks for");
   if (!options.dialogue && options.sidecars.areApart())
     throw UsageError("--sidecars is for --dialogue");
-  if (options.targets.enforce && options.speech && options.targets.needSpeech())
-    requireSpeechModel();
   StandardInput standardInput;
   // No sidecar lies beside standard input.
   const auto files = options.dialogue ? filesWithSidecars(options.files)
@@ -84,7 +81,7 @@ ExitCode runAnalyze(const AnalyzeOptions& options, Console& console) {
   ProgressBar progress(console, files.size(), !options.quiet);
   AnalysisPrinter printer(console, {.layout = layoutOf(options, outputs),
                                     .curves = options.curves,
-                                    .enforcesTargets = options.targets.enforce});
+                                    .enforced = options.targets.enforced()});
   const auto code = FileWork::run(
       files, {.jobs = jobs, .json = options.json}, console,
       [&](const InputName& file) -> FileWork::Report {

@@ -43,12 +43,20 @@ void addOutputOptions(CLI::App& command, AnalyzeOptions& options) {
 
 }  // namespace
 
+void AnalyzeOptions::settle() {
+  targets.settle();
+  auto& selection = parts.parts.selection;
+  if (targets.needSpeech() && !dialogue) speech = true;
+  if (targets.needNoiseFloor() && !selection) selection.emplace();
+}
+
 std::vector<std::filesystem::path> AnalyzeOptions::otherFilesRead(
     const std::vector<InputName>& inputs) const {
   auto paths = parts.filesRead();
   if (dialogue)
     for (auto& url : sidecars.urls(inputs)) paths.push_back(std::move(url));
   if (!files.listFile.empty()) paths.emplace_back(files.listFile);
+  for (auto& url : targets.filesRead()) paths.push_back(std::move(url));
   return paths;
 }
 

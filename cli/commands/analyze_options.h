@@ -32,6 +32,11 @@ struct AnalyzeOptions {
   bool quiet = false;
   int jobs = 1;
 
+  /// Reads the house's targets and has measured what the targets are about, for they are judged on
+  /// that alone. To be called before the options are used. Throws what `TargetOptions::settle`
+  /// does.
+  void settle();
+
   /// More is asked for than the file's own figures.
   bool needsReport() const { return parts.isAny() || targets.areRequested() || outputs.isAny(); }
 

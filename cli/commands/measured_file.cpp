@@ -57,4 +57,42 @@ std::vector<std::string> MeasuredFile::warnings() const {
   return texts;
 }
 
+std::vector<std::string> MeasuredFile::qualityNotes() const {
+  // At the edges some is usual, between words and movements more.
+  constexpr double kNotedEdge = 1;
+  constexpr double kNotedGap = 3;
+  const ProgrammeQuality& quality = detail.quality;
+  const auto names = channelNames();
+  const auto nameOf = [&](std::int64_t channel) {
+    return names[static_cast<std::size_t>(channel)];
+  };
+  const auto seconds = [&](std::int64_t frames) {
+    return static_cast<double>(frames) / result.sampleRate;
+  };
+  const auto length = [&](std::int64_t frames) {
+    return NumberText::fixed(seconds(frames), 1) + " s";
+  };
+  if (quality.silentChannels.size() == names.size()) return {"All of it is silent."};
+  std::vector<std::string> texts;
+  if (seconds(quality.headSilenceFrames) >= kNotedEdge)
+    texts.push_back("Silent for " + length(quality.headSilenceFrames) + " at the head.");
+  if (seconds(quality.tailSilenceFrames) >= kNotedEdge)
+    texts.push_back("Silent for " + length(quality.tailSilenceFrames) + " at the tail.");
+  if (const auto& gap = quality.longestGap; gap && seconds(gap->frameCount) >= kNotedGap)
+    texts.push_back("Longest gap of silence: " + length(gap->frameCount) + " at " +
+                    NumberText::duration(seconds(gap->startFrame)) + ".");
+  for (const auto channel : quality.silentChannels)
+    texts.push_back("Channel " + nameOf(channel) + " is silent.");
+  for (const auto& pair : quality.identicalChannels)
+    texts.push_back("Channels " + nameOf(pair.first) + " and " + nameOf(pair.second) +
+                    " are identical.");
+  for (const auto& pair : quality.invertedChannels)
+    texts.push_back("Channels " + nameOf(pair.first) + " and " + nameOf(pair.second) +
+                    " are of opposite polarity.");
+  if (const auto& bits = quality.bitDepth; bits && bits->effective < bits->stored)
+    texts.push_back("Only " + std::to_string(bits->effective) + " of the " +
+                    std::to_string(bits->stored) + " bits per sample are used.");
+  return texts;
+}
+
 }  // namespace orvane::cli

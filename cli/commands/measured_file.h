@@ -40,6 +40,10 @@ struct MeasuredFile {
 
   /// Every finding worth telling, one sentence each.
   std::vector<std::string> warnings() const;
+
+  /// What an engineer may want to look at: silence, channels that are dead, alike or inverted, bits
+  /// that are never used; one sentence each.
+  std::vector<std::string> qualityNotes() const;
 };
 
 /// What an encoding is called when the depth of the original audio is known too.

@@ -4,10 +4,13 @@
 #include <optional>
 #include <string>
 #include <variant>
+#include <vector>
 
 #include "cli/options/target_options.h"
 #include "cli/output/json_output.h"
+#include "cli/terminal/terminal_text.h"
 #include "cli/terminal/text_table.h"
+#include "orvane/report/loudness_target_list.h"
 #include "orvane/report/target_verdicts.h"
 
 namespace orvane::cli {
@@ -21,32 +24,9 @@ constexpr LoudnessTargetMode kModes[] = {LoudnessTargetMode::music, LoudnessTarg
 
 struct TargetsOptions {
   std::optional<LoudnessTargetMode> mode{};
+  std::string file{};
   bool json = false;
 };
-
-/// Under the names that reports use, and where the figures come from.
-std::string targetJson(const LoudnessTarget& target) {
-  const auto* compliance = std::get_if<core::ComplianceTreatment>(&target.treatment);
-  const auto* penalty = std::get_if<core::PenaltyTreatment>(&target.treatment);
-  JsonOutput::Document document;
-  const auto addKnown = [&](const char* key, const std::optional<float>& value) {
-    if (value) document.add(key, *value);
-  };
-  document.add("id", target.id);
-  document.add("name", target.name);
-  document.add("mode", rawValue(target.mode));
-  document.add("source", rawValue(target.source));
-  document.add("treatmentKind", compliance != nullptr ? "compliance" : "penalty");
-  document.add("referenceLUFS", target.referenceLUFS);
-  if (compliance != nullptr) addKnown("toleranceLU", compliance->toleranceLU);
-  document.add("truePeakCeilingDBTP", target.truePeakCeilingDBTP);
-  if (penalty != nullptr) document.add("boostBehaviour", rawValue(penalty->boostBehaviour));
-  addKnown("noiseFloorMaxDBRMS", target.noiseFloorMaxDBRMS);
-  addKnown("maxShortTermLUFS", target.maxShortTermLUFS);
-  document.add("provenance", target.provenance);
-  document.add("isConfirmed", target.isConfirmed);
-  return document.takeLine();
-}
 
 /// What becomes of a file that does not meet the target.
 std::string otherwise(const LoudnessTarget& target) {
@@ -56,32 +36,44 @@ std::string otherwise(const LoudnessTarget& target) {
                                                                     : "turned down";
 }
 
-std::string table(LoudnessTargetMode mode, const Console& console) {
+std::string table(const std::vector<LoudnessTarget>& targets, const Console& console) {
   TextTable table({{"ID"},
                    {"Name", TextTable::Alignment::left, 3},
                    {"Asks for", TextTable::Alignment::left, 3},
                    {"Otherwise", TextTable::Alignment::left, 3}},
                   2);
-  for (const LoudnessTarget& target : core::LoudnessTargetCatalog::targets(mode))
-    table.addRow({{target.id, Style::bold},
-                  {target.name + (target.isConfirmed ? "" : " (unconfirmed)")},
-                  {TargetVerdicts::demandText(target)},
-                  {otherwise(target)}});
-  return console.styled(Style::bold, TargetVerdicts::modeTitle(mode)) + "  (--mode " +
-         std::string(rawValue(mode)) + ")\n" + table.text(console);
+  for (const LoudnessTarget& target : targets)
+    table.addRow(
+        {{target.id, Style::bold},
+         {TerminalText::escaped(target.name) + (target.isConfirmed ? "" : " (unconfirmed)")},
+         {TargetVerdicts::demandText(target)},
+         {otherwise(target)}});
+  return table.text(console);
 }
 
 ExitCode runTargets(const TargetsOptions& options, Console& console) {
   std::string text;
+  const auto list = [&](const std::string& title, const std::string& note,
+                        const std::vector<LoudnessTarget>& targets) {
+    if (options.json) {
+      for (const auto& target : targets)
+        text += LoudnessTargetList::text(target, JsonOutput::kRecordStyle) + "\n";
+    } else if (!targets.empty()) {
+      text += (text.empty() ? "" : "\n") + console.styled(Style::bold, title) + note + "\n" +
+              table(targets, console);
+    }
+  };
+  std::vector<LoudnessTarget> house;
+  if (!options.file.empty()) house = readTargetFile(options.file);
   for (const LoudnessTargetMode mode : kModes) {
     if (options.mode && *options.mode != mode) continue;
-    if (options.json) {
-      for (const LoudnessTarget& target : core::LoudnessTargetCatalog::targets(mode))
-        text += targetJson(target);
-    } else {
-      text += (text.empty() ? "" : "\n") + table(mode, console);
-    }
+    list(std::string(TargetVerdicts::modeTitle(mode)),
+         "  (--mode " + std::string(rawValue(mode)) + ")",
+         core::LoudnessTargetCatalog::targets(mode));
   }
+  if (options.mode)
+    std::erase_if(house, [&](const auto& target) { return target.mode != *options.mode; });
+  list(TerminalText::escaped(options.file), "", house);
   console.print(text);
   return ExitCode::done;
 }
@@ -98,6 +90,7 @@ void addTargetsCommand(CLI::App& program, ChosenCommand& chosen) {
           "Only those for music, podcast, vod or broadcast")
       ->option_text("MODE")
       ->group("Output");
+  addTargetFileOption(*command, options->file, "List the targets of a JSON file too");
   command
       ->add_flag("--json", options->json,
                  "Print one JSON document per target and line, with the source of its figures")

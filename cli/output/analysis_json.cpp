@@ -3,6 +3,7 @@
 #include <string_view>
 
 #include "cli/output/json_output.h"
+#include "cli/output/target_findings.h"
 #include "orvane/report/report_coding.h"
 
 namespace orvane::cli {
@@ -59,6 +60,28 @@ void addFigures(Document& document, const MeasuredFile& file) {
   document.add("channelHasClipping", result.channelHasClipping);
 }
 
+void addQuality(Document& document, const MeasuredFile& file) {
+  const ProgrammeQuality& quality = file.detail.quality;
+  const auto seconds = [&](std::int64_t frames) {
+    return static_cast<double>(frames) / file.result.sampleRate;
+  };
+  const auto addPairs = [&](const char* key, const auto& pairs) {
+    document.addObjects(key, pairs, [&](const ProgrammeQuality::ChannelPair& pair) {
+      document.add("first", pair.first);
+      document.add("second", pair.second);
+    });
+  };
+  document.add("headSilenceSeconds", seconds(quality.headSilenceFrames));
+  document.add("tailSilenceSeconds", seconds(quality.tailSilenceFrames));
+  const auto gap = quality.longestGap.value_or(ProgrammeQuality::Gap{});
+  document.add("longestGapSeconds", seconds(gap.frameCount));
+  if (quality.longestGap) document.add("longestGapStartSeconds", seconds(gap.startFrame));
+  document.add("silentChannels", quality.silentChannels);
+  addPairs("identicalChannels", quality.identicalChannels);
+  addPairs("invertedChannels", quality.invertedChannels);
+  if (quality.bitDepth) document.add("effectiveBitDepth", quality.bitDepth->effective);
+}
+
 void addFindings(Document& document, const MeasuredFile& file) {
   document.add("clippingRunCount", file.detail.clippingRunCount);
   document.addObjects("clippingRuns", file.detail.clippingRuns, [&](const auto& run) {
@@ -68,6 +91,7 @@ void addFindings(Document& document, const MeasuredFile& file) {
     document.add("startSeconds", static_cast<double>(run.startFrame) / file.result.sampleRate);
   });
   document.add("nonFiniteSampleCount", file.detail.nonFiniteSampleCount);
+  addQuality(document, file);
   document.addObjects("warnings", file.detail.warnings, [&](const AudioFileWarning& warning) {
     document.add("code", codeText(warning.code));
     document.add("text", warning.text);
@@ -97,7 +121,7 @@ void addReportParts(Document& document, const MeasuredFile& file, bool withCurve
     if (part) document.addJSON(key, recordJson(*part, withCurves));
   };
   const OrvaneReport& report = *file.report;
-  if (file.isJudged) document.addJSON("loudnessTargets", recordJson(report.loudnessTargets, false));
+  if (file.isJudged) TargetFindings::addJSON(document, report);
   add("selection", report.selection);
   add("violations", report.violations);
   add("chapters", report.chapters);

@@ -186,6 +186,15 @@ std::string warnings(const MeasuredFile& file, const Console& console) {
   return text;
 }
 
+std::string qualityNotes(const MeasuredFile& file, const Console& console) {
+  std::string text;
+  for (const auto& note : file.qualityNotes()) {
+    text += text.empty() ? "\n  " : "  ";
+    text += console.styled(Style::dim, "Note: " + TerminalText::escaped(note)) + "\n";
+  }
+  return text;
+}
+
 constexpr std::array<std::pair<const char*, std::size_t>, 8> kRowColumns = {{{"I LUFS", 8},
                                                                              {"LRA LU", 8},
                                                                              {"M max", 7},
@@ -205,7 +214,8 @@ std::string block(const MeasuredFile& file, const Console& console) {
   const std::string name = TerminalText::escaped(file.name.shown());
   return console.styled(Style::bold, name) + "\n" + formatLine(file) + "\n" +
          figures(file, console) + monoNote(file, console) + "\n" + channels(file, console) +
-         clipping(file, console) + ReportTable::parts(file, console) + warnings(file, console);
+         clipping(file, console) + ReportTable::parts(file, console) + qualityNotes(file, console) +
+         warnings(file, console);
 }
 
 std::string rowTitles(const Console& console) {

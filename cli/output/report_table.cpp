@@ -6,9 +6,9 @@
 #include <vector>
 
 #include "cli/output/number_text.h"
+#include "cli/output/target_findings.h"
 #include "cli/terminal/terminal_text.h"
 #include "cli/terminal/text_table.h"
-#include "orvane/report/target_verdicts.h"
 
 namespace orvane::cli::ReportTable {
 namespace {
@@ -70,34 +70,6 @@ std::string selection(const ReportSelectionLoudness& part, const Console& consol
     row("Speech loudness", level(part.speechGatedLUFS), "LUFS", "Speech share",
         level(part.speechPercentage), "%");
   return title(console, "Selection " + span(part.startTime, part.endTime)) + table.text(console);
-}
-
-Style verdictStyle(std::string_view kind) {
-  if (kind == "pass") return Style::green;
-  if (kind == "normalize") return Style::yellow;
-  return kind == "fail" ? Style::red : Style::plain;
-}
-
-std::string statusText(const TargetVerdict& verdict) {
-  const auto badge = TargetVerdicts::badge(verdict.target, verdict.evaluation);
-  if (badge.kind != "low") return badge.status;
-  const auto level =
-      core::LoudnessTargetEvaluator::judgedLevel(verdict.target, verdict.measurement);
-  if (level || verdict.target.source != core::LoudnessTargetSource::dialogGated)
-    return "too quiet to judge";
-  return "not judged: no speech measured";
-}
-
-std::string targets(const OrvaneReport& report, const Console& console) {
-  TextTable table({{"Target"}, {"Asks for", Alignment::left, 3}, {"Verdict", Alignment::left, 3}},
-                  kIndent);
-  for (const TargetVerdict& verdict : TargetVerdicts::of(report)) {
-    const auto badge = TargetVerdicts::badge(verdict.target, verdict.evaluation);
-    table.addRow({{TerminalText::escaped(verdict.name)},
-                  {TargetVerdicts::demandText(verdict.target)},
-                  {statusText(verdict), verdictStyle(badge.kind)}});
-  }
-  return "\n" + table.text(console);
 }
 
 std::string violations(const ReportViolations& part, const Console& console) {
@@ -198,22 +170,12 @@ std::string parts(const MeasuredFile& file, const Console& console) {
   const OrvaneReport& report = *file.report;
   std::string text;
   if (report.selection) text += selection(*report.selection, console);
-  if (file.isJudged) text += targets(report, console);
+  if (file.isJudged) text += TargetFindings::table(report, console);
   if (report.violations) text += violations(*report.violations, console);
   if (report.chapters) text += chapters(*report.chapters, console);
   if (report.stemGatedLoudness) text += stems(*report.stemGatedLoudness, console);
   if (file.sectionLoudness) text += sections(*file.sectionLoudness, console);
   return text;
-}
-
-std::vector<std::string> missedTargets(const MeasuredFile& file) {
-  std::vector<std::string> sentences;
-  for (const TargetVerdict& verdict : TargetVerdicts::of(*file.report))
-    if (core::LoudnessTargetEvaluator::isMissed(verdict.evaluation))
-      sentences.push_back(file.name.shown() + ": misses " + verdict.name + " (" +
-                          verdict.target.id +
-                          "): " + TargetVerdicts::badge(verdict.target, verdict.evaluation).status);
-  return sentences;
 }
 
 }  // namespace orvane::cli::ReportTable

@@ -82,6 +82,10 @@ void Console::error(std::string_view text) {
   printDiagnostic(Style::red, "", text);
 }
 
+void Console::note(std::string_view text) {
+  printDiagnostic(Style::plain, "", text);
+}
+
 void Console::warning(std::string_view text) {
   printDiagnostic(Style::yellow, "warning: ", text);
 }

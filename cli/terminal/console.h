@@ -50,6 +50,9 @@ class Console {
   /// One line "orvane: <text>" to standard error; the text is escaped for terminals.
   void error(std::string_view text);
 
+  /// The same line for what is no failure.
+  void note(std::string_view text);
+
   /// One line "orvane: warning: <text>" to standard error, escaped likewise.
   void warning(std::string_view text);
 

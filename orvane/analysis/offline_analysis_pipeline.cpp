@@ -43,7 +43,7 @@ MeasuredSource measureLoaded(AudioSource& source, bool computeStereoWidth, bool 
   auto buffer = source.makeBuffer(static_cast<std::uint32_t>(source.frameLength()));
   source.read(*buffer);
   auto measurement = measureProgramme(ProgrammeView::of(*buffer, choices.dualMono),
-                                      computeStereoWidth, choices.execution);
+                                      computeStereoWidth, choices.execution, storedBits(source));
   auto speechInput = isSpeechWanted
                          ? SileroVADAnalyser::prepareInput(*buffer, choices.execution.threadCount)
                          : std::nullopt;
@@ -160,6 +160,7 @@ Result analyze(AudioSource& source, const Options& options, const Choices& choic
     detail->nonFiniteSampleCount = measurement.statistics.nonFiniteSampleCount;
     detail->clippingRuns = std::move(measurement.statistics.clippingRuns);
     detail->clippingRunCount = measurement.statistics.clippingRunCount;
+    detail->quality = std::move(measurement.statistics.quality);
   }
   return result;
 }

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "orvane/analysis/programme_quality.h"
 #include "orvane/audio/audio_source.h"
 #include "orvane/container/audio_file.h"
 #include "orvane/core/curve_points.h"
@@ -86,6 +87,7 @@ struct AnalysisDetail {
   std::vector<ClippingRun> clippingRuns{};
   /// All runs, also those beyond the list.
   std::int64_t clippingRunCount = 0;
+  ProgrammeQuality quality{};
 };
 
 inline constexpr float kClippingThreshold = 0.999F;

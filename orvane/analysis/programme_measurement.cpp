@@ -45,10 +45,11 @@ std::uint32_t sliceFramesOf(AudioSource& source) {
 /// The meters, each of which may run on a thread of its own.
 class Meters {
  public:
-  Meters(const ProgrammeView& programme, bool computeStereoWidth)
+  Meters(const ProgrammeView& programme, bool computeStereoWidth, int bits)
       : loudness_(programme.sampleRate, static_cast<std::uint32_t>(programme.audio.channelCount()),
                   std::nullopt, programme.weights),
-        statistics_(programme.sampleRate, programme.audio.channelCount(), computeStereoWidth) {
+        statistics_(programme.sampleRate, programme.audio.channelCount(), computeStereoWidth,
+                    bits) {
     loudness_.isRecording = true;
   }
 
@@ -75,9 +76,20 @@ class Meters {
 
 }  // namespace
 
+int storedBits(const AudioSource& source) {
+  using Encoding = RawPCMFormat::Encoding;
+  const auto& raw = source.rawFormat();
+  const auto& identity = source.identity();
+  const bool isInteger =
+      raw ? raw->encoding != Encoding::float32 && raw->encoding != Encoding::float64
+          : identity && identity->pcmEncoding && !identity->pcmEncoding->isFloat;
+  const std::int64_t bits = isInteger ? source.bitDepth() : source.sourceBitDepth();
+  return bits >= 1 && bits <= 32 ? static_cast<int>(bits) : 0;
+}
+
 ProgrammeMeasurement measureProgramme(const ProgrammeView& programme, bool computeStereoWidth,
-                                      const Execution& execution) {
-  Meters meters(programme, computeStereoWidth);
+                                      const Execution& execution, int storedBits) {
+  Meters meters(programme, computeStereoWidth, storedBits);
   const auto all = meters.all();
   const std::size_t slice = sliceFrames(programme.audio.channelCount());
   const std::size_t frameCount = programme.audio.frameCount();
@@ -98,7 +110,7 @@ ProgrammeMeasurement measureProgramme(AudioSource& source, bool computeStereoWid
   auto slice = source.makeBuffer(capacity);
   std::shared_ptr<PCMBuffer> next;  // not made for what fits into one slice
 
-  Meters meters(ProgrammeView::of(*slice, dualMono), computeStereoWidth);
+  Meters meters(ProgrammeView::of(*slice, dualMono), computeStereoWidth, storedBits(source));
   auto all = meters.all();
   if (speechInput != nullptr)
     all.emplace_back([&](PlanarView audio) { speechInput->process(audio); });

@@ -19,14 +19,18 @@ struct ProgrammeMeasurement {
 };
 
 /// Runs the loudness meter, the true-peak meter and the statistics over a stretch; the stage is
-/// "Measuring". Throws `Cancelled` when the observer asks for it.
+/// "Measuring". `storedBits` as in `ProgrammeQualityMeter`. Throws `Cancelled` when the observer
+/// asks for it.
 ProgrammeMeasurement measureProgramme(const ProgrammeView& programme, bool computeStereoWidth,
-                                      const Execution& execution);
+                                      const Execution& execution, int storedBits = 0);
 
 /// The same, to the bit, for the rest of a source of which only two slices are in memory at a time:
 /// while one is measured the next one is read. `speechInput`, when not null, is fed too.
 /// `dualMono` as in `ProgrammeView::of`.
 ProgrammeMeasurement measureProgramme(AudioSource& source, bool computeStereoWidth, bool dualMono,
                                       std::size_t threadCount, SpeechInputMaker* speechInput);
+
+/// Bits of a source's integer samples; 0 where it has none.
+int storedBits(const AudioSource& source);
 
 }  // namespace orvane

@@ -23,6 +23,12 @@ void add(RunStatistics& total, const RunStatistics& piece) {
   total.sumOfSquares += piece.sumOfSquares;
 }
 
+void add(PairStatistics& total, const PairStatistics& piece) {
+  add(total.left, piece.left);
+  add(total.right, piece.right);
+  total.dot += piece.dot;
+}
+
 float correlationOf(const PairStatistics& window) {
   const double d = std::sqrt(window.left.sumOfSquares * window.right.sumOfSquares);
   if (!(d > kSilentCorrelationEnergy)) return 0.0F;
@@ -37,10 +43,12 @@ std::size_t cellEnd(std::size_t position, std::size_t cellFrames) {
 }  // namespace
 
 ProgrammeStatisticsMeter::ProgrammeStatisticsMeter(double sampleRate, std::size_t channelCount,
-                                                   bool computeStereoWidth)
+                                                   bool computeStereoWidth, int storedBits)
     : drFrames_(core::DRProcessor::blockFrames(sampleRate)),
       clipping_(channelCount),
-      drBlock_(channelCount) {
+      quality_(sampleRate, channelCount, storedBits),
+      drBlock_(channelCount),
+      piecePeaks_(channelCount) {
   result_.channels.resize(channelCount);
   result_.drBlocks.resize(channelCount);
   // Bounded before it is made whole: a raw file may be declared at any rate.
@@ -65,6 +73,8 @@ ProgrammeStatistics ProgrammeStatisticsMeter::finish() {
   clipping_.finish();
   result_.clippingRuns = std::move(clipping_.runs);
   result_.clippingRunCount = clipping_.count;
+  add(stereo_, window_);
+  result_.quality = quality_.finish(static_cast<double>(correlationOf(stereo_)));
   return std::move(result_);
 }
 
@@ -81,20 +91,20 @@ void ProgrammeStatisticsMeter::measurePiece(PlanarView piece) {
     const auto pair = SignalKernels::pairStatistics(piece.channel(0), piece.channel(1), frames);
     takePiece(0, piece.channel(0), frames, pair.left);
     takePiece(1, piece.channel(1), frames, pair.right);
-    add(window_.left, pair.left);
-    add(window_.right, pair.right);
-    window_.dot += pair.dot;
+    add(window_, pair);
     channel = 2;
   }
   for (; channel < drBlock_.size(); ++channel) {
     const float* samples = piece.channel(channel);
     takePiece(channel, samples, frames, SignalKernels::runStatistics(samples, frames));
   }
+  quality_.process(piece, piecePeaks_);
 }
 
 void ProgrammeStatisticsMeter::takePiece(std::size_t channel, const float* samples,
                                          std::size_t frames, const RunStatistics& piece) {
   add(drBlock_[channel], piece);
+  piecePeaks_[channel] = piece.peak;
   clipping_.process(static_cast<std::uint32_t>(channel), samples, position_, frames, piece.peak);
   if (!std::isfinite(piece.sumOfSquares))
     result_.nonFiniteSampleCount += std::count_if(
@@ -114,6 +124,7 @@ void ProgrammeStatisticsMeter::closeBlock(std::size_t frames) {
 void ProgrammeStatisticsMeter::closeWindow() {
   const auto index = static_cast<std::int64_t>(result_.stereoWidthCurve.size());
   result_.stereoWidthCurve.push_back({core::LoudnessGrid::stepEnd(index), correlationOf(window_)});
+  add(stereo_, window_);
   window_ = {};
 }
 

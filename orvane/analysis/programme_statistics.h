@@ -6,6 +6,7 @@
 
 #include "orvane/analysis/clipping_run_finder.h"
 #include "orvane/analysis/offline_analysis_pipeline.h"
+#include "orvane/analysis/programme_quality_meter.h"
 #include "orvane/core/loudness/dr_processor.h"
 #include "orvane/platform/export.h"
 #include "orvane/platform/planar_view.h"
@@ -21,6 +22,7 @@ struct ProgrammeStatistics {
   std::vector<OfflineAnalysisPipeline::ClippingRun> clippingRuns{};
   std::int64_t clippingRunCount = 0;
   std::int64_t nonFiniteSampleCount = 0;
+  ProgrammeQuality quality{};
 };
 
 /// Gathers a programme's statistics in one pass. The figures do not depend on how the programme is
@@ -33,8 +35,9 @@ class ORVANE_TESTING_API ProgrammeStatisticsMeter {
 
   /// The stereo curve is made when asked for and there are two channels: one point per window of
   /// trunc(sample rate × 0.1) frames over the first two channels, a trailing partial window
-  /// dropped.
-  ProgrammeStatisticsMeter(double sampleRate, std::size_t channelCount, bool computeStereoWidth);
+  /// dropped. `storedBits` as in `ProgrammeQualityMeter`.
+  ProgrammeStatisticsMeter(double sampleRate, std::size_t channelCount, bool computeStereoWidth,
+                           int storedBits = 0);
 
   /// The next frames.
   void process(PlanarView audio);
@@ -54,8 +57,11 @@ class ORVANE_TESTING_API ProgrammeStatisticsMeter {
   std::size_t windowFrames_ = 0;  ///< 0: no stereo curve
   std::size_t position_ = 0;      ///< frames measured
   ClippingRunFinder clipping_;
+  ProgrammeQualityMeter quality_;
   std::vector<SignalKernels::RunStatistics> drBlock_;
+  std::vector<float> piecePeaks_;  ///< per channel
   SignalKernels::PairStatistics window_{};
+  SignalKernels::PairStatistics stereo_{};  ///< of all windows
   ProgrammeStatistics result_{};
 };
 

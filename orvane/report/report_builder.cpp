@@ -7,7 +7,7 @@
 
 #include "orvane/core/loudness/loudness_measurement.h"
 #include "orvane/report/orvane_report.h"
-#include "orvane/report/target_items.h"
+#include "orvane/report/target_verdicts.h"
 
 namespace orvane {
 namespace {
@@ -222,13 +222,9 @@ OrvaneReport OrvaneReport::build(const Inputs& inputs, const ReportSettings& set
                       .chapters = chapterTable(inputs),
                       .musicAnalysis = inputs.musicAnalysis,
                       .stemGatedLoudness = inputs.stemGatedLoudness};
-  report.loudnessTargets = {
-      .activeMode = std::string(rawValue(inputs.loudnessTargetSelection.mode)),
-      .programRMSDBFS = finite(core::LoudnessMeasurement::programRMSDBFS(channelRMS(inputs)))};
-  // The measurement takes the programme RMS from the report itself.
-  const auto measurement = targetMeasurement(report);
-  for (const core::LoudnessTarget& target : inputs.loudnessTargetSelection.activeTargets())
-    report.loudnessTargets.targets.push_back(targetItem(target, measurement));
+  report.loudnessTargets.programRMSDBFS =
+      finite(core::LoudnessMeasurement::programRMSDBFS(channelRMS(inputs)));
+  TargetVerdicts::judge(report, inputs.loudnessTargetSelection);
   return report;
 }
 

@@ -44,7 +44,7 @@ ORVANE_JSON_FIELDS(ReportTargetVerdict, status, actualLUFS, penaltyGainDB, penal
 
 ORVANE_JSON_FIELDS(ReportLoudnessTargetItem, id, name, mode, source, treatmentKind, referenceLUFS,
                    toleranceLU, truePeakCeilingDBTP, boostBehaviour, noiseFloorMaxDBRMS,
-                   maxShortTermLUFS, verdict);
+                   maxShortTermLUFS, maxSpeechPercentage, verdict);
 
 ORVANE_JSON_FIELDS(ReportLoudnessTargets, activeMode, targets, programRMSDBFS);
 

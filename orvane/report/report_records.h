@@ -132,7 +132,8 @@ struct ORVANE_API ReportViolations {
 
 /// How a measurement stands to a delivery target.
 struct ORVANE_API ReportTargetVerdict {
-  /// "normalization", "compliant", "nonCompliant" or "tooQuiet".
+  /// "normalization", "compliant", "nonCompliant" or "tooQuiet", which stands for all that cannot
+  /// be judged.
   std::string status{};
   float actualLUFS = 0;                  ///< the level judged, in the target's measure
   std::optional<float> penaltyGainDB{};  ///< the gain that the delivery side would apply
@@ -160,6 +161,7 @@ struct ORVANE_API ReportLoudnessTargetItem {
       boostBehaviour{};  ///< of penalty targets: "symmetric", "turnsDownOnly"
   std::optional<float> noiseFloorMaxDBRMS{};
   std::optional<float> maxShortTermLUFS{};
+  std::optional<float> maxSpeechPercentage{};  ///< judged only where there is less, 0 … 100
   std::optional<ReportTargetVerdict> verdict{};
 
   bool operator==(const ReportLoudnessTargetItem&) const = default;

@@ -35,19 +35,22 @@ struct VerdictWriter {
     verdict.nonComplianceActual = evaluation.actual;
     verdict.nonComplianceLimit = evaluation.limit;
   }
-  void operator()(const core::TooQuietVerdict&) const { verdict.status = "tooQuiet"; }
+  void operator()(const core::NotJudgedVerdict&) const { verdict.status = "tooQuiet"; }
 };
 
 }  // namespace
 
 core::LoudnessTargetMeasurement targetMeasurement(const OrvaneReport& report) {
   const auto rms = finite(report.loudnessTargets.programRMSDBFS);
+  // Only the file's tells whether speech was looked for.
+  const auto speech = finite(report.fullFile.speechPercentage);
   if (const auto& selection = report.selection)
     return {.integratedLUFS = finite(selection->integratedLUFS),
             .truePeakDBTP = finite(selection->truePeakDB),
             .loudnessRange = finite(selection->loudnessRange),
             .maxShortTermLUFS = finite(selection->maxShortTermLUFS),
             .speechGatedLUFS = finite(selection->speechGatedLUFS),
+            .speechPercentage = speech ? finite(selection->speechPercentage) : std::nullopt,
             .programRMSDBFS = rms,
             .noiseFloorDBRMS = finite(selection->speechGatedNoiseFloorDBRMS)};
   const ReportFullFileLoudness& file = report.fullFile;
@@ -56,6 +59,7 @@ core::LoudnessTargetMeasurement targetMeasurement(const OrvaneReport& report) {
           .loudnessRange = finite(file.loudnessRange),
           .maxShortTermLUFS = finite(file.maxShortTermLUFS),
           .speechGatedLUFS = finite(file.speechGatedLUFS),
+          .speechPercentage = speech,
           .programRMSDBFS = rms};
 }
 
@@ -68,7 +72,8 @@ ReportLoudnessTargetItem targetItem(const core::LoudnessTarget& target,
                                 .referenceLUFS = target.referenceLUFS,
                                 .truePeakCeilingDBTP = target.truePeakCeilingDBTP,
                                 .noiseFloorMaxDBRMS = target.noiseFloorMaxDBRMS,
-                                .maxShortTermLUFS = target.maxShortTermLUFS};
+                                .maxShortTermLUFS = target.maxShortTermLUFS,
+                                .maxSpeechPercentage = target.maxSpeechPercentage};
   if (const auto* penalty = std::get_if<core::PenaltyTreatment>(&target.treatment)) {
     item.treatmentKind = kPenalty;
     item.boostBehaviour = std::string(rawValue(penalty->boostBehaviour));
@@ -95,7 +100,8 @@ core::LoudnessTarget rehydrateTarget(const ReportLoudnessTargetItem& item) {
                               .referenceLUFS = item.referenceLUFS,
                               .truePeakCeilingDBTP = item.truePeakCeilingDBTP,
                               .noiseFloorMaxDBRMS = item.noiseFloorMaxDBRMS,
-                              .maxShortTermLUFS = item.maxShortTermLUFS};
+                              .maxShortTermLUFS = item.maxShortTermLUFS,
+                              .maxSpeechPercentage = item.maxSpeechPercentage};
   if (item.treatmentKind == kPenalty)
     target.treatment =
         core::PenaltyTreatment{core::boostBehaviourFromRawValue(item.boostBehaviour.value_or(""))

@@ -13,6 +13,21 @@ namespace {
 using ReportText::fixed;
 using ReportText::signedFixed;
 
+std::string ruleText(const core::NonCompliantVerdict& rule, std::string_view unit) {
+  const std::string value = fixed(rule.actual, 1);
+  switch (rule.reason) {
+    case core::NonComplianceReason::loudness:
+      return "L (" + value + " " + std::string(unit) + ")";
+    case core::NonComplianceReason::truePeak:
+      return "TP (" + value + " dBTP)";
+    case core::NonComplianceReason::shortTerm:
+      return "S↑ (" + value + " LUFS)";
+    case core::NonComplianceReason::noiseFloor:
+      return "NF (" + value + " dB)";
+  }
+  return {};
+}
+
 /// How an evaluation is shown.
 struct BadgeWriter {
   std::string_view unit;
@@ -29,20 +44,9 @@ struct BadgeWriter {
     return {"fail", "TP over ceiling"};
   }
   Badge operator()(const core::NonCompliantVerdict& verdict) const {
-    const std::string value = fixed(verdict.actual, 1);
-    switch (verdict.reason) {
-      case core::NonComplianceReason::loudness:
-        return {"fail", "Not compliant · L (" + value + " " + std::string(unit) + ")"};
-      case core::NonComplianceReason::truePeak:
-        return {"fail", "Not compliant · TP (" + value + " dBTP)"};
-      case core::NonComplianceReason::shortTerm:
-        return {"fail", "Not compliant · S↑ (" + value + " LUFS)"};
-      case core::NonComplianceReason::noiseFloor:
-        return {"fail", "Not compliant · NF (" + value + " dB)"};
-    }
-    return {"fail", ""};
+    return {"fail", "Not compliant · " + ruleText(verdict, unit)};
   }
-  Badge operator()(const core::TooQuietVerdict&) const { return {"low", "-"}; }
+  Badge operator()(const core::NotJudgedVerdict&) const { return {"low", "-"}; }
 };
 
 /// Without decimals when it is whole.
@@ -75,9 +79,18 @@ std::vector<TargetVerdict> of(const OrvaneReport& report) {
                           .target = known ? *known : rehydrateTarget(item),
                           .measurement = measurement};
     verdict.evaluation = core::LoudnessTargetEvaluator::evaluate(verdict.target, measurement);
+    verdict.brokenRules = core::LoudnessTargetEvaluator::brokenRules(verdict.target, measurement);
     verdicts.push_back(std::move(verdict));
   }
   return verdicts;
+}
+
+void judge(OrvaneReport& report, const core::LoudnessTargetSelection& selection) {
+  const auto measurement = targetMeasurement(report);
+  report.loudnessTargets.activeMode = rawValue(selection.mode);
+  report.loudnessTargets.targets.clear();
+  for (const core::LoudnessTarget& target : selection.activeTargets())
+    report.loudnessTargets.targets.push_back(targetItem(target, measurement));
 }
 
 std::string demandText(const core::LoudnessTarget& target) {
@@ -97,6 +110,15 @@ std::string demandText(const core::LoudnessTarget& target) {
 
 Badge badge(const core::LoudnessTarget& target, const core::LoudnessTargetEvaluation& evaluation) {
   return std::visit(BadgeWriter{unitText(target.source)}, evaluation);
+}
+
+std::vector<std::string> lines(const TargetVerdict& verdict) {
+  if (const auto* notJudged = std::get_if<core::NotJudgedVerdict>(&verdict.evaluation))
+    return {std::string(text(notJudged->reason))};
+  std::vector<std::string> lines = {badge(verdict.target, verdict.evaluation).status};
+  for (std::size_t i = 1; i < verdict.brokenRules.size(); ++i)
+    lines.push_back(ruleText(verdict.brokenRules[i], unitText(verdict.target.source)));
+  return lines;
 }
 
 }  // namespace orvane::TargetVerdicts

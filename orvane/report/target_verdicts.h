@@ -17,6 +17,7 @@ struct TargetVerdict {
   core::LoudnessTarget target{};  ///< the catalogue's, else what the report kept of it
   core::LoudnessTargetMeasurement measurement{};
   core::LoudnessTargetEvaluation evaluation{};
+  std::vector<core::NonCompliantVerdict> brokenRules{};  ///< all of them
 
   bool operator==(const TargetVerdict&) const = default;
 };
@@ -29,6 +30,9 @@ ORVANE_API std::string_view modeTitle(core::LoudnessTargetMode mode);
 
 /// In the order of the report. The figures are those of the selection when the report has one.
 ORVANE_API std::vector<TargetVerdict> of(const OrvaneReport& report);
+
+/// Judges a report anew, by other targets than before, on the figures that it holds.
+ORVANE_API void judge(OrvaneReport& report, const core::LoudnessTargetSelection& selection);
 
 /// What a target asks, in one line: "-23±0.5 LUFS · ≤ -1 dBTP".
 ORVANE_API std::string demandText(const core::LoudnessTarget& target);
@@ -43,6 +47,10 @@ struct Badge {
 
 ORVANE_API Badge badge(const core::LoudnessTarget& target,
                        const core::LoudnessTargetEvaluation& evaluation);
+
+/// A verdict at full length: the badge's status, or why there is none, and in a line each the
+/// broken rules that the status leaves out: "TP (-0.1 dBTP)".
+ORVANE_API std::vector<std::string> lines(const TargetVerdict& verdict);
 
 }  // namespace TargetVerdicts
 }  // namespace orvane

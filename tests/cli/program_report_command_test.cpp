@@ -88,9 +88,43 @@ TEST_F(ProgramReportCommand, TellsWhatIsWrongWithARecordInOneSentence) {
             "orvane: other.json: The key \"appVersion\" is missing.\n");
 }
 
+TEST_F(ProgramReportCommand, JudgesARecordAnew) {
+  const auto end = run({"report", "r.json", "--targets", "ebu-r128,deezer", "--enforce"});
+  EXPECT_EQ(end.exitCode, 3);
+  EXPECT_THAT(end.output, StartsWith("r.json\n\n  Target "));
+  EXPECT_THAT(end.output, HasSubstr("Not compliant · L (-6.0 LUFS)\n"));
+  EXPECT_THAT(end.output, HasSubstr("-9.0 dB · platform gain\n"));
+  EXPECT_EQ(end.errors,
+            "orvane: r.json: misses EBU R 128 (ebu-r128): Not compliant · L (-6.0 LUFS)\n");
+  const auto mode = run({"report", "r.json", "--mode", "music", "--enforce", "--json"});
+  EXPECT_EQ(mode.exitCode, 0);
+  EXPECT_THAT(mode.errors, StartsWith("orvane: r.json: meets Spotify (spotify), "));
+  const auto verdicts = jsonLines(mode.output).at(0).at("verdicts");
+  EXPECT_EQ(verdicts.size(), 4U);
+  EXPECT_NEAR(verdicts.at(0).at("deltaLU").get<double>(), 8, 0.05);
+}
+
+TEST_F(ProgramReportCommand, RendersTheNewVerdicts) {
+  EXPECT_THAT(content("first.html"), HasSubstr(">Spotify<"));
+  const auto end = run({"report", "r.json", "--targets", "ebu-r128", "--html", "-"});
+  EXPECT_THAT(end.output, StartsWith("<!DOCTYPE html>"));
+  EXPECT_THAT(end.output, AllOf(HasSubstr(">EBU R 128<"), Not(HasSubstr(">Spotify<"))));
+}
+
+// The record holds no noise floor, and no speech was looked for.
+TEST_F(ProgramReportCommand, PassesNothingThatTheRecordDoesNotHold) {
+  const auto end = run({"report", "r.json", "--targets", "netflix", "--enforce"});
+  EXPECT_EQ(end.exitCode, 3);
+  EXPECT_THAT(end.errors, HasSubstr("not judged: no speech detection"));
+}
+
 TEST_F(ProgramReportCommand, NeedsSomethingToDo) {
-  for (const auto& arguments : std::vector<std::vector<std::string>>{
-           {"report"}, {"report", "r.json"}, {"report", "r.json", "--report", "x.json"}}) {
+  for (const auto& arguments :
+       std::vector<std::vector<std::string>>{{"report"},
+                                             {"report", "r.json"},
+                                             {"report", "r.json", "--json"},
+                                             {"report", "r.json", "--enforce", "--csv", "-"},
+                                             {"report", "r.json", "--report", "x.json"}}) {
     const auto end = run(arguments);
     EXPECT_EQ(end.exitCode, 2);
     EXPECT_THAT(end.errors, EndsWith(" (see orvane report --help)\n"));

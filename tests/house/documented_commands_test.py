@@ -25,8 +25,14 @@ def make(folder, command):
         sys.exit(f"cannot make the sounds: {command}\n{end.stderr}")
 
 
-def make_sounds(folder):
+def documented_targets(source):
+    text = (source / "docs" / "formats.md").read_text()
+    return re.search(r"## Delivery targets.*?```json\n(.*?)```", text, re.DOTALL).group(1)
+
+
+def make_sounds(folder, source):
     """The files that the documents name."""
+    (folder / "house.json").write_text(documented_targets(source))
     make(folder, "sox -n -r 48000 -b 16 -c 2 song.wav synth 4 pinknoise vol 0.3")
     for name in ("mix.wav", "spot.wav", "stems.wav", "album.wav", "good.wav", "song2.wav"):
         make(folder, f"cp song.wav {name}")
@@ -60,7 +66,7 @@ def main():
     failures, count = [], 0
     with tempfile.TemporaryDirectory() as name:
         folder = pathlib.Path(name)
-        make_sounds(folder)
+        make_sounds(folder, source)
         environment = {"PATH": f"{program.parent}:/usr/local/bin:/usr/bin:/bin", "HOME": name,
                        "TMPDIR": name}
         for document in documents:

@@ -1,5 +1,6 @@
 #include "orvane/report/target_verdicts.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 namespace orvane {
@@ -7,6 +8,7 @@ namespace {
 
 using TargetVerdicts::Badge;
 using TargetVerdicts::badge;
+using ::testing::ElementsAre;
 
 OrvaneReport reportFor(std::vector<std::string> targets) {
   const ReportInputs inputs{.fileInfo = {.channelCount = 2},
@@ -37,7 +39,7 @@ TEST(TargetVerdictsTest, KnowATargetThatTheCatalogueHasNoMoreByItsRecord) {
   ASSERT_EQ(verdicts.size(), 1U);
   EXPECT_EQ(verdicts[0].name, "Gone");
   EXPECT_EQ(verdicts[0].target.referenceLUFS, -23.0F);
-  EXPECT_TRUE(core::LoudnessTargetEvaluator::isMissed(verdicts[0].evaluation));
+  EXPECT_FALSE(core::LoudnessTargetEvaluator::isMet(verdicts[0].evaluation));
 }
 
 TEST(TargetVerdictsTest, HaveAWordAndALineForEachKind) {
@@ -59,7 +61,29 @@ TEST(TargetVerdictsTest, HaveAWordAndALineForEachKind) {
             (Badge{"fail", "Not compliant · S↑ (-10.0 LUFS)"}));
   EXPECT_EQ(badge(target, core::NonCompliantVerdict{Reason::noiseFloor, -50, -60}),
             (Badge{"fail", "Not compliant · NF (-50.0 dB)"}));
-  EXPECT_EQ(badge(target, core::TooQuietVerdict{}), (Badge{"low", "-"}));
+  EXPECT_EQ(badge(target, core::NotJudgedVerdict{}), (Badge{"low", "-"}));
+}
+
+TEST(TargetVerdictsTest, AtFullLengthTellEveryBrokenRule) {
+  const auto lines = [](float integrated, float peak) {
+    ReportInputs inputs{.fileLoudnessCurve = {{0.1, integrated, integrated, integrated}},
+                        .fileTruePeakDB = peak,
+                        .fileMaxShortTermLUFS = -15,
+                        .loudnessTargetSelection = {.targetIDs = {{"ebu-r128-s1"}}}};
+    return TargetVerdicts::lines(TargetVerdicts::of(OrvaneReport::build(inputs, {})).at(0));
+  };
+  EXPECT_THAT(lines(-20, 0.5F),
+              ElementsAre("Not compliant · L (-20.0 LUFS)", "S↑ (-15.0 LUFS)", "TP (0.5 dBTP)"));
+  EXPECT_THAT(lines(-23, -3), ElementsAre("Not compliant · S↑ (-15.0 LUFS)"));
+  EXPECT_THAT(lines(-80, -3), ElementsAre("too quiet to judge"));
+}
+
+TEST(TargetVerdictsTest, KeepTheConditionOfATargetThatTheCatalogueHasNoMore) {
+  auto report = reportFor({"netflix-lowdialog"});
+  report.loudnessTargets.targets.at(0).id = "gone";
+  EXPECT_EQ(
+      TargetVerdicts::of(report).at(0).evaluation,
+      core::LoudnessTargetEvaluation(core::NotJudgedVerdict{core::NotJudgedReason::speechUnknown}));
 }
 
 TEST(TargetVerdictsTest, TellWhatATargetAsks) {

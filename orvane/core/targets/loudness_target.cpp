@@ -69,14 +69,21 @@ std::optional<BoostBehaviour> boostBehaviourFromRawValue(std::string_view text) 
   return valueOf(kBoostNames, text);
 }
 
+std::optional<LoudnessTarget> LoudnessTargetSelection::target(std::string_view id) const {
+  const auto found = std::ranges::find(houseTargets, id, &LoudnessTarget::id);
+  return found != houseTargets.end() ? std::optional(*found) : LoudnessTargetCatalog::target(id);
+}
+
 std::vector<LoudnessTarget> LoudnessTargetSelection::activeTargets() const {
   std::vector<LoudnessTarget> active;
-  for (const LoudnessTarget& candidate : LoudnessTargetCatalog::all()) {
-    if (active.size() == kMaximumActiveTargets) break;
-    const bool isChosen = targetIDs ? std::find(targetIDs->begin(), targetIDs->end(),
-                                                candidate.id) != targetIDs->end()
-                                    : candidate.mode == mode;
-    if (isChosen) active.push_back(candidate);
+  for (const auto* candidates : {&LoudnessTargetCatalog::all(), &houseTargets}) {
+    for (const LoudnessTarget& candidate : *candidates) {
+      if (active.size() == kMaximumActiveTargets) return active;
+      const bool isChosen = targetIDs
+                                ? std::ranges::find(*targetIDs, candidate.id) != targetIDs->end()
+                                : candidate.mode == mode;
+      if (isChosen) active.push_back(candidate);
+    }
   }
   return active;
 }

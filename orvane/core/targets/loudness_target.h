@@ -68,12 +68,19 @@ struct LoudnessTarget {
   float truePeakCeilingDBTP = 0;  ///< dBTP
   std::optional<float> noiseFloorMaxDBRMS{};
   std::optional<float> maxShortTermLUFS{};
+  /// The target is for programmes with less speech than this share alone, 0 … 100.
+  std::optional<float> maxSpeechPercentage{};
   /// Where the figures come from and when they were published or read, one clause for people.
   std::string provenance{};
   /// False: the source is second-hand or incomplete, and the tooltip says so.
   bool isConfirmed = true;
 
   bool operator==(const LoudnessTarget&) const = default;
+
+  /// It cannot be judged unless speech was looked for.
+  bool needsSpeech() const noexcept {
+    return source == LoudnessTargetSource::dialogGated || noiseFloorMaxDBRMS || maxSpeechPercentage;
+  }
 };
 
 /// The delivery specifications that the product knows.
@@ -95,11 +102,16 @@ struct LoudnessTargetSelection {
   LoudnessTargetMode mode = LoudnessTargetMode::music;
   /// Identifiers; absent for the first ones of the mode.
   std::optional<std::vector<std::string>> targetIDs{};
+  /// Targets that stand behind those of the catalogue, with identifiers of their own.
+  std::vector<LoudnessTarget> houseTargets{};
 
   bool operator==(const LoudnessTargetSelection&) const = default;
 
+  /// Absent for an identifier that neither the catalogue nor the house has.
+  ORVANE_API std::optional<LoudnessTarget> target(std::string_view id) const;
+
   /// The chosen targets in catalogue order, each once, at most `kMaximumActiveTargets`. Identifiers
-  /// that the catalogue does not have are passed over.
+  /// that nobody has are passed over.
   ORVANE_API std::vector<LoudnessTarget> activeTargets() const;
 };
 

@@ -1,5 +1,6 @@
 #include "orvane/core/targets/loudness_target_evaluator.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
@@ -17,45 +18,83 @@ bool exceeds(std::optional<float> value, std::optional<float> limit) {
   return value && limit && *value > *limit + kRounding;
 }
 
-LoudnessTargetEvaluation judgePenalty(const LoudnessTarget& target,
-                                      const PenaltyTreatment& treatment, float level,
-                                      std::optional<float> truePeak) {
+struct NotJudgedText {
+  NotJudgedReason reason;
+  std::string_view name;
+  std::string_view text;
+};
+
+constexpr NotJudgedText kNotJudgedTexts[] = {
+    {NotJudgedReason::tooQuiet, "tooQuiet", "too quiet to judge"},
+    {NotJudgedReason::speechUnknown, "speechUnknown", "not judged: no speech detection"},
+    {NotJudgedReason::noSpeech, "noSpeech", "not judged: no speech found"},
+    {NotJudgedReason::tooMuchSpeech, "tooMuchSpeech", "not judged: too much speech"},
+    {NotJudgedReason::shortTermUnknown, "shortTermUnknown", "not judged: no short-term loudness"},
+    {NotJudgedReason::noiseFloorUnknown, "noiseFloorUnknown", "not judged: no noise floor"},
+    {NotJudgedReason::truePeakUnknown, "truePeakUnknown", "not judged: no true peak"},
+};
+
+const NotJudgedText& row(NotJudgedReason reason) {
+  return *std::ranges::find(kNotJudgedTexts, reason, &NotJudgedText::reason);
+}
+
+/// What keeps a target from being judged at all.
+std::optional<NotJudgedReason> obstacle(const LoudnessTarget& target,
+                                        const LoudnessTargetMeasurement& measurement) {
+  const auto& speech = measurement.speechPercentage;
+  if (target.maxSpeechPercentage) {
+    if (!speech) return NotJudgedReason::speechUnknown;
+    if (*speech >= *target.maxSpeechPercentage) return NotJudgedReason::tooMuchSpeech;
+  }
+  const auto level = LoudnessTargetEvaluator::judgedLevel(target, measurement);
+  if (level && std::isfinite(*level) && *level > kQuietest) return std::nullopt;
+  if (level || target.source != LoudnessTargetSource::dialogGated) return NotJudgedReason::tooQuiet;
+  if (!speech) return NotJudgedReason::speechUnknown;
+  return *speech > 0 ? NotJudgedReason::tooQuiet : NotJudgedReason::noSpeech;
+}
+
+/// A figure that a rule is about and that was not measured.
+std::optional<NotJudgedReason> missingFigure(const LoudnessTarget& target,
+                                             const LoudnessTargetMeasurement& measurement) {
+  if (target.maxShortTermLUFS && !measurement.maxShortTermLUFS)
+    return NotJudgedReason::shortTermUnknown;
+  if (target.noiseFloorMaxDBRMS && !measurement.noiseFloorDBRMS)
+    return measurement.speechPercentage ? NotJudgedReason::noiseFloorUnknown
+                                        : NotJudgedReason::speechUnknown;
+  if (!measurement.truePeakDBTP) return NotJudgedReason::truePeakUnknown;
+  return std::nullopt;
+}
+
+/// What a service makes of a level.
+NormalizationVerdict normalized(const LoudnessTarget& target, const PenaltyTreatment& treatment,
+                                float level, float truePeak) {
   const float gain = target.referenceLUFS - level;
   const bool isApplied =
       gain < 0 || (gain > 0 && treatment.boostBehaviour == BoostBehaviour::symmetric);
   const float change = isApplied ? gain : 0.0F;
-  const bool isClean = !truePeak || *truePeak + change <= target.truePeakCeilingDBTP + kRounding;
-  return NormalizationVerdict{gain, isApplied, isClean};
+  return {gain, isApplied, !exceeds(truePeak + change, target.truePeakCeilingDBTP)};
 }
 
-LoudnessTargetEvaluation judgeCompliance(const LoudnessTarget& target,
-                                         const ComplianceTreatment& treatment, float level,
-                                         const LoudnessTargetMeasurement& measurement) {
-  if (treatment.toleranceLU) {
-    const float low = target.referenceLUFS - *treatment.toleranceLU;
-    const float high = target.referenceLUFS + *treatment.toleranceLU;
-    if (level > high + kRounding)
-      return NonCompliantVerdict{NonComplianceReason::loudness, level, high};
-    if (level < low - kRounding)
-      return NonCompliantVerdict{NonComplianceReason::loudness, level, low};
-  }
-  if (exceeds(measurement.maxShortTermLUFS, target.maxShortTermLUFS))
-    return NonCompliantVerdict{NonComplianceReason::shortTerm, *measurement.maxShortTermLUFS,
-                               *target.maxShortTermLUFS};
-  if (exceeds(measurement.noiseFloorDBRMS, target.noiseFloorMaxDBRMS))
-    return NonCompliantVerdict{NonComplianceReason::noiseFloor, *measurement.noiseFloorDBRMS,
-                               *target.noiseFloorMaxDBRMS};
-  const bool isClean = !exceeds(measurement.truePeakDBTP, target.truePeakCeilingDBTP);
-  const bool isCeilingTheOnlyRule =
-      !treatment.toleranceLU && !target.maxShortTermLUFS && !target.noiseFloorMaxDBRMS;
-  if (!isClean && isCeilingTheOnlyRule)
-    return NonCompliantVerdict{NonComplianceReason::truePeak, *measurement.truePeakDBTP,
-                               target.truePeakCeilingDBTP};
-  return CompliantVerdict{isClean};
+/// The loudness where it lies outside the tolerance, with the end that it has left.
+std::optional<NonCompliantVerdict> brokenTolerance(const LoudnessTarget& target, float level) {
+  const auto* compliance = std::get_if<ComplianceTreatment>(&target.treatment);
+  if (compliance == nullptr || !compliance->toleranceLU) return std::nullopt;
+  const float low = target.referenceLUFS - *compliance->toleranceLU;
+  const float high = target.referenceLUFS + *compliance->toleranceLU;
+  if (exceeds(level, high)) return NonCompliantVerdict{NonComplianceReason::loudness, level, high};
+  if (level < low - kRounding)
+    return NonCompliantVerdict{NonComplianceReason::loudness, level, low};
+  return std::nullopt;
+}
+
+bool isCeilingTheOnlyRule(const LoudnessTarget& target) {
+  const auto* compliance = std::get_if<ComplianceTreatment>(&target.treatment);
+  return compliance != nullptr && !compliance->toleranceLU && !target.maxShortTermLUFS &&
+         !target.noiseFloorMaxDBRMS;
 }
 
 /// With one decimal, the same in every locale.
-std::string text(float value) {
+std::string oneDecimal(float value) {
   std::array<char, 64> digits{};
   const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), value,
                                  std::chars_format::fixed, 1);
@@ -77,20 +116,22 @@ std::string_view sourceText(LoudnessTargetSource source) {
 std::string demandText(const LoudnessTarget& target) {
   const std::string unit = " " + std::string(unitText(target.source));
   std::string demand = target.name + ": " + std::string(sourceText(target.source)) + " " +
-                       text(target.referenceLUFS);
+                       oneDecimal(target.referenceLUFS);
   if (const auto* compliance = std::get_if<ComplianceTreatment>(&target.treatment)) {
-    if (compliance->toleranceLU) demand += " ±" + text(*compliance->toleranceLU);
+    if (compliance->toleranceLU) demand += " ±" + oneDecimal(*compliance->toleranceLU);
     demand += unit;
   } else {
     const bool isSymmetric =
         std::get<PenaltyTreatment>(target.treatment).boostBehaviour == BoostBehaviour::symmetric;
     demand += unit + (isSymmetric ? ", turned up and down" : ", turned down only");
   }
-  demand += ", true peak at most " + text(target.truePeakCeilingDBTP) + " dBTP";
+  demand += ", true peak at most " + oneDecimal(target.truePeakCeilingDBTP) + " dBTP";
   if (target.maxShortTermLUFS)
-    demand += ", short-term at most " + text(*target.maxShortTermLUFS) + " LUFS";
+    demand += ", short-term at most " + oneDecimal(*target.maxShortTermLUFS) + " LUFS";
+  if (target.maxSpeechPercentage)
+    demand += ", for less than " + oneDecimal(*target.maxSpeechPercentage) + " % of speech";
   if (target.noiseFloorMaxDBRMS)
-    demand += ", noise floor at most " + text(*target.noiseFloorMaxDBRMS) + " dB RMS";
+    demand += ", noise floor at most " + oneDecimal(*target.noiseFloorMaxDBRMS) + " dB RMS";
   return demand + ".";
 }
 
@@ -98,12 +139,13 @@ std::string measuredText(const LoudnessTarget& target,
                          const LoudnessTargetMeasurement& measurement) {
   const auto level = LoudnessTargetEvaluator::judgedLevel(target, measurement);
   if (!level) return " Not measured.";
-  std::string measured = " Measured: " + text(*level) + " " + std::string(unitText(target.source));
-  if (measurement.truePeakDBTP) measured += ", " + text(*measurement.truePeakDBTP) + " dBTP";
+  std::string measured =
+      " Measured: " + oneDecimal(*level) + " " + std::string(unitText(target.source));
+  if (measurement.truePeakDBTP) measured += ", " + oneDecimal(*measurement.truePeakDBTP) + " dBTP";
   if (target.maxShortTermLUFS && measurement.maxShortTermLUFS)
-    measured += ", short-term " + text(*measurement.maxShortTermLUFS) + " LUFS";
+    measured += ", short-term " + oneDecimal(*measurement.maxShortTermLUFS) + " LUFS";
   if (target.noiseFloorMaxDBRMS && measurement.noiseFloorDBRMS)
-    measured += ", noise floor " + text(*measurement.noiseFloorDBRMS) + " dB RMS";
+    measured += ", noise floor " + oneDecimal(*measurement.noiseFloorDBRMS) + " dB RMS";
   return measured + ".";
 }
 
@@ -123,6 +165,14 @@ std::string_view rawValue(NonComplianceReason reason) noexcept {
   return {};
 }
 
+std::string_view rawValue(NotJudgedReason reason) noexcept {
+  return row(reason).name;
+}
+
+std::string_view text(NotJudgedReason reason) noexcept {
+  return row(reason).text;
+}
+
 std::optional<float> LoudnessTargetEvaluator::judgedLevel(
     const LoudnessTarget& target, const LoudnessTargetMeasurement& measurement) noexcept {
   switch (target.source) {
@@ -136,27 +186,61 @@ std::optional<float> LoudnessTargetEvaluator::judgedLevel(
   return std::nullopt;
 }
 
-LoudnessTargetEvaluation LoudnessTargetEvaluator::evaluate(
-    const LoudnessTarget& target, const LoudnessTargetMeasurement& measurement) noexcept {
-  const auto level = judgedLevel(target, measurement);
-  if (!level || !std::isfinite(*level) || *level <= kQuietest) return TooQuietVerdict{};
-  if (const auto* penalty = std::get_if<PenaltyTreatment>(&target.treatment))
-    return judgePenalty(target, *penalty, *level, measurement.truePeakDBTP);
-  return judgeCompliance(target, *std::get_if<ComplianceTreatment>(&target.treatment), *level,
-                         measurement);
+std::vector<NonCompliantVerdict> LoudnessTargetEvaluator::brokenRules(
+    const LoudnessTarget& target, const LoudnessTargetMeasurement& measurement) {
+  if (obstacle(target, measurement)) return {};
+  const float level = *judgedLevel(target, measurement);
+  const auto& truePeak = measurement.truePeakDBTP;
+  const float ceiling = target.truePeakCeilingDBTP;
+  if (const auto* penalty = std::get_if<PenaltyTreatment>(&target.treatment)) {
+    if (!truePeak) return {};
+    const auto verdict = normalized(target, *penalty, level, *truePeak);
+    if (isMet(verdict)) return {};
+    return {{NonComplianceReason::truePeak, *truePeak + verdict.gainDB, ceiling}};
+  }
+  std::vector<NonCompliantVerdict> broken;
+  if (const auto loudness = brokenTolerance(target, level)) broken.push_back(*loudness);
+  const auto check = [&](NonComplianceReason reason, std::optional<float> actual,
+                         std::optional<float> limit) {
+    if (exceeds(actual, limit)) broken.push_back({reason, *actual, *limit});
+  };
+  check(NonComplianceReason::shortTerm, measurement.maxShortTermLUFS, target.maxShortTermLUFS);
+  check(NonComplianceReason::noiseFloor, measurement.noiseFloorDBRMS, target.noiseFloorMaxDBRMS);
+  check(NonComplianceReason::truePeak, truePeak, ceiling);
+  return broken;
 }
 
-bool LoudnessTargetEvaluator::isMissed(const LoudnessTargetEvaluation& evaluation) noexcept {
+LoudnessTargetEvaluation LoudnessTargetEvaluator::evaluate(
+    const LoudnessTarget& target, const LoudnessTargetMeasurement& measurement) {
+  if (const auto reason = obstacle(target, measurement)) return NotJudgedVerdict{*reason};
+  if (const auto* penalty = std::get_if<PenaltyTreatment>(&target.treatment)) {
+    if (!measurement.truePeakDBTP) return NotJudgedVerdict{NotJudgedReason::truePeakUnknown};
+    return normalized(target, *penalty, *judgedLevel(target, measurement),
+                      *measurement.truePeakDBTP);
+  }
+  const auto broken = brokenRules(target, measurement);
+  if (broken.empty()) {
+    if (const auto reason = missingFigure(target, measurement)) return NotJudgedVerdict{*reason};
+    return CompliantVerdict{};
+  }
+  if (broken.front().reason != NonComplianceReason::truePeak || isCeilingTheOnlyRule(target))
+    return broken.front();
+  return CompliantVerdict{.isTruePeakClean = false};
+}
+
+bool LoudnessTargetEvaluator::isMet(const LoudnessTargetEvaluation& evaluation) noexcept {
   if (const auto* normalization = std::get_if<NormalizationVerdict>(&evaluation))
-    return normalization->isGainApplied && !normalization->isTruePeakClean;
-  if (const auto* compliant = std::get_if<CompliantVerdict>(&evaluation))
-    return !compliant->isTruePeakClean;
-  return std::holds_alternative<NonCompliantVerdict>(evaluation);
+    return !normalization->isGainApplied || normalization->isTruePeakClean;
+  const auto* compliant = std::get_if<CompliantVerdict>(&evaluation);
+  return compliant != nullptr && compliant->isTruePeakClean;
 }
 
 std::string LoudnessTargetEvaluator::tooltipText(const LoudnessTarget& target,
                                                  const LoudnessTargetMeasurement& measurement) {
   std::string tooltip = demandText(target) + measuredText(target, measurement);
+  const auto evaluation = evaluate(target, measurement);
+  if (const auto* verdict = std::get_if<NotJudgedVerdict>(&evaluation))
+    tooltip += " Verdict: " + std::string(text(verdict->reason)) + ".";
   if (!target.provenance.empty()) {
     tooltip += " Source: " + target.provenance;
     tooltip += target.isConfirmed ? "." : " (unconfirmed).";

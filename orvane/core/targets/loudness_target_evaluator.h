@@ -4,6 +4,7 @@
 #include <string>
 #include <string_view>
 #include <variant>
+#include <vector>
 
 #include "orvane/core/targets/loudness_target.h"
 
@@ -16,6 +17,7 @@ struct LoudnessTargetMeasurement {
   std::optional<float> loudnessRange{};  ///< LU
   std::optional<float> maxShortTermLUFS{};
   std::optional<float> speechGatedLUFS{};
+  std::optional<float> speechPercentage{};  ///< 0 … 100; absent when speech was not looked for
   std::optional<float> programRMSDBFS{};
   std::optional<float> noiseFloorDBRMS{};
 
@@ -53,13 +55,31 @@ struct NonCompliantVerdict {
   bool operator==(const NonCompliantVerdict&) const = default;
 };
 
-/// The judged level is unknown or lies at or below −70.
-struct TooQuietVerdict {
-  bool operator==(const TooQuietVerdict&) const = default;
+/// Why nothing can be said about a target.
+enum class NotJudgedReason {
+  tooQuiet,       ///< the level is unknown or lies at or below −70
+  speechUnknown,  ///< speech was not looked for
+  noSpeech,       ///< and none was found
+  tooMuchSpeech,  ///< the target is for programmes with less
+  shortTermUnknown,
+  noiseFloorUnknown,
+  truePeakUnknown,
+};
+
+/// The enumerator's name.
+ORVANE_API std::string_view rawValue(NotJudgedReason reason) noexcept;
+/// For people: "too quiet to judge", "not judged: no speech found".
+ORVANE_API std::string_view text(NotJudgedReason reason) noexcept;
+
+/// What is known breaks no rule, and something that a rule is about is not known.
+struct NotJudgedVerdict {
+  NotJudgedReason reason = NotJudgedReason::tooQuiet;
+
+  bool operator==(const NotJudgedVerdict&) const = default;
 };
 
 using LoudnessTargetEvaluation =
-    std::variant<NormalizationVerdict, CompliantVerdict, NonCompliantVerdict, TooQuietVerdict>;
+    std::variant<NormalizationVerdict, CompliantVerdict, NonCompliantVerdict, NotJudgedVerdict>;
 
 namespace LoudnessTargetEvaluator {
 
@@ -67,17 +87,22 @@ namespace LoudnessTargetEvaluator {
 ORVANE_API std::optional<float> judgedLevel(const LoudnessTarget& target,
                                             const LoudnessTargetMeasurement& measurement) noexcept;
 
-/// Judges a measurement. Penalty targets give a `NormalizationVerdict`: loud material is always
-/// turned down, quiet material turned up by symmetric services alone. Compliance targets check
-/// loudness, short-term loudness and noise floor in this order; what was not measured breaks no
-/// rule. The ceiling is a reason of its own only where it is the target's sole rule. Levels may
-/// exceed a limit by 0.0005, the rounding of 32-bit figures.
-ORVANE_API LoudnessTargetEvaluation evaluate(const LoudnessTarget& target,
-                                             const LoudnessTargetMeasurement& measurement) noexcept;
+/// Every rule that the measurement breaks, in the order loudness, short-term loudness, noise floor,
+/// true peak. Penalty targets have one: the true peak at the level that the service gives. Levels
+/// may exceed a limit by 0.0005, the rounding of 32-bit figures. Empty where there is no level.
+ORVANE_API std::vector<NonCompliantVerdict> brokenRules(
+    const LoudnessTarget& target, const LoudnessTargetMeasurement& measurement);
 
-/// Whether the delivery target is missed: a rule is broken, or the true peak exceeds the ceiling
-/// where it counts. What is too quiet to judge misses nothing.
-ORVANE_API bool isMissed(const LoudnessTargetEvaluation& evaluation) noexcept;
+/// Judges a measurement. Penalty targets give a `NormalizationVerdict`: loud material is always
+/// turned down, quiet material turned up by symmetric services alone. Compliance targets give the
+/// first broken rule; the ceiling is a reason of its own only where it is the target's sole rule.
+/// What was not measured is never passed.
+ORVANE_API LoudnessTargetEvaluation evaluate(const LoudnessTarget& target,
+                                             const LoudnessTargetMeasurement& measurement);
+
+/// Whether the delivery target is met: it was judged, no rule is broken, and the true peak stays
+/// within the ceiling where it counts.
+ORVANE_API bool isMet(const LoudnessTargetEvaluation& evaluation) noexcept;
 
 /// What the target asks, what was measured, and where the figures come from; plain text.
 ORVANE_API std::string tooltipText(const LoudnessTarget& target,

@@ -40,6 +40,35 @@ TEST(LoudnessTargetCatalog, HasSoundRows) {
   EXPECT_FALSE(LoudnessTargetCatalog::target("no-such-target"));
 }
 
+// Rows out of guides and trade press were called confirmed.
+TEST(LoudnessTargetCatalog, ConfirmsWhatTheServiceOrTheStandardItselfSays) {
+  for (const auto& target : LoudnessTargetCatalog::all()) {
+    for (const char* hint : {"third-party", "trade press", "custom", "common practice"}) {
+      const bool isSecondHand = target.provenance.find(hint) != std::string::npos;
+      EXPECT_FALSE(isSecondHand && target.isConfirmed) << target.id << ": " << target.provenance;
+    }
+  }
+  for (const char* id : {"spotify", "netflix", "ebu-r128", "atsc-a85"})
+    EXPECT_TRUE(LoudnessTargetCatalog::target(id)->isConfirmed) << id;
+}
+
+TEST(LoudnessTargetCatalog, HasARowForTheWholeProgrammeBesideTheDialogueOfATSC) {
+  const auto dialogue = LoudnessTargetCatalog::target("atsc-a85").value();
+  const auto programme = LoudnessTargetCatalog::target("atsc-a85-programme").value();
+  EXPECT_EQ(dialogue.source, LoudnessTargetSource::dialogGated);
+  EXPECT_EQ(programme.source, LoudnessTargetSource::integrated);
+  EXPECT_EQ(programme.referenceLUFS, dialogue.referenceLUFS);
+  EXPECT_EQ(programme.treatment, dialogue.treatment);
+}
+
+TEST(LoudnessTargetCatalog, KnowsWhichTargetsNeedSpeech) {
+  for (const char* id : {"netflix", "netflix-lowdialog", "acx", "atsc-a85"})
+    EXPECT_TRUE(LoudnessTargetCatalog::target(id)->needsSpeech()) << id;
+  for (const char* id : {"spotify", "ebu-r128-s1", "atsc-a85-programme"})
+    EXPECT_FALSE(LoudnessTargetCatalog::target(id)->needsSpeech()) << id;
+  EXPECT_EQ(LoudnessTargetCatalog::target("netflix-lowdialog")->maxSpeechPercentage, 15.0F);
+}
+
 TEST(LoudnessTargetSelection, TakesTheFirstFourOfTheModeByDefault) {
   EXPECT_EQ(ids(LoudnessTargetSelection{}.activeTargets()),
             (std::vector<std::string>{"spotify", "apple-music", "youtube", "tidal"}));

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "cli/exit_code.h"
+#include "cli/terminal/console.h"
+#include "orvane/report/orvane_report.h"
+
+namespace orvane::cli {
+
+namespace JsonOutput {
+class Document;
+}
+
+/// How a report stands to its delivery targets, as the program tells it.
+namespace TargetFindings {
+
+/// A row per target, and one more for each further rule that it breaks; an empty line before.
+std::string table(const OrvaneReport& report, const Console& console);
+
+/// "loudnessTargets" as in the report, and "verdicts": an object per target, with the level judged,
+/// every broken rule, and the reason why nothing could be judged.
+void addJSON(JsonOutput::Document& document, const OrvaneReport& report);
+/// The same as a document of its own, in one line.
+std::string json(const OrvaneReport& report, const std::string& url);
+
+/// What `--enforce` demands of a report.
+enum class Demand { everyTarget, oneTarget };
+
+struct Enforcement {
+  bool isMet = false;
+  std::vector<std::string> sentences{};  ///< which targets are missed, or which one suffices
+
+  /// Prints them to standard error.
+  ExitCode tell(Console& console) const;
+};
+
+/// `name` is what people call the file.
+Enforcement enforce(const OrvaneReport& report, Demand demand, const std::string& name);
+
+}  // namespace TargetFindings
+}  // namespace orvane::cli
