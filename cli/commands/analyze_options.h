@@ -2,6 +2,7 @@
 
 #include <CLI/CLI.hpp>
 #include <filesystem>
+#include <string>
 #include <vector>
 
 #include "cli/commands/dialogue_sidecars.h"
@@ -18,6 +19,8 @@ namespace orvane::cli {
 struct AnalyzeOptions {
   FileList::Request files{};
   SourceOptions source{};
+  std::vector<int> joinedStreams{};  ///< of `--streams`; empty for one stream
+  bool allStreams = false;           ///< each is measured by itself
   bool json = false;
   bool curves = false;
   bool speech = false;
@@ -29,11 +32,17 @@ struct AnalyzeOptions {
   ReportOutputOptions outputs{};
   bool noStereo = false;
   bool dualMono = false;
+  bool album = false;
+  std::string summaryFile{};  ///< empty for none
+  bool resume = false;
   bool quiet = false;
   int jobs = 1;
 
   /// More is asked for than the file's own figures.
   bool needsReport() const { return parts.isAny() || targets.areRequested() || outputs.isAny(); }
+
+  /// Throws `UsageError` for what does not go together.
+  void requireSense() const;
 
   /// What is read beside the files that are measured.
   std::vector<std::filesystem::path> otherFilesRead(const std::vector<InputName>& inputs) const;
