@@ -2,11 +2,13 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
+#include <iterator>
 #include <limits>
+#include <numeric>
 
 #include "orvane/core/loudness/k_weighting.h"
 #include "orvane/core/loudness/loudness_gating.h"
-#include "orvane/core/loudness/loudness_grid.h"
 
 namespace orvane {
 namespace {
@@ -14,15 +16,40 @@ namespace {
 using OfflineAnalysisPipeline::AnalysisDetail;
 using OfflineAnalysisPipeline::Result;
 
-/// Points of a curve before the first whole 3 s window ends (EBU Tech 3342).
-constexpr std::size_t kStepsBeforeWindow = 29;
+constexpr std::size_t kStepsPerBlock = 4;       // BS.1770-5, Annex 1
+constexpr std::size_t kStepsPerShortTerm = 30;  // EBU Tech 3342
 
-/// Points of the curve that end whole steps; the last one may end with the file instead.
-std::size_t wholeSteps(const Result& result) {
-  const auto frames = std::llround(result.durationSeconds * result.sampleRate);
-  const auto stepFrames = std::llround(result.sampleRate * core::LoudnessGrid::kStepSeconds);
-  return std::min(static_cast<std::size_t>(frames / std::max(stepFrames, 1LL)),
-                  result.loudnessCurve.size());
+/// The power of each whole step. The curve begins with windows of which only the first steps are
+/// audio, which tells these one by one; two neighbouring blocks differ by their outer steps, which
+/// tells all others, without rounding them to the 32 bits of a curve.
+std::vector<double> stepPowers(const Result& result, const std::vector<double>& blockPowers) {
+  std::vector<double> powers;
+  double before = 0;
+  const std::size_t told = std::min(kStepsPerBlock - 1, result.loudnessCurve.size());
+  for (std::size_t step = 0; step < told; ++step) {
+    const double window =
+        kStepsPerShortTerm *
+        core::powerOfLoudness(static_cast<double>(result.loudnessCurve[step].shortTerm));
+    powers.push_back(std::max(window - before, 0.0));
+    before = window;
+  }
+  if (result.loudnessCurve.size() < kStepsPerBlock) return powers;
+  for (const double block : blockPowers) {
+    const auto inner = powers.end() - (kStepsPerBlock - 1);
+    powers.push_back(
+        std::max(kStepsPerBlock * block - std::accumulate(inner, powers.end(), 0.0), 0.0));
+  }
+  return powers;
+}
+
+/// The mean of each `steps` neighbours.
+std::vector<double> windowPowers(const std::vector<double>& stepPowers, std::size_t steps) {
+  std::vector<double> powers;
+  for (std::size_t end = steps; steps > 0 && end <= stepPowers.size(); ++end) {
+    const double* const last = stepPowers.data() + end;
+    powers.push_back(std::accumulate(last - steps, last, 0.0) / static_cast<double>(steps));
+  }
+  return powers;
 }
 
 float toDB(double power) {
@@ -42,10 +69,7 @@ void AlbumMeasurement::add(const Result& result, const AnalysisDetail& detail) {
     channels_.assign(result.channelPeakDB.size(), {});
   }
   seconds_ += result.durationSeconds;
-  blockPowers_.insert(blockPowers_.end(), detail.blockPowers.begin(), detail.blockPowers.end());
-  for (std::size_t step = kStepsBeforeWindow; step < wholeSteps(result); ++step)
-    shortTermPowers_.push_back(
-        core::powerOfLoudness(static_cast<double>(result.loudnessCurve[step].shortTerm)));
+  std::ranges::move(stepPowers(result, detail.blockPowers), std::back_inserter(stepPowers_));
   highest_.truePeakDB = std::max(highest_.truePeakDB, result.truePeakDB);
   highest_.samplePeakDB = std::max(highest_.samplePeakDB, result.samplePeakDB);
   highest_.maxMomentaryLUFS = std::max(highest_.maxMomentaryLUFS, result.maxMomentaryLUFS);
@@ -84,9 +108,11 @@ void AlbumMeasurement::addChannels(const Result& result) {
 Result AlbumMeasurement::figures() const {
   Result result = highest_;
   result.durationSeconds = seconds_;
+  const auto blocks = windowPowers(stepPowers_, std::min(kStepsPerBlock, stepPowers_.size()));
   result.integratedLUFS =
-      static_cast<float>(core::loudnessOfPower(core::LoudnessGating::gatedPower(blockPowers_)));
-  result.loudnessRange = static_cast<float>(core::loudnessRangeOfPowers(shortTermPowers_));
+      static_cast<float>(core::loudnessOfPower(core::LoudnessGating::gatedPower(blocks)));
+  result.loudnessRange = static_cast<float>(
+      core::loudnessRangeOfPowers(windowPowers(stepPowers_, kStepsPerShortTerm)));
   result.dynamicRange = std::llround(static_cast<double>(dynamicRangeSum_) /
                                      static_cast<double>(std::max<std::size_t>(fileCount_, 1)));
   if (speech_) {

@@ -12,10 +12,11 @@ namespace orvane {
 
 /// Several files as one programme, from what was measured of each.
 ///
-/// The gates see the gating blocks of all files, the loudness range all their 3 s windows, so that
-/// the figures are those of the files joined, but for the windows that would lie across a joint.
-/// The dynamic range is the rounded mean of the files'. The channels' figures are there where all
-/// files have as many, speech where it was looked for in all of them.
+/// The gates see the gating blocks of all files, the loudness range all their 3 s windows, also
+/// those across a joint, so that the figures are those of the files joined; what is left of a file
+/// behind its last whole 100 ms is left out. The dynamic range is the rounded mean of the files'.
+/// The channels' figures are there where all files have as many, speech where it was looked for in
+/// all of them.
 class ORVANE_API AlbumMeasurement {
  public:
   /// The next file; its audio is not needed.
@@ -46,8 +47,7 @@ class ORVANE_API AlbumMeasurement {
 
   std::size_t fileCount_ = 0;
   double seconds_ = 0;
-  std::vector<double> blockPowers_{};
-  std::vector<double> shortTermPowers_{};
+  std::vector<double> stepPowers_{};  ///< of each 100 ms
   std::optional<Speech> speech_{};
   std::vector<Channel> channels_{};
   std::int64_t dynamicRangeSum_ = 0;

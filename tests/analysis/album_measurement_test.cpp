@@ -47,7 +47,6 @@ TEST(AlbumMeasurement, HasTheFiguresOfTheFilesJoined) {
   const auto whole = measured({joined, joined}).result;
   const auto figures = album.figures();
   EXPECT_EQ(album.fileCount(), 3U);
-  // Windows across a joint are the only difference.
   EXPECT_NEAR(figures.integratedLUFS, whole.integratedLUFS, 0.01);
   EXPECT_NEAR(figures.loudnessRange, whole.loudnessRange, 0.3);
   EXPECT_NEAR(figures.durationSeconds, whole.durationSeconds, 1e-9);
@@ -58,13 +57,27 @@ TEST(AlbumMeasurement, HasTheFiguresOfTheFilesJoined) {
   EXPECT_FALSE(figures.speechHistory);
 }
 
+// Without the blocks across the joint, a step of 20 dB moved the loudness by 0.016 LU.
+TEST(AlbumMeasurement, MeasuresAcrossTheJoint) {
+  const Channel loud = swelling(40, 0.5, 0.5);
+  const Channel quiet = swelling(30, 0.05, 0.05);
+  AlbumMeasurement album;
+  for (const Channel& part : {loud, quiet}) {
+    const auto file = measured({part});
+    album.add(file.result, file.detail);
+  }
+  Channel joined = loud;
+  joined.insert(joined.end(), quiet.begin(), quiet.end());
+  EXPECT_NEAR(album.figures().integratedLUFS, measured({joined}).result.integratedLUFS, 0.001);
+}
+
 TEST(AlbumMeasurement, OfOneFileIsThatFile) {
   const auto file = measured({swelling(31.05, 0.05, 0.5)});
   AlbumMeasurement album;
   album.add(file.result, file.detail);
   const auto figures = album.figures();
-  EXPECT_EQ(figures.integratedLUFS, file.result.integratedLUFS);
-  EXPECT_NEAR(figures.loudnessRange, file.result.loudnessRange, 1e-4);  // levels of 32 bits
+  EXPECT_NEAR(figures.integratedLUFS, file.result.integratedLUFS, 1e-5);  // rounding
+  EXPECT_NEAR(figures.loudnessRange, file.result.loudnessRange, 1e-4);    // levels of 32 bits
   EXPECT_EQ(figures.dynamicRange, file.result.dynamicRange);
   EXPECT_EQ(figures.maxMomentaryLUFS, file.result.maxMomentaryLUFS);
 }

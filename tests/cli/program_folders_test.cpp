@@ -91,9 +91,9 @@ TEST_F(ProgramFolders, ClosesABatchWithWhatItCameTo) {
   const ProgramEnd end = run({"analyze", "good.wav", "loud.wav", "bad.wav", "soft.wav"});
   EXPECT_EQ(end.exitCode, 1);
   EXPECT_THAT(end.output, EndsWith("\n3 files measured, 1 failed\n"
-                                   "Loudest       0.0 LUFS  loud.wav\n"
-                                   "Quietest    -20.0 LUFS  soft.wav\n"
-                                   "Spread       20.0 LU\n"
+                                   "Loudest      0.0 LUFS  loud.wav\n"
+                                   "Quietest   -20.0 LUFS  soft.wav\n"
+                                   "Spread      20.0 LU\n"
                                    "Failed    bad.wav\n"));
   EXPECT_THAT(run({"analyze", "good.wav"}).output, Not(HasSubstr("measured\n")));
   EXPECT_THAT(run({"analyze", "-q", "good.wav", "soft.wav"}).errors,
