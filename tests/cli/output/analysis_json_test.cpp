@@ -91,7 +91,8 @@ TEST(AnalysisJson, TellsTheDeclaredFormatOfHeaderlessAudio) {
 
 TEST(JsonOutput, IsAsciiInOneLineWhateverTheNames) {
   EXPECT_EQ(JsonOutput::failure("a\nb\x1B\"\u202Ec\xFF.wav", "Ünreadable"),
-            R"({"schemaVersion":1,"url":"a\nb\u001b\"\u202ec\ufffd.wav","error":"\u00dcnreadable"})"
+            R"({"schemaVersion":1,"url":"a\nb\u001b\"\u202ec\ufffd.wav",)"
+            R"("urlPercentEncoded":"a%0Ab%1B%22%E2%80%AEc%FF.wav","error":"\u00dcnreadable"})"
             "\n");
 }
 

@@ -54,10 +54,10 @@ TEST(TextTable, GivesWayOnANarrowTerminal) {
                    {"N", TextTable::Alignment::right}});
   table.addRow({{"a name of many letters"}, {"loud and clear, always"}, {"12345"}});
   EXPECT_EQ(table.text(Console(traits)),
-            "Name         Asks for        N\n"
-            "a nam…tters  loud and    12345\n"
-            "             clear,\n"
-            "             always\n");
+            "Name        Asks for         N\n"
+            "a na…tters  loud and     12345\n"
+            "            clear,\n"
+            "            always\n");
   traits.outputColumns = 200;
   EXPECT_EQ(table.text(Console(traits)),
             "Name                    Asks for                    N\n"
