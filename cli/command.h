@@ -24,4 +24,12 @@ inline void addFileArguments(CLI::App& command, FileList::Request& request) {
       ->group("Input");
 }
 
+/// `--recursive`.
+inline void addFolderOption(CLI::App& command, FileList::Request& request) {
+  command
+      .add_flag("--recursive", request.opensFolders,
+                "Take the audio files in folders and below, sorted by path")
+      ->group("Input");
+}
+
 }  // namespace orvane::cli

@@ -24,6 +24,7 @@
 #include "cli/commands/splice_command.h"
 #include "cli/commands/targets_command.h"
 #include "cli/interruption.h"
+#include "cli/options/nearest_word.h"
 #include "cli/terminal/help_formatter.h"
 #include "cli/usage_error.h"
 #include "cli/write_signals.h"
@@ -34,7 +35,8 @@ namespace orvane::cli {
 namespace {
 
 constexpr const char* kFooter =
-    "\"orvane COMMAND --help\" lists the options of a command.\n\n"
+    "\"orvane help COMMAND\" lists the options of a command.\n"
+    "--color auto|always|never goes with each; NO_COLOR is heeded.\n\n"
     "Results go to standard output, everything else to standard error.\n"
     "Exit codes: 0 all done, 1 a file failed, 2 wrong usage, 3 a requested target is\n"
     "missed, 129, 130, 143 stopped by a hang-up, Ctrl-C or a request to end.";
@@ -112,17 +114,40 @@ ExitCode runChosen(const CLI::App& program, const ChosenCommand& chosen, Console
   return ExitCode::fileFailed;
 }
 
+std::vector<CLI::App*> commandsOf(CLI::App& program) {
+  return program.get_subcommands([](CLI::App*) { return true; });
+}
+
 /// What is wrong with a word that must name a command, as far as commands have commands.
-std::optional<std::string> unknownCommand(const CLI::App& program,
-                                          std::span<const std::string> words) {
-  const auto commands = program.get_subcommands([](const CLI::App*) { return true; });
+std::optional<std::string> unknownCommand(CLI::App& program, std::span<const std::string> words) {
+  const auto commands = commandsOf(program);
   if (commands.empty() || words.empty() || words.front().starts_with('-')) return std::nullopt;
-  std::string known;
-  for (const CLI::App* command : commands) {
+  std::vector<std::string> names;
+  for (CLI::App* command : commands) {
     if (command->get_name() == words.front()) return unknownCommand(*command, words.subspan(1));
-    known += (known.empty() ? "" : ", ") + command->get_name();
+    names.push_back(command->get_name());
   }
-  return "unknown command '" + words.front() + "', the commands are " + known;
+  const std::string what = "unknown command '" + words.front() + "'";
+  if (const auto meant = nearestWord(words.front(), names))
+    return what + "; did you mean " + *meant + "?";
+  return what + ", the commands are " + CLI::detail::join(names, ", ");
+}
+
+/// The option that a misspelt one may have meant, among those of the command that the words name.
+std::optional<std::string> meantOption(CLI::App& program, std::span<const std::string> words) {
+  CLI::App* command = &program;
+  for (const std::string& word : words) {
+    for (CLI::App* each : commandsOf(*command))
+      if (each->get_name() == word) command = each;
+    if (word == "--") return std::nullopt;
+    if (!word.starts_with("--")) continue;
+    std::vector<std::string> names;
+    for (const CLI::Option* option : command->get_options())
+      for (const auto& name : option->get_lnames()) names.push_back("--" + name);
+    const std::string written = word.substr(0, word.find('='));
+    if (std::ranges::find(names, written) == names.end()) return nearestWord(written, names);
+  }
+  return std::nullopt;
 }
 
 /// The arguments behind the program's name. Negative numbers are values, also those that begin with
@@ -135,11 +160,36 @@ std::vector<std::string> wordsOf(int count, const char* const* arguments) {
   return words;
 }
 
+/// Takes `--color` from the words, which may stand anywhere; a sentence when it makes no sense.
+std::optional<std::string> applyColour(std::vector<std::string>& words, ConsoleTraits& traits) {
+  constexpr std::string_view kName = "--color";
+  const auto end = std::ranges::find(words, "--");
+  const auto option = std::find_if(words.begin(), end, [&](const std::string& word) {
+    return word == kName || word.starts_with(std::string(kName) + "=");
+  });
+  if (option == end) return std::nullopt;
+  const bool isApart = *option == kName;
+  const auto last = isApart && option + 1 != end ? option + 1 : option;
+  const std::string choice =
+      isApart ? (last == option ? "" : *last) : option->substr(kName.size() + 1);
+  words.erase(option, last + 1);
+  if (choice == "always")
+    traits.isColourForced = true;
+  else if (choice == "never")
+    traits.allowsColour = false;
+  else if (choice != "auto")
+    return "--color is one of auto, always, never, not '" + choice + "'";
+  return std::nullopt;
+}
+
 /// Reads the arguments; a code when the program is over after that.
-std::optional<ExitCode> parse(CLI::App& program, int count, const char* const* arguments,
-                              Console& console) {
-  const std::vector<std::string> words = wordsOf(count, arguments);
+std::optional<ExitCode> parse(CLI::App& program, std::vector<std::string> words, Console& console) {
+  const bool asksForHelp = !words.empty() && words.front() == "help";
+  if (asksForHelp) words.erase(words.begin());
   try {
+    if (const auto unknown = asksForHelp ? unknownCommand(program, words) : std::nullopt)
+      throw UsageError(*unknown);
+    if (asksForHelp) words.emplace_back("--help");
     program.parse(std::vector<std::string>(words.rbegin(), words.rend()));  // as CLI11 takes them
     return std::nullopt;
   } catch (const CLI::CallForHelp&) {
@@ -149,7 +199,9 @@ std::optional<ExitCode> parse(CLI::App& program, int count, const char* const* a
     console.print(versionText() + "\n");
     return ExitCode::done;
   } catch (const CLI::ParseError& error) {
-    console.error(usageText(program, unknownCommand(program, words).value_or(error.what())));
+    std::string text = unknownCommand(program, words).value_or(error.what());
+    if (const auto meant = meantOption(program, words)) text += "; did you mean " + *meant + "?";
+    console.error(usageText(program, text));
   } catch (const UsageError& error) {
     console.error(usageText(program, error.what()));
   }
@@ -162,11 +214,18 @@ int runProgram(int argumentCount, const char* const* arguments) {
   openMissingStandardStreams();
   Interruption::install();
   WriteSignals::install();
-  Console console(ConsoleTraits::ofProcess());
+  ConsoleTraits traits = ConsoleTraits::ofProcess();
+  auto words = wordsOf(argumentCount, arguments);
+  const auto misuse = applyColour(words, traits);
+  Console console(traits);
   ChosenCommand chosen;
   const auto program = makeProgram(chosen);
   try {
-    const auto over = parse(*program, argumentCount, arguments, console);
+    if (misuse) {
+      console.error(usageText(*program, *misuse));
+      return static_cast<int>(ExitCode::usage);
+    }
+    const auto over = parse(*program, std::move(words), console);
     return static_cast<int>(over ? *over : runChosen(*program, chosen, console));
   } catch (const OutputFailure& error) {
     if (error.isBrokenPipe()) WriteSignals::endByBrokenPipe();

@@ -7,8 +7,11 @@
 
 #include "cli/commands/measured_file.h"
 #include "cli/exit_code.h"
+#include "cli/output/analysis_rows.h"
+#include "cli/output/batch_closing.h"
 #include "cli/output/target_findings.h"
 #include "cli/terminal/console.h"
+#include "orvane/analysis/album_measurement.h"
 
 namespace orvane::cli {
 
@@ -32,24 +35,30 @@ class AnalysisPrinter {
     /// What is told of the targets, and ends in an exit code when it is not met; absent for
     /// nothing.
     std::optional<TargetFindings::Demand> enforced{};
+    AnalysisRows::Columns columns{};
   };
 
-  AnalysisPrinter(Console& console, const Plan& plan) : console_(console), plan_(plan) {}
+  AnalysisPrinter(Console& console, const Plan& plan)
+      : console_(console), plan_(plan), rows_(console, plan.columns) {}
 
   /// May be called from any thread. `report` is what takes standard output in the layout `report`.
   PrintedResult prepare(const MeasuredFile& file, std::string report) const;
 
   void print(const PrintedResult& file);
 
-  /// Prints what stands below all results.
-  void finish();
+  /// Prints what stands below all results: the summary, the album if there is one, and the closing
+  /// lines.
+  void finish(const AlbumMeasurement* album, const BatchClosing& closing);
 
   /// Whether a target was missed.
   ExitCode code() const noexcept { return code_; }
 
  private:
+  void printAlbum(const AlbumMeasurement& album);
+
   Console& console_;
   Plan plan_;
+  AnalysisRows rows_;
   std::string summary_{};
   std::size_t files_ = 0;
   ExitCode code_ = ExitCode::done;

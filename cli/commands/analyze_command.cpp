@@ -4,7 +4,9 @@
 #include <memory>
 #include <optional>
 
+#include "cli/commands/analysis_batch.h"
 #include "cli/commands/analysis_printer.h"
+#include "cli/commands/analysis_streams.h"
 #include "cli/commands/analyze_options.h"
 #include "cli/commands/dialogue_sidecars.h"
 #include "cli/commands/file_work.h"
@@ -14,7 +16,6 @@
 #include "cli/output/source_date.h"
 #include "cli/terminal/progress_bar.h"
 #include "cli/usage_error.h"
-#include "orvane/audio/audio_source.h"
 
 namespace orvane::cli {
 namespace {
@@ -22,9 +23,7 @@ namespace {
 MeasuredFile measure(const InputName& file, const AnalyzeOptions& options, const ReportParts& parts,
                      std::size_t threads, ProgressObserver& observer) {
   const Execution execution{.threadCount = threads, .observer = &observer};
-  const auto source =
-      AudioSource::open(file.path, options.source.rawFormat,
-                        {.streamIndex = options.source.streamIndex, .execution = execution});
+  const auto source = AnalysisStreams::open(file, options, execution);
   MeasuredFile measured{
       .name = file, .identity = source->identity(), .sourceBitDepth = source->sourceBitDepth()};
   const OfflineAnalysisPipeline::Options what{.enableSileroVAD = options.speech,
@@ -45,6 +44,7 @@ MeasuredFile measure(const InputName& file, const AnalyzeOptions& options, const
                                             measured.result.sampleRate));
   if (options.json && options.speech && !measured.detail.isSpeechDetectionMissing)
     measured.speechModel = nameOfSpeechModel();
+  AnalysisStreams::describe(measured, options, observer);
   if (options.parts.chaptersAreInFile) measured.chapterMarks = source->chapters();
   measured.isJudged = options.targets.areRequested();
   if (options.needsReport()) makeReport(measured, options.parts, parts, execution);
@@ -57,18 +57,36 @@ ResultLayout layoutOf(const AnalyzeOptions& options, const ReportOutputs& output
   return options.quiet ? ResultLayout::rows : ResultLayout::blocks;
 }
 
+std::vector<InputName> filesOf(const AnalyzeOptions& options, StandardInput& standardInput) {
+  // No sidecar lies beside standard input.
+  auto files = options.dialogue ? filesWithSidecars(options.files)
+                                : FileList::resolve(options.files, standardInput);
+  return options.allStreams ? AnalysisStreams::eachByItself(files) : files;
+}
+
+std::vector<std::string> targetIDsOf(const AnalyzeOptions& options) {
+  std::vector<std::string> ids;
+  if (options.targets.areRequested())
+    for (const auto& target : options.targets.selection().activeTargets()) ids.push_back(target.id);
+  return ids;
+}
+
+AnalysisBatch::Plan batchPlanOf(const AnalyzeOptions& options) {
+  using Existing = SummaryFile::Existing;
+  return {.summaryFile = options.summaryFile,
+          .existing = options.resume          ? Existing::resume
+                      : options.outputs.force ? Existing::replace
+                                              : Existing::refuse,
+          .targetIDs = targetIDsOf(options),
+          .album = options.album};
+}
+
 ExitCode runAnalyze(AnalyzeOptions options, Console& console) {
   options.settle();
-  if (!options.speech && !options.tuning.given.empty())
-    throw UsageError(options.tuning.given +
-                     " tunes the detection of speech, which --speech asks for");
-  if (!options.dialogue && options.sidecars.areApart())
-    throw UsageError("--sidecars is for --dialogue");
   StandardInput standardInput;
-  // No sidecar lies beside standard input.
-  const auto files = options.dialogue ? filesWithSidecars(options.files)
-                                      : FileList::resolve(options.files, standardInput);
+  auto files = filesOf(options, standardInput);
   options.parts.requireSense(files, options.source.rawFormat.has_value());
+  AnalysisBatch batch(batchPlanOf(options), files);
   ReportOutputs outputs(options.outputs, files, options.otherFilesRead(files));
   if (outputs.takeStandardOutput() && options.json)
     throw UsageError("--json and a report cannot both go to standard output");
@@ -81,24 +99,40 @@ ExitCode runAnalyze(AnalyzeOptions options, Console& console) {
   ProgressBar progress(console, files.size(), !options.quiet);
   AnalysisPrinter printer(console, {.layout = layoutOf(options, outputs),
                                     .curves = options.curves,
-                                    .enforced = options.targets.enforced()});
-  const auto code = FileWork::run(
-      files, {.jobs = jobs, .json = options.json}, console,
-      [&](const InputName& file) -> FileWork::Report {
+                                    .enforced = options.targets.enforced(),
+                                    .columns = {.speech = options.speech || options.dialogue,
+                                                .targetIDs = targetIDsOf(options)}});
+  const FileWork::Plan plan{
+      .jobs = jobs,
+      .json = options.json,
+      .takesRawAndFolders = true,
+      .onFailure = [&](const InputName& file,
+                       const std::string& text) { batch.addFailure(file, text); },
+      .onNoAudio = [&] { batch.addNoAudio(); }};
+  batch.begin();
+  const auto code =
+      FileWork::run(files, plan, console, [&](const InputName& file) -> FileWork::Report {
         const auto observer = progress.forFile(file.shown());
         struct Done {
           ProgressBar& bar;
           ~Done() { bar.fileDone(); }
         } done{progress};
-        auto measured = measure(file, options, parts, threads, *observer);
+        const auto version = batch.versionOf(file);
+        const auto measured =
+            std::make_shared<MeasuredFile>(measure(file, options, parts, threads, *observer));
         std::string report;
-        if (measured.report && date) measured.report->generatedAt = *date;
+        if (measured->report && date) measured->report->generatedAt = *date;
         if (outputs.isAny())
-          report = outputs.write(static_cast<std::size_t>(&file - files.data()), *measured.report,
-                                 measured.notes);
-        return [&, text = printer.prepare(measured, std::move(report))] { printer.print(text); };
+          report = outputs.write(static_cast<std::size_t>(&file - files.data()), *measured->report,
+                                 measured->notes);
+        return [&, text = printer.prepare(*measured, std::move(report)),
+                entry = batch.entry(version, measured)] {
+          batch.add(entry);
+          printer.print(text);
+        };
       });
-  printer.finish();
+  batch.finish();
+  printer.finish(batch.album(), batch.closing());
   return worse(code, printer.code());
 }
 

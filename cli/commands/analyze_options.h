@@ -2,6 +2,7 @@
 
 #include <CLI/CLI.hpp>
 #include <filesystem>
+#include <string>
 #include <vector>
 
 #include "cli/commands/dialogue_sidecars.h"
@@ -18,6 +19,8 @@ namespace orvane::cli {
 struct AnalyzeOptions {
   FileList::Request files{};
   SourceOptions source{};
+  std::vector<int> joinedStreams{};  ///< of `--streams`; empty for one stream
+  bool allStreams = false;           ///< each is measured by itself
   bool json = false;
   bool curves = false;
   bool speech = false;
@@ -29,12 +32,15 @@ struct AnalyzeOptions {
   ReportOutputOptions outputs{};
   bool noStereo = false;
   bool dualMono = false;
+  bool album = false;
+  std::string summaryFile{};  ///< empty for none
+  bool resume = false;
   bool quiet = false;
   int jobs = 1;
 
   /// Reads the house's targets and has measured what the targets are about, for they are judged on
   /// that alone. To be called before the options are used. Throws what `TargetOptions::settle`
-  /// does.
+  /// does, and `UsageError` for options that do not go together.
   void settle();
 
   /// More is asked for than the file's own figures.

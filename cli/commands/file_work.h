@@ -22,6 +22,12 @@ struct Plan {
   std::size_t jobs = 1;
   /// Failures appear as JSON lines on standard output too.
   bool json = false;
+  /// Headerless PCM and folders can be asked for, which is told where that seems to be meant.
+  bool takesRawAndFolders = false;
+  /// Told of each file that failed, in the files' order, and of each that was found in a folder and
+  /// is no audio, which is no failure.
+  std::function<void(const InputName&, const std::string& message)> onFailure{};
+  std::function<void()> onNoAudio{};
 };
 
 /// Calls `work` for each file. What it throws is reported in the file's place and makes the result

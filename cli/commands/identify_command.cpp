@@ -13,6 +13,7 @@
 #include "orvane/audio/audio_file_identity.h"
 #include "orvane/container/audio_container.h"
 #include "orvane/container/audio_file.h"
+#include "orvane/container/audio_streams.h"
 
 namespace orvane::json {
 ORVANE_JSON_FIELDS(PCMEncoding, bitDepth, isFloat);
@@ -31,20 +32,44 @@ struct Identified {
   AudioFileIdentity identity{};
 };
 
-Identified identify(const InputName& file, ProgressObserver& observer) {
-  auto description = AudioFile::describe(file.path, &observer);
-  auto identity = AudioFileIdentity::fromDescription(description, file.path);
-  return {std::move(description), std::move(identity)};
+/// All audio streams of a file, the default one among them.
+struct IdentifiedStreams {
+  std::vector<Identified> all{};
+  std::size_t defaultIndex = 0;
+
+  const Identified& standard() const { return all[defaultIndex]; }
+};
+
+IdentifiedStreams identify(const InputName& file, ProgressObserver& observer) {
+  const auto count = countAudioStreams(file.path, &observer);
+  IdentifiedStreams streams{.defaultIndex = static_cast<std::size_t>(count.defaultIndex)};
+  for (auto& description : describeAudioStreams(file.path, &observer)) {
+    auto identity = AudioFileIdentity::fromDescription(description, file.path);
+    streams.all.push_back({std::move(description), std::move(identity)});
+  }
+  return streams;
 }
 
 std::vector<std::string> channelNames(const AudioFileDescription& description) {
   return shownChannelNames(description.layout, description.dataFormat.channelsPerFrame);
 }
 
-std::string identityJson(const InputName& file, const Identified& found) {
+void addStreams(JsonOutput::Document& document, const IdentifiedStreams& streams) {
+  document.add("streamIndex", streams.defaultIndex);
+  document.addObjects("streams", streams.all, [&document](const Identified& stream) {
+    document.add("formatID", fourCC(stream.identity.formatID));
+    document.add("encodingName", stream.identity.encodingName());
+    document.add("sampleRate", stream.description.dataFormat.sampleRate);
+    document.add("channelCount", stream.description.dataFormat.channelsPerFrame);
+    document.add("channelLabels", channelNames(stream.description));
+  });
+}
+
+std::string identityJson(const InputName& file, const IdentifiedStreams& streams) {
+  const Identified& found = streams.standard();
   const auto& identity = found.identity;
   JsonOutput::Document document;
-  document.add("url", file.display);
+  document.addName(file.display);
   document.add("containerTypeID", fourCC(identity.containerTypeID));
   document.add("containerName", identity.containerName);
   document.add("pathExtension", identity.pathExtension);
@@ -60,27 +85,42 @@ std::string identityJson(const InputName& file, const Identified& found) {
   document.add("channelLabels", channelNames(found.description));
   if (found.description.sourceBitDepth > 0)
     document.add("sourceBitDepth", found.description.sourceBitDepth);
+  addStreams(document, streams);
   std::vector<std::string> warnings;
   for (const auto& warning : found.description.warnings) warnings.push_back(warning.text);
   document.add("warnings", warnings);
   return document.takeLine();
 }
 
-void addRow(TextTable& table, const InputName& file, const Identified& found) {
-  const auto& format = found.description.dataFormat;
-  std::string channels = std::to_string(format.channelsPerFrame);
+std::string channelText(const AudioFileDescription& description) {
+  const auto count = description.dataFormat.channelsPerFrame;
   constexpr std::size_t kNamed = 8;
-  if (format.channelsPerFrame <= kNamed) {
-    std::string names;
-    for (const auto& name : channelNames(found.description)) names += " " + name;
-    channels += ":" + names;
-  }
-  const Style style = found.identity.isMisnamed() ? Style::yellow : Style::plain;
-  table.addRow({{TerminalText::escaped(file.shown())},
-                {TerminalText::escaped(found.identity.formatLabel()), style},
-                {encodingText(found.identity, found.description.sourceBitDepth)},
-                {NumberText::sampleRate(format.sampleRate)},
-                {TerminalText::escaped(channels)}});
+  std::string text = std::to_string(count);
+  if (count > kNamed) return text;
+  text += ":";
+  for (const auto& name : channelNames(description)) text += " " + name;
+  return TerminalText::escaped(text);
+}
+
+/// A row per file, and where there are several streams a row for each of them, the default one
+/// marked.
+void addRows(TextTable& table, const InputName& file, const IdentifiedStreams& streams) {
+  const auto& identity = streams.standard().identity;
+  const Style style = identity.isMisnamed() ? Style::yellow : Style::plain;
+  const auto row = [&table](TextTable::Cell name, TextTable::Cell format, const Identified& found) {
+    table.addRow({std::move(name),
+                  std::move(format),
+                  {encodingText(found.identity, found.description.sourceBitDepth)},
+                  {NumberText::sampleRate(found.description.dataFormat.sampleRate)},
+                  {channelText(found.description)}});
+  };
+  const TextTable::Cell name{TerminalText::escaped(file.shown())};
+  const TextTable::Cell format{TerminalText::escaped(identity.formatLabel()), style};
+  if (streams.all.size() == 1) return row(name, format, streams.standard());
+  table.addRow({name, format});
+  for (std::size_t i = 0; i < streams.all.size(); ++i)
+    row({"  stream " + std::to_string(i) + (i == streams.defaultIndex ? " (default)" : "")}, {},
+        streams.all[i]);
 }
 
 ExitCode runIdentify(const IdentifyOptions& options, Console& console) {
@@ -90,23 +130,23 @@ ExitCode runIdentify(const IdentifyOptions& options, Console& console) {
       {{"File"}, {"Format"}, {"Encoding"}, {"Rate", TextTable::Alignment::right}, {"Channels"}});
   bool hasRows = false;
   ProgressBar progress(console, files.size(), false);  // only passes interruptions on
-  const auto code = FileWork::run(files, {.json = options.json}, console,
-                                  [&](const InputName& file) -> FileWork::Report {
-                                    const auto observer = progress.forFile(file.shown());
-                                    auto found = identify(file, *observer);
-                                    std::string document;
-                                    if (options.json) document = identityJson(file, found);
-                                    return [&, found = std::move(found), document] {
-                                      for (const auto& warning : found.description.warnings)
-                                        console.warning(file.shown() + ": " + warning.text);
-                                      if (options.json) {
-                                        console.print(document);
-                                      } else {
-                                        addRow(table, file, found);
-                                        hasRows = true;
-                                      }
-                                    };
-                                  });
+  const auto code = FileWork::run(
+      files, {.json = options.json}, console, [&](const InputName& file) -> FileWork::Report {
+        const auto observer = progress.forFile(file.shown());
+        auto found = identify(file, *observer);
+        std::string document;
+        if (options.json) document = identityJson(file, found);
+        return [&, found = std::move(found), document] {
+          for (const auto& warning : found.standard().description.warnings)
+            console.warning(file.shown() + ": " + warning.text);
+          if (options.json) {
+            console.print(document);
+          } else {
+            addRows(table, file, found);
+            hasRows = true;
+          }
+        };
+      });
   if (hasRows) console.print(table.text(console));
   return code;
 }
@@ -118,6 +158,7 @@ void addIdentifyCommand(CLI::App& program, ChosenCommand& chosen) {
   CLI::App* command = program.add_subcommand(
       "identify", "Tell what files really hold: container, codec, rate and channels");
   addFileArguments(*command, options->files);
+  addFolderOption(*command, options->files);
   command->add_flag("--json", options->json, "Print one JSON document per file and line")
       ->group("Output");
   command->callback([options, &chosen] {

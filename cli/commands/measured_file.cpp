@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "cli/output/codec_text.h"
 #include "cli/output/number_text.h"
 #include "orvane/analysis/programme_summary.h"
 #include "orvane/core/loudness/loudness_grid.h"
@@ -9,7 +10,7 @@
 namespace orvane::cli {
 
 std::string encodingText(const AudioFileIdentity& identity, int sourceBitDepth) {
-  std::string text = identity.encodingName();
+  std::string text = codecText(identity);
   if (!identity.pcmEncoding && sourceBitDepth > 0)
     text += ", " + std::to_string(sourceBitDepth) + "-bit";
   return text;

@@ -20,7 +20,9 @@ struct MeasuredFile {
   OfflineAnalysisPipeline::Result result{};
   OfflineAnalysisPipeline::AnalysisDetail detail{};
   std::optional<AudioFileIdentity> identity{};  ///< absent for headerless PCM
-  int sourceBitDepth = 0;  ///< bits of the original audio in a lossless codec; 0 if unknown
+  int sourceBitDepth = 0;      ///< bits of the original audio in a lossless codec; 0 if unknown
+  std::vector<int> streams{};  ///< that were measured, of `streamCount`
+  int streamCount = 1;         ///< audio streams of the file
   std::vector<std::string> channelLabels{};  ///< the user's names for the channels; empty for none
   std::vector<ChapterMark> chapterMarks{};   ///< that the file itself holds, when asked for
   std::vector<std::string> notes{};          ///< findings of the program, one sentence each

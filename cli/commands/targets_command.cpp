@@ -38,9 +38,9 @@ std::string otherwise(const LoudnessTarget& target) {
 
 std::string table(const std::vector<LoudnessTarget>& targets, const Console& console) {
   TextTable table({{"ID"},
-                   {"Name", TextTable::Alignment::left, 3},
-                   {"Asks for", TextTable::Alignment::left, 3},
-                   {"Otherwise", TextTable::Alignment::left, 3}},
+                   {"Name", TextTable::Alignment::left, 3, true},
+                   {"Asks for", TextTable::Alignment::left, 3, true},
+                   {"Otherwise", TextTable::Alignment::left, 3, true}},
                   2);
   for (const LoudnessTarget& target : targets)
     table.addRow(

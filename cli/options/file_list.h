@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -10,39 +11,44 @@
 
 namespace orvane::cli {
 
-/// One file named by the user.
+/// One file named by the user, or found in a folder so named.
 struct InputName {
   std::filesystem::path path{};  ///< what is opened
   std::string display{};         ///< what the user calls it, raw bytes; "-" for standard input
+  bool isFound = false;          ///< in a folder: nobody has said that it is audio
+  std::optional<int> stream{};   ///< the one that is meant of several; absent for the default one
 
   bool operator==(const InputName&) const = default;
 
   bool isStandardInput() const { return display == "-"; }
 
-  /// For people: "standard input" or the name as it was given.
+  /// For people: "standard input" or the name as it was given, with the stream.
   std::string shown() const;
 
-  /// An engine's message about this file, with the name that the user knows in the place of the one
-  /// that was opened.
+  /// An engine's message about this file, with the name as the user gave it in the place of the
+  /// file's own.
   std::string message(std::string_view engineText) const;
 };
 
 /// Names from the command line and from a list.
 namespace FileList {
 
-/// The names of a list: separated by NUL bytes when it has any, else one per line. Empty ones are
-/// left out.
+/// The names of a list: separated by NUL bytes when it has any, else one per line with either line
+/// end, a byte-order mark before the first one passed over. Empty ones are left out.
 std::vector<std::string> namesIn(std::string_view list);
 
 /// Where names come from.
 struct Request {
   std::vector<std::string> names{};  ///< "-" stands for standard input
   std::string listFile{};            ///< of `--files-from`; empty for none, "-" for standard input
+  bool opensFolders = false;         ///< a folder stands for the files in it and below
 };
 
-/// The files asked for, those of the command line first. Throws `UsageError` when nothing was asked
-/// for or standard input was asked for twice, and `PlatformError` when the list cannot be read.
-/// What "-" stands for is held by `standardInput`.
+/// The files asked for, those of the command line first, those of a folder sorted by path. Links in
+/// folders are followed to files, not to folders; a folder that cannot be read stands for itself.
+/// Throws `UsageError` when nothing was asked for or standard input was asked for twice,
+/// `PlatformError` when the list cannot be read, and `Cancelled`. What "-" stands for is held by
+/// `standardInput`.
 std::vector<InputName> resolve(const Request& request, StandardInput& standardInput);
 
 }  // namespace FileList

@@ -5,7 +5,7 @@ namespace orvane::cli {
 void addJobsOption(CLI::App& command, int& jobs, const std::string& description,
                    const std::string& group) {
   constexpr int kMostJobs = 1024;
-  command.add_option("--jobs", jobs, description)
+  command.add_option("-j,--jobs", jobs, description)
       ->option_text("N")
       ->group(group)
       ->check(CLI::Range(1, kMostJobs));

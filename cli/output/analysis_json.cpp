@@ -1,9 +1,11 @@
 #include "cli/output/analysis_json.h"
 
+#include <limits>
 #include <string_view>
 
 #include "cli/output/json_output.h"
 #include "cli/output/target_findings.h"
+#include "orvane/analysis/programme_summary.h"
 #include "orvane/report/report_coding.h"
 
 namespace orvane::cli {
@@ -33,6 +35,8 @@ void addFormat(Document& document, const MeasuredFile& file) {
   document.add("channelCount", result.channelCount);
   document.add("channelLabels", file.channelNames());
   document.add("durationSeconds", result.durationSeconds);
+  if (!file.streams.empty()) document.add("streams", file.streams);
+  document.add("streamCount", file.streamCount);
   document.add("fileFormat", result.fileFormat);
   if (file.identity) document.add("encodingName", file.encodingText());
   document.add("fileSize", result.fileSize);
@@ -50,8 +54,14 @@ void addFigures(Document& document, const MeasuredFile& file) {
   document.add("maxMomentaryLUFS", result.maxMomentaryLUFS);
   document.add("maxShortTermLUFS", result.maxShortTermLUFS);
   document.add("dynamicRange", result.dynamicRange);
-  document.add("speechGatedLUFS", result.speechGatedLUFS);
-  document.add("speechPercentage", result.speechPercentage);
+  // What was not looked for is null, as every number that is none.
+  constexpr float kUnknown = std::numeric_limits<float>::quiet_NaN();
+  const bool isSpeechKnown = result.speechHistory.has_value();
+  document.add("speechGatedLUFS", isSpeechKnown ? result.speechGatedLUFS : kUnknown);
+  document.add("speechPercentage", isSpeechKnown ? result.speechPercentage : kUnknown);
+  const auto correlation = audibleCorrelation(result);
+  document.add("averageCorrelation", correlation ? correlation->mean : kUnknown);
+  document.add("lowestCorrelation", correlation ? correlation->lowest : kUnknown);
   if (file.speechModel) document.add("speechModel", *file.speechModel);
   document.add("channelPeakDB", result.channelPeakDB);
   document.add("channelRMSDB", result.channelRMSDB);
@@ -133,13 +143,24 @@ void addReportParts(Document& document, const MeasuredFile& file, bool withCurve
 
 std::string analysisJson(const MeasuredFile& file, bool withCurves) {
   Document document;
-  document.add("url", file.name.display);
+  document.addName(file.name.display);
+  document.add("appVersion", ORVANE_VERSION);
   addFormat(document, file);
   addFigures(document, file);
   if (file.report) addReportParts(document, file, withCurves);
   addFindings(document, file);
   if (withCurves) addCurves(document, file.result);
   return document.takeLine();
+}
+
+std::string albumJson(const MeasuredFile& album, std::size_t fileCount) {
+  Document document;
+  document.add("fileCount", fileCount);
+  document.add("durationSeconds", album.result.durationSeconds);
+  addFigures(document, album);
+  std::string line = document.takeLine();
+  line.pop_back();
+  return "{\"album\":" + line + "}\n";
 }
 
 }  // namespace orvane::cli

@@ -1,7 +1,6 @@
 #include "cli/output/analysis_table.h"
 
 #include <algorithm>
-#include <array>
 #include <cstdint>
 #include <optional>
 #include <string_view>
@@ -49,7 +48,7 @@ std::string channelText(const MeasuredFile& file) {
   return text;
 }
 
-std::string formatLine(const MeasuredFile& file) {
+std::string formatLine(const MeasuredFile& file, const Console& console) {
   const Result& result = file.result;
   std::vector<std::string> parts = {result.fileFormat};
   // "FLAC" says both what the container and what the codec is.
@@ -59,7 +58,14 @@ std::string formatLine(const MeasuredFile& file) {
   parts.push_back(channelText(file));
   parts.push_back(NumberText::duration(result.durationSeconds));
   parts.push_back(NumberText::byteCount(result.fileSize));
-  return "  " + TerminalText::escaped(joined(parts, " · ")) + "\n";
+  constexpr std::size_t kIndent = 2;
+  const std::string line = TerminalText::escaped(joined(parts, " · "));
+  std::string text(kIndent, ' ');
+  for (const char character : TerminalText::wrapped(line, console.tableColumns() - kIndent)) {
+    text += character;
+    if (character == '\n') text.append(kIndent, ' ');
+  }
+  return text + "\n";
 }
 
 // Above full scale the waveform clips in every converter.
@@ -102,6 +108,20 @@ std::string figures(const MeasuredFile& file, const Console& console) {
     addRow("Speech loudness", loudness(result.speechGatedLUFS), "LUFS", "Speech share",
            {NumberText::fixed(result.speechPercentage, kLoudnessDecimals)}, "%");
   return table.text(console);
+}
+
+/// Which streams were measured, where there are several.
+std::string streamNote(const MeasuredFile& file, const Console& console) {
+  if (file.streamCount < 2) return "";
+  std::string which;
+  for (const int stream : file.streams)
+    which += (which.empty() ? "" : ", ") + std::to_string(stream);
+  const std::string text =
+      file.streams.size() > 1
+          ? "Audio streams " + which + " of " + std::to_string(file.streamCount) + ", joined."
+          : "Audio stream " + which + " of " + std::to_string(file.streamCount) +
+                ", counted from 0; --streams 0,1 joins them, --streams all measures each.";
+  return "  " + console.styled(Style::dim, text) + "\n";
 }
 
 std::string monoNote(const MeasuredFile& file, const Console& console) {
@@ -195,53 +215,14 @@ std::string qualityNotes(const MeasuredFile& file, const Console& console) {
   return text;
 }
 
-constexpr std::array<std::pair<const char*, std::size_t>, 8> kRowColumns = {{{"I LUFS", 8},
-                                                                             {"LRA LU", 8},
-                                                                             {"M max", 7},
-                                                                             {"S max", 7},
-                                                                             {"dBTP", 8},
-                                                                             {"dBFS", 8},
-                                                                             {"DR", 4},
-                                                                             {"Duration", 13}}};
-
-std::string rightAligned(const std::string& text, std::size_t width) {
-  return text.size() < width ? std::string(width - text.size(), ' ') + text : text;
-}
-
 }  // namespace
 
 std::string block(const MeasuredFile& file, const Console& console) {
   const std::string name = TerminalText::escaped(file.name.shown());
-  return console.styled(Style::bold, name) + "\n" + formatLine(file) + "\n" +
-         figures(file, console) + monoNote(file, console) + "\n" + channels(file, console) +
-         clipping(file, console) + ReportTable::parts(file, console) + qualityNotes(file, console) +
-         warnings(file, console);
-}
-
-std::string rowTitles(const Console& console) {
-  std::string line;
-  for (const auto& [title, width] : kRowColumns) line += rightAligned(title, width);
-  return console.styled(Style::dim, line + "  File") + "\n";
-}
-
-std::string row(const MeasuredFile& file, const Console& console) {
-  const Result& result = file.result;
-  const std::array<std::string, kRowColumns.size()> cells = {
-      loudness(result.integratedLUFS),
-      loudness(result.loudnessRange),
-      loudness(result.maxMomentaryLUFS),
-      loudness(result.maxShortTermLUFS),
-      level(result.truePeakDB),
-      level(result.samplePeakDB),
-      std::to_string(result.dynamicRange),
-      NumberText::duration(result.durationSeconds)};
-  std::string line;
-  for (std::size_t i = 0; i < cells.size(); ++i) {
-    constexpr std::size_t kTruePeak = 4;
-    const std::string cell = rightAligned(cells[i], kRowColumns[i].second);
-    line += i == kTruePeak ? console.styled(peakStyle(result.truePeakDB), cell) : cell;
-  }
-  return line + "  " + TerminalText::escaped(file.name.shown()) + "\n";
+  return console.styled(Style::bold, name) + "\n" + formatLine(file, console) + "\n" +
+         figures(file, console) + streamNote(file, console) + monoNote(file, console) + "\n" +
+         channels(file, console) + clipping(file, console) + ReportTable::parts(file, console) +
+         qualityNotes(file, console) + warnings(file, console);
 }
 
 }  // namespace orvane::cli::AnalysisTable

@@ -11,10 +11,4 @@ namespace orvane::cli::AnalysisTable {
 /// Everything about one file: what it is, its figures, its channels, clipping and warnings.
 std::string block(const MeasuredFile& file, const Console& console);
 
-/// The heads of the columns of `row`.
-std::string rowTitles(const Console& console);
-
-/// The figures of one file in one line, its name at the end.
-std::string row(const MeasuredFile& file, const Console& console);
-
 }  // namespace orvane::cli::AnalysisTable

@@ -153,7 +153,7 @@ std::string block(const InputName& file, const DialogueSidecar& sidecar, const C
 std::string json(const InputName& file, const DialogueSidecar& sidecar,
                  const std::optional<SpeechModelName>& model) {
   JsonOutput::Document document;
-  document.add("url", file.display);
+  document.addName(file.display);
   document.add("dialogueSeconds", totalSeconds(sidecar));
   document.add("dialoguePercentage", percentage(sidecar));
   if (model) document.add("speechModel", *model);

@@ -14,8 +14,8 @@
 namespace orvane::cli {
 namespace {
 
-/// Depths below A, in dB, that earn a null its name: a coder's residual lies 30 to 60 dB down, that of
-/// dither and rounding deeper, and at 6 dB A itself is heard.
+/// Depths below A, in dB, that earn a null its name: a coder's residual lies 30 to 60 dB down, that
+/// of dither and rounding deeper, and at 6 dB A itself is heard.
 constexpr double kDeep = 60;
 constexpr double kFair = 30;
 constexpr double kShallow = 6;

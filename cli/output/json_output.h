@@ -28,6 +28,10 @@ class Document {
     json::writeValue(writer_, value);
   }
 
+  /// "url": the name of a file as the user gave it; and where that is no UTF-8, which JSON must be,
+  /// "urlPercentEncoded" with every byte of it (RFC 3986, 2.1).
+  void addName(std::string_view name);
+
   /// A value that is JSON already.
   void addJSON(std::string_view key, std::string_view json);
 

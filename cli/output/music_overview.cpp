@@ -95,7 +95,7 @@ std::string block(const std::string& name, const MusicAnalysisResult& analysis,
 
 std::string json(const std::string& name, const MusicAnalysisResult& analysis) {
   JsonOutput::Document document;
-  document.add("url", name);
+  document.addName(name);
   document.add("looksLikeMusic", analysis.looksLikeMusic());
   if (const auto key = analysis.dominantKey()) document.add("dominantKey", key->label());
   document.addObjects("stemCoverage", analysis.stems, [&](const auto& stem) {

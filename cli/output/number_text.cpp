@@ -31,7 +31,11 @@ std::string duration(double seconds) {
 }
 
 std::string sampleRate(double hertz) {
-  return hertz < 1000 ? shortest(hertz) + " Hz" : shortest(hertz / 1000) + " kHz";
+  const bool isInKilohertz = hertz >= 1000;
+  std::string text = fixed(isInKilohertz ? hertz / 1000 : hertz, 3);
+  text.erase(text.find_last_not_of('0') + 1);
+  if (text.ends_with('.')) text.pop_back();
+  return text + (isInKilohertz ? " kHz" : " Hz");
 }
 
 std::string byteCount(std::int64_t bytes) {

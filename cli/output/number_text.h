@@ -20,7 +20,7 @@ std::string signedFixed(double value, int decimals);
 /// "0:03.500", "1:02:03.004"; rounded down to milliseconds.
 std::string duration(double seconds);
 
-/// "48 kHz", "44.1 kHz", "100 Hz".
+/// "48 kHz", "44.1 kHz", "100 Hz"; with three decimals at most.
 std::string sampleRate(double hertz);
 
 /// "812 B", "3.4 KiB", "1.2 GiB".

@@ -95,7 +95,7 @@ std::string rawGuessTable(const RawGuess& guess, const Console& console) {
 
 std::string rawGuessJson(const RawGuess& guess) {
   JsonOutput::Document document;
-  document.add("url", guess.file);
+  document.addName(guess.file);
   document.add("isRateKnown", guess.isRateKnown);
   document.add("isSilent", guess.proposals.isSilent);
   document.addObjects("candidates", guess.proposals.candidates, [&](const Candidate& candidate) {

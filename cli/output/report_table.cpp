@@ -104,11 +104,10 @@ std::string violations(const ReportViolations& part, const Console& console) {
 }
 
 std::string chapters(const ReportChapterTable& part, const Console& console) {
-  constexpr std::size_t kNameColumns = 32;
   TextTable table({{"#", Alignment::right},
                    {"Chapter"},
-                   {"Time", Alignment::left, 3},
-                   {"I LUFS", Alignment::right, 3},
+                   {"Time", Alignment::right},
+                   {"I LUFS", Alignment::right},
                    {"vs median", Alignment::right},
                    {"LRA LU", Alignment::right},
                    {"dBTP", Alignment::right},
@@ -119,7 +118,7 @@ std::string chapters(const ReportChapterTable& part, const Console& console) {
     const bool isFlagged = difference && std::abs(*difference) > part.deviationThresholdLU;
     const Style style = isFlagged ? Style::red : Style::plain;
     table.addRow({{std::to_string(entry.index)},
-                  {TerminalText::shortened(TerminalText::escaped(entry.name), kNameColumns)},
+                  {TerminalText::escaped(entry.name)},
                   {span(entry.startSec, entry.endSec)},
                   {chapterLoudness(entry.integratedLUFS), style},
                   {deviation(difference) + (isFlagged ? "!" : " "), style},
@@ -151,7 +150,7 @@ std::string stems(const StemGatedLoudness& part, const Console& console) {
 
 std::string sections(const MusicSectionLoudness& part, const Console& console) {
   TextTable table({{"Section", Alignment::right},
-                   {"Time", Alignment::left, 3},
+                   {"Time", Alignment::right, 3},
                    {"I LUFS", Alignment::right, 3},
                    {"vs median", Alignment::right}},
                   kIndent);

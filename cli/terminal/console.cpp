@@ -9,6 +9,7 @@
 #include <system_error>
 
 #include "cli/terminal/terminal_text.h"
+#include "orvane/text/number_text.h"
 
 namespace orvane::cli {
 namespace {
@@ -54,6 +55,15 @@ std::string_view environment(const char* name) {
   return value ? value : "";
 }
 
+/// What the user has set (POSIX, environment variables), else what the terminal says.
+std::size_t columnsOf(int terminal) {
+  constexpr std::size_t kCustomary = 80;
+  const auto stated = NumberText::parsed<std::size_t>(environment("COLUMNS"));
+  if (stated && *stated > 0) return *stated;
+  winsize size{};
+  return ::ioctl(terminal, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : kCustomary;
+}
+
 }  // namespace
 
 OutputFailure::OutputFailure(int error)
@@ -66,9 +76,8 @@ ConsoleTraits ConsoleTraits::ofProcess() {
   traits.isErrorTerminal = ::isatty(STDERR_FILENO) == 1;
   traits.canRewriteLines = !environment("TERM").empty() && environment("TERM") != "dumb";
   traits.allowsColour = traits.canRewriteLines && environment("NO_COLOR").empty();
-  winsize size{};
-  const int terminal = traits.isErrorTerminal ? STDERR_FILENO : STDOUT_FILENO;
-  if (::ioctl(terminal, TIOCGWINSZ, &size) == 0 && size.ws_col > 0) traits.columns = size.ws_col;
+  traits.columns = columnsOf(STDERR_FILENO);
+  traits.outputColumns = columnsOf(STDOUT_FILENO);
   return traits;
 }
 
@@ -91,10 +100,10 @@ void Console::warning(std::string_view text) {
 }
 
 void Console::printDiagnostic(Style style, std::string_view kind, std::string_view text) {
-  const bool isColoured = traits_.isErrorTerminal && traits_.allowsColour;
   const std::string head = "orvane: " + std::string(kind);
   const std::string line =
-      inStyle(isColoured ? style : Style::plain, head) + TerminalText::escaped(text) + "\n";
+      inStyle(isColoured(traits_.isErrorTerminal) ? style : Style::plain, head) +
+      TerminalText::escaped(text) + "\n";
   const std::lock_guard lock(mutex_);
   removeStatus();
   writeAll(STDERR_FILENO, line);  // there is nowhere left to report a failure of this
@@ -118,8 +127,7 @@ void Console::removeStatus() {
 }
 
 std::string Console::styled(Style style, std::string_view text) const {
-  const bool isColoured = traits_.isOutputTerminal && traits_.allowsColour;
-  return inStyle(isColoured ? style : Style::plain, text);
+  return inStyle(isColoured(traits_.isOutputTerminal) ? style : Style::plain, text);
 }
 
 void openMissingStandardStreams() {

@@ -26,13 +26,16 @@ enum class Style { plain, bold, dim, red, green, yellow };
 
 /// What is known about the streams that the program writes to.
 struct ConsoleTraits {
-  bool isOutputTerminal = false;  ///< standard output
-  bool isErrorTerminal = false;   ///< standard error
-  bool allowsColour = false;      ///< NO_COLOR is not set and TERM is not "dumb"
-  bool canRewriteLines = false;   ///< TERM is set and not "dumb"
-  std::size_t columns = 80;       ///< of the terminal
+  bool isOutputTerminal = false;   ///< standard output
+  bool isErrorTerminal = false;    ///< standard error
+  bool allowsColour = false;       ///< NO_COLOR is not set and TERM is not "dumb"
+  bool isColourForced = false;     ///< whatever the streams are
+  bool canRewriteLines = false;    ///< TERM is set and not "dumb"
+  std::size_t columns = 80;        ///< of the terminal that shows the status
+  std::size_t outputColumns = 80;  ///< of standard output, where it is a terminal
 
-  /// Of this process: its streams, NO_COLOR (https://no-color.org), TERM and the terminal's size.
+  /// Of this process: its streams, NO_COLOR (https://no-color.org), TERM, COLUMNS and the
+  /// terminal's size.
   static ConsoleTraits ofProcess();
 };
 
@@ -64,7 +67,16 @@ class Console {
   /// The text in a style, for standard output; unchanged where colours are not wanted.
   std::string styled(Style style, std::string_view text) const;
 
+  /// Columns that a table may take: those of the terminal; elsewhere there is no limit.
+  std::size_t tableColumns() const noexcept {
+    constexpr std::size_t kNoLimit = 1 << 20;
+    return traits_.isOutputTerminal ? traits_.outputColumns : kNoLimit;
+  }
+
  private:
+  bool isColoured(bool isTerminal) const noexcept {
+    return traits_.isColourForced || (isTerminal && traits_.allowsColour);
+  }
   void printDiagnostic(Style style, std::string_view kind, std::string_view text);
   void removeStatus();
 

@@ -1,7 +1,5 @@
 #include "cli/terminal/help_formatter.h"
 
-#include <sstream>
-
 #include "cli/terminal/terminal_text.h"
 
 namespace orvane::cli {
@@ -30,7 +28,7 @@ std::string entry(const std::string& name, const std::string& explanation) {
   const std::size_t width = TerminalText::width(text);
   text += width + 2 > kTextColumn ? "\n" + std::string(kTextColumn, ' ')
                                   : std::string(kTextColumn - width, ' ');
-  for (const char character : wrapped(explanation, kColumns - kTextColumn)) {
+  for (const char character : TerminalText::wrapped(explanation, kColumns - kTextColumn)) {
     text += character;
     if (character == '\n') text.append(kTextColumn, ' ');
   }
@@ -57,27 +55,10 @@ std::string commands(const CLI::App& app) {
 
 }  // namespace
 
-std::string wrapped(const std::string& text, std::size_t columns) {
-  std::istringstream lines(text);
-  std::string result;
-  for (std::string line; std::getline(lines, line);) {
-    if (!result.empty()) result += '\n';
-    std::istringstream words(line);
-    std::size_t used = 0;
-    for (std::string word; words >> word;) {
-      const std::size_t width = TerminalText::width(word);
-      const bool isFull = used > 0 && used + 1 + width > columns;
-      if (used > 0) result += isFull ? '\n' : ' ';
-      used = (used == 0 || isFull ? 0 : used + 1) + width;
-      result += word;
-    }
-  }
-  return result;
-}
-
 std::string HelpFormatter::make_help(const CLI::App* app, std::string name,
                                      CLI::AppFormatMode) const {
-  std::string text = usage(*app, name) + "\n" + wrapped(app->get_description(), kColumns) + "\n";
+  std::string text =
+      usage(*app, name) + "\n" + TerminalText::wrapped(app->get_description(), kColumns) + "\n";
   text += commands(*app);
   // "Options", with `--help`, is the first group of every command and reads best as the last one.
   for (const auto& group : app->get_groups()) {

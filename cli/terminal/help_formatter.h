@@ -13,7 +13,4 @@ class HelpFormatter : public CLI::Formatter {
                         CLI::AppFormatMode mode) const override;
 };
 
-/// The text broken at spaces into lines of at most `columns`; line ends in it are kept.
-std::string wrapped(const std::string& text, std::size_t columns);
-
 }  // namespace orvane::cli

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <sstream>
 
 #include "orvane/text/utf8.h"
 
@@ -123,6 +124,24 @@ std::string shortened(std::string_view text, std::size_t columns) {
   while (width(text.substr(tail)) > tailColumns)
     tail += firstUTF8Character(text.substr(tail)).length;
   return std::string(text.substr(0, head)) + "…" + std::string(text.substr(tail));
+}
+
+std::string wrapped(const std::string& text, std::size_t columns) {
+  std::istringstream lines(text);
+  std::string result;
+  for (std::string line; std::getline(lines, line);) {
+    if (!result.empty()) result += '\n';
+    std::istringstream words(line);
+    std::size_t used = 0;
+    for (std::string word; words >> word;) {
+      const std::size_t columnsOfWord = width(word);
+      const bool isFull = used > 0 && used + 1 + columnsOfWord > columns;
+      if (used > 0) result += isFull ? '\n' : ' ';
+      used = (used == 0 || isFull ? 0 : used + 1) + columnsOfWord;
+      result += word;
+    }
+  }
+  return result;
 }
 
 }  // namespace orvane::cli::TerminalText

@@ -20,4 +20,7 @@ std::size_t width(std::string_view text);
 /// The text if it fits into `columns`, else its two ends with "…" between them.
 std::string shortened(std::string_view text, std::size_t columns);
 
+/// The text broken at spaces into lines of at most `columns`; line ends in it are kept.
+std::string wrapped(const std::string& text, std::size_t columns);
+
 }  // namespace orvane::cli::TerminalText

@@ -8,7 +8,9 @@
 
 namespace orvane::cli {
 
-/// A table of aligned columns for people. Cells are valid UTF-8 without control characters.
+/// A table of aligned columns for people. Cells are valid UTF-8 without control characters. On a
+/// terminal that is too narrow the widest left-aligned columns give way: their cells are broken
+/// into lines where the column says so, else shortened.
 class TextTable {
  public:
   enum class Alignment { left, right };
@@ -17,6 +19,7 @@ class TextTable {
     std::string title{};
     Alignment alignment = Alignment::left;
     std::size_t gapBefore = 2;  ///< spaces between this column and the one before
+    bool wraps = false;         ///< its words matter, all of them
   };
 
   struct Cell {
@@ -34,6 +37,9 @@ class TextTable {
   std::string text(const Console& console) const;
 
  private:
+  std::vector<std::size_t> widths(std::size_t limit) const;
+  std::string lines(const std::vector<Cell>& cells, const std::vector<std::size_t>& widths,
+                    const Console& console) const;
   std::string line(const std::vector<Cell>& cells, const std::vector<std::size_t>& widths,
                    const Console& console) const;
 

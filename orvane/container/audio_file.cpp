@@ -1,11 +1,13 @@
 #include "orvane/container/audio_file.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <exception>
 #include <string>
 #include <utility>
 
+#include "orvane/container/audio_streams.h"
 #include "orvane/container/compressed_audio_file.h"
 #include "orvane/container/container_table.h"
 #include "orvane/container/pcm_audio_file.h"
@@ -34,6 +36,17 @@ SniffedContainer identify(const InputFile& file) {
   if (container.kind == SniffedContainer::Kind::text)
     throw PlatformError(file.path(), "The file holds text, not audio");
   return container;
+}
+
+/// Containers that hold one stream by their nature, the common ones; others are asked.
+bool holdsOneStream(FourCC container) {
+  constexpr std::array kOfOneStream = {fourCCFrom("MPG1"), fourCCFrom("MPG2"), fourCCFrom("MPG3"),
+                                       fourCCFrom("adts"), fourCCFrom("loas"), fourCCFrom("flac"),
+                                       fourCCFrom("ac-3"), fourCCFrom("ec-3"), fourCCFrom("amrf"),
+                                       fourCCFrom("WV  "), fourCCFrom("TTA "), fourCCFrom("APE ")};
+  // So do those that our own parsers read.
+  return parserOf(container) != nullptr ||
+         std::ranges::find(kOfOneStream, container) != kOfOneStream.end();
 }
 
 /// "48000", "0.5", "not a number".
@@ -145,6 +158,28 @@ AudioFileDescription AudioFile::describe(const std::filesystem::path& path,
       describeContainer(file, {.execution = {.observer = observer}}, identify(*file));
   refuseTooManyChannels(path, description.dataFormat);
   return description;
+}
+
+AudioStreamCount countAudioStreams(const std::filesystem::path& path, ProgressObserver* observer) {
+  const auto file = std::make_shared<const InputFile>(path);
+  const SniffedContainer container = identify(*file);
+  if (holdsOneStream(container.fileTypeID)) return {};
+  return countCompressedStreams(file, {.execution = {.observer = observer}}, container.fileTypeID);
+}
+
+std::vector<AudioFileDescription> describeAudioStreams(const std::filesystem::path& path,
+                                                       ProgressObserver* observer) {
+  const AudioStreamCount streams = countAudioStreams(path, observer);
+  if (streams.count == 1) return {AudioFile::describe(path, observer)};
+  const auto file = std::make_shared<const InputFile>(path);
+  const SniffedContainer container = identify(*file);
+  std::vector<AudioFileDescription> descriptions;
+  for (int i = 0; i < streams.count; ++i) {
+    descriptions.push_back(describeContainer(
+        file, {.streamIndex = i, .execution = {.observer = observer}}, container));
+    refuseTooManyChannels(path, descriptions.back().dataFormat);
+  }
+  return descriptions;
 }
 
 std::optional<AudioFileDescription> describeAudioFile(const std::filesystem::path& path) {

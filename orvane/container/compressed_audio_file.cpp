@@ -68,6 +68,12 @@ AudioFileDescription describeCompressedAudioFile(std::shared_ptr<const InputFile
   return module.describe(std::move(file), options, containerHint);
 }
 
+AudioStreamCount countCompressedStreams(std::shared_ptr<const InputFile> file,
+                                        const AudioFileOpenOptions& options, FourCC containerHint) {
+  const FFmpegModule& module = ffmpegModule(file->path());
+  return module.countStreams(std::move(file), options, containerHint);
+}
+
 std::optional<std::string> ffmpegVersion() {
   const FFmpegModule* const module = loadedModule().module;
   return module != nullptr ? std::optional<std::string>(module->version()) : std::nullopt;

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "orvane/container/audio_file.h"
+#include "orvane/container/audio_streams.h"
 
 namespace orvane {
 
@@ -19,5 +20,9 @@ std::unique_ptr<AudioFile> openCompressedAudioFile(std::shared_ptr<const InputFi
 AudioFileDescription describeCompressedAudioFile(std::shared_ptr<const InputFile> file,
                                                  const AudioFileOpenOptions& options,
                                                  FourCC containerHint);
+
+/// The streams of such a file. Throws likewise.
+AudioStreamCount countCompressedStreams(std::shared_ptr<const InputFile> file,
+                                        const AudioFileOpenOptions& options, FourCC containerHint);
 
 }  // namespace orvane

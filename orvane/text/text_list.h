@@ -31,7 +31,7 @@ ORVANE_TESTING_API std::string quoted(std::string_view text);
 ORVANE_TESTING_API std::string_view takeLine(std::string_view& text) noexcept;
 
 /// Whether a spreadsheet takes a cell for a formula.
-ORVANE_TESTING_API bool startsLikeFormula(std::string_view cell) noexcept;
+ORVANE_API bool startsLikeFormula(std::string_view cell) noexcept;
 
 /// The same, were it not for the apostrophes before it.
 ORVANE_TESTING_API bool looksLikeFormula(std::string_view cell) noexcept;
@@ -40,7 +40,7 @@ ORVANE_TESTING_API bool looksLikeFormula(std::string_view cell) noexcept;
 ORVANE_TESTING_API std::string unguarded(std::string cell);
 
 /// A cell as comma-separated values hold it (RFC 4180): in quotes where it needs them, or always.
-ORVANE_TESTING_API std::string csvCell(std::string_view cell);
+ORVANE_API std::string csvCell(std::string_view cell);
 ORVANE_TESTING_API std::string csvQuoted(std::string_view cell);
 
 struct Cell {
@@ -57,7 +57,7 @@ struct Record {
 
 /// Takes comma-separated values apart as RFC 4180 says, with either line end. Throws
 /// `TextListError`.
-class ORVANE_TESTING_API CSVReader {
+class ORVANE_API CSVReader {
  public:
   explicit CSVReader(std::string_view text) : text_(text) {}
 

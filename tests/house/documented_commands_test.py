@@ -37,7 +37,10 @@ def make_sounds(folder, source):
     for name in ("mix.wav", "spot.wav", "stems.wav", "album.wav", "good.wav", "song2.wav"):
         make(folder, f"cp song.wav {name}")
     make(folder, "sox -n -r 48000 -b 16 film.wav synth 130 sine 440 vol 0.1")
+    make(folder, "ffmpeg -v error -i song.wav -filter_complex channelsplit[l][r] -map [l] -map [r]"
+                 " -c:a pcm_s16le film.mov")
     make(folder, "ffmpeg -v error -i song.wav song.flac")
+    make(folder, "mkdir archive && cp song.flac archive && cp song.flac 01.flac && cp song.flac 02.flac")
     make(folder, "ffmpeg -v error -i song.wav -f ffmetadata -i <(printf "
                  "';FFMETADATA1\\n[CHAPTER]\\nTIMEBASE=1/1000\\nSTART=0\\nEND=4000\\ntitle=One\\n')"
                  " -map 0:a -map_chapters 1 -c:a aac -f mp4 book.m4b")

@@ -157,4 +157,16 @@ AudioFileDescription describeFFmpegAudioFile(std::shared_ptr<const InputFile> fi
   }
 }
 
+AudioStreamCount countFFmpegStreams(std::shared_ptr<const InputFile> file,
+                                    const AudioFileOpenOptions& options, FourCC containerHint) {
+  const Demuxer demuxer(std::move(file), options, containerHint);
+  AudioStreamCount streams{.count = 0};
+  for (unsigned i = 0; i < demuxer.format().nb_streams; ++i) {
+    const AVStream* stream = demuxer.format().streams[i];
+    if (stream == &demuxer.stream()) streams.defaultIndex = streams.count;
+    if (stream->codecpar->codec_type == AVMEDIA_TYPE_AUDIO) ++streams.count;
+  }
+  return streams;
+}
+
 }  // namespace orvane

@@ -13,8 +13,10 @@ extern "C" {
 namespace orvane {
 namespace {
 
-constexpr FFmpegModule kModule{
-    .open = openFFmpegAudioFile, .describe = describeFFmpegAudioFile, .version = av_version_info};
+constexpr FFmpegModule kModule{.open = openFFmpegAudioFile,
+                               .describe = describeFFmpegAudioFile,
+                               .countStreams = countFFmpegStreams,
+                               .version = av_version_info};
 
 void discardLog(void* /*context*/, int /*level*/, const char* /*format*/, va_list /*arguments*/) {}
 

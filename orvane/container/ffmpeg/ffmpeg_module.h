@@ -4,6 +4,7 @@
 #include <optional>
 
 #include "orvane/container/audio_file.h"
+#include "orvane/container/audio_streams.h"
 #include "orvane/platform/four_cc.h"
 #include "orvane/platform/input_file.h"
 
@@ -20,6 +21,9 @@ struct FFmpegModule {
   /// Throws `PlatformError` for what cannot be read or is no audio file.
   AudioFileDescription (*describe)(std::shared_ptr<const InputFile> file,
                                    const AudioFileOpenOptions& options, FourCC containerHint);
+  /// Throws likewise.
+  AudioStreamCount (*countStreams)(std::shared_ptr<const InputFile> file,
+                                   const AudioFileOpenOptions& options, FourCC containerHint);
   /// FFmpeg's version.
   const char* (*version)();
 };
@@ -29,6 +33,6 @@ using FFmpegModuleFactory = const FFmpegModule* (*)(int version);
 
 inline constexpr const char* kFFmpegModuleFile = "orvane_ffmpeg.so";
 inline constexpr const char* kFFmpegModuleFactory = "orvaneFFmpegModule";
-inline constexpr int kFFmpegModuleVersion = 3;
+inline constexpr int kFFmpegModuleVersion = 4;
 
 }  // namespace orvane

@@ -50,21 +50,21 @@ TEST(FileWork, EveryKindOfFailureHasItsLine) {
   const auto ofSystem = outcomeOf(fails(PlatformError("b.wav", "Permission denied")));
   EXPECT_EQ(ofSystem.code, ExitCode::fileFailed);
   EXPECT_EQ(ofSystem.errors,
-            "orvane: b.wav: Permission denied\norvane: b.wav: Permission denied\n");
+            "orvane: a/b.wav: Permission denied\norvane: b.wav: Permission denied\n");
   EXPECT_THAT(failuresIn(ofSystem.output),
-              ElementsAre("b.wav: Permission denied", "b.wav: Permission denied"));
+              ElementsAre("a/b.wav: Permission denied", "b.wav: Permission denied"));
 
   const auto ofMemory = outcomeOf(fails(std::bad_alloc()));
   EXPECT_EQ(ofMemory.code, ExitCode::fileFailed);
   EXPECT_EQ(ofMemory.errors,
-            "orvane: b.wav: not enough memory\norvane: standard input: not enough memory\n");
+            "orvane: a/b.wav: not enough memory\norvane: standard input: not enough memory\n");
   EXPECT_THAT(failuresIn(ofMemory.output),
-              ElementsAre("b.wav: not enough memory", "standard input: not enough memory"));
+              ElementsAre("a/b.wav: not enough memory", "standard input: not enough memory"));
 
   const auto ofLibrary = outcomeOf(fails(std::length_error("too long")));
   EXPECT_EQ(ofLibrary.code, ExitCode::fileFailed);
   EXPECT_THAT(failuresIn(ofLibrary.output),
-              ElementsAre("b.wav: too long", "standard input: too long"));
+              ElementsAre("a/b.wav: too long", "standard input: too long"));
 }
 
 TEST(FileWork, StopsForACancelledFileAlone) {

@@ -31,6 +31,14 @@ TEST(FileList, ReadsOneNamePerLine) {
   EXPECT_THAT(FileList::namesIn(""), IsEmpty());
 }
 
+// Lists from other systems named files with a carriage return at the end.
+TEST(FileList, TakesEitherLineEndAndAByteOrderMark) {
+  EXPECT_THAT(FileList::namesIn("\xEF\xBB\xBF"
+                                "a.wav\r\nb.wav\r\n"),
+              ElementsAre("a.wav", "b.wav"));
+  EXPECT_THAT(FileList::namesIn("a\r\0b\0"sv), ElementsAre("a\r", "b"));
+}
+
 TEST(FileList, TakesLineEndsForPartsOfNamesThatNULSeparates) {
   EXPECT_THAT(FileList::namesIn("a\nb.wav\0c.wav\0"sv), ElementsAre("a\nb.wav", "c.wav"));
   EXPECT_THAT(FileList::namesIn("\0"sv), IsEmpty());
@@ -82,10 +90,18 @@ TEST(InputName, PutsTheNameThatTheUserKnowsIntoMessages) {
   EXPECT_EQ(input.message("another text"), "another text");
 }
 
-TEST(InputName, LeavesMessagesAboutOrdinaryFilesAlone) {
-  const InputName input{"folder/7", "folder/7"};
-  EXPECT_EQ(input.shown(), "folder/7");
-  EXPECT_EQ(input.message("7: no audio file"), "7: no audio file");
+// Two files of one name could not be told apart.
+TEST(InputName, PutsThePathAsItWasTypedIntoMessages) {
+  const InputName input{"folder/7", "./folder/7"};
+  EXPECT_EQ(input.shown(), "./folder/7");
+  EXPECT_EQ(input.message("7: no audio file"), "./folder/7: no audio file");
+  EXPECT_EQ(input.message("Empty or unreadable file: 7"), "Empty or unreadable file: ./folder/7");
+  // Of another file, whose name begins alike.
+  EXPECT_EQ(input.message("7.html: File exists"), "7.html: File exists");
+  EXPECT_EQ(InputName({"album/", "music/album/"}).message("album: Is a directory"),
+            "music/album/: Is a directory");
+  EXPECT_EQ(InputName({.path = "a", .display = "a", .stream = 2}).message("a: damaged"),
+            "a [stream 2]: damaged");
 }
 
 }  // namespace

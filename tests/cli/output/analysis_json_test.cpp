@@ -16,18 +16,22 @@ using Json = nlohmann::ordered_json;
 
 TEST(AnalysisJson, HasEveryFigureUnderTheNameOfItsField) {
   const std::string line = analysisJson(test::sampleMeasurement(), false);
-  EXPECT_EQ(line,
-            R"({"schemaVersion":1,"url":"folder/song.wav","sampleRate":48000.0,"channelCount":2,)"
-            R"("channelLabels":["L","R"],"durationSeconds":61.5,"fileFormat":"WAV",)"
-            R"("encodingName":"24-bit integer","fileSize":17712044,"bitDepth":24,)"
-            R"("dualMono":false,"integratedLUFS":-14.04,"loudnessRange":6.3,"truePeakDB":-0.95,)"
-            R"("samplePeakDB":-1.1,"maxMomentaryLUFS":-9.2,"maxShortTermLUFS":-11.7,)"
-            R"("dynamicRange":9,"speechGatedLUFS":null,"speechPercentage":0.0,)"
-            R"("channelPeakDB":[-1.1,-2.1],"channelRMSDB":[-18.25,-19.25],)"
-            R"("channelCrestFactorDB":[17.15,17.15],"channelDCOffset":[0.00012,-0.00034],)"
-            R"("channelHasClipping":[false,false],"clippingRunCount":0,"clippingRuns":[],)"
-            R"("nonFiniteSampleCount":0,"warnings":[],"notes":[]})"
-            "\n");
+  const std::string version = Json::parse(line).at("appVersion");
+  EXPECT_EQ(
+      line,
+      R"({"schemaVersion":1,"url":"folder/song.wav","appVersion":")" + version +
+          R"(","sampleRate":48000.0,"channelCount":2,)"
+          R"("channelLabels":["L","R"],"durationSeconds":61.5,"streamCount":1,"fileFormat":"WAV",)"
+          R"("encodingName":"24-bit integer","fileSize":17712044,"bitDepth":24,)"
+          R"("dualMono":false,"integratedLUFS":-14.04,"loudnessRange":6.3,"truePeakDB":-0.95,)"
+          R"("samplePeakDB":-1.1,"maxMomentaryLUFS":-9.2,"maxShortTermLUFS":-11.7,)"
+          R"("dynamicRange":9,"speechGatedLUFS":null,"speechPercentage":null,)"
+          R"("averageCorrelation":-0.25,"lowestCorrelation":-0.25,)"
+          R"("channelPeakDB":[-1.1,-2.1],"channelRMSDB":[-18.25,-19.25],)"
+          R"("channelCrestFactorDB":[17.15,17.15],"channelDCOffset":[0.00012,-0.00034],)"
+          R"("channelHasClipping":[false,false],"clippingRunCount":0,"clippingRuns":[],)"
+          R"("nonFiniteSampleCount":0,"warnings":[],"notes":[]})"
+          "\n");
 }
 
 TEST(AnalysisJson, HasTheCurvesOnRequest) {
@@ -87,7 +91,8 @@ TEST(AnalysisJson, TellsTheDeclaredFormatOfHeaderlessAudio) {
 
 TEST(JsonOutput, IsAsciiInOneLineWhateverTheNames) {
   EXPECT_EQ(JsonOutput::failure("a\nb\x1B\"\u202Ec\xFF.wav", "Ünreadable"),
-            R"({"schemaVersion":1,"url":"a\nb\u001b\"\u202ec\ufffd.wav","error":"\u00dcnreadable"})"
+            R"({"schemaVersion":1,"url":"a\nb\u001b\"\u202ec\ufffd.wav",)"
+            R"("urlPercentEncoded":"a%0Ab%1B%22%E2%80%AEc%FF.wav","error":"\u00dcnreadable"})"
             "\n");
 }
 

@@ -94,18 +94,10 @@ TEST(AnalysisTable, EscapesHostileNames) {
   MeasuredFile file = test::sampleMeasurement();
   file.name.display = "a\x1B[2J\u202E\n.wav";
   file.result.fileFormat = "WAV, named .\x1B[2J";
-  const std::string text = blockOf(file) + AnalysisTable::row(file, Console(ConsoleTraits{}));
+  const std::string text = blockOf(file);
   EXPECT_THAT(text, HasSubstr("a\\x1B[2J\\u202E\\n.wav"));
   EXPECT_THAT(text, HasSubstr("WAV, named .\\x1B[2J"));
   EXPECT_THAT(text, Not(HasSubstr("\x1B")));
-}
-
-TEST(AnalysisTable, PutsAFileIntoOneRow) {
-  const Console console(ConsoleTraits{});
-  EXPECT_EQ(
-      AnalysisTable::rowTitles(console) + AnalysisTable::row(test::sampleMeasurement(), console),
-      "  I LUFS  LRA LU  M max  S max    dBTP    dBFS  DR     Duration  File\n"
-      "   -14.0     6.3   -9.2  -11.7   -0.95   -1.10   9     1:01.500  folder/song.wav\n");
 }
 
 TEST(AnalysisTable, SetsOffWhatIsWrongOnATerminal) {

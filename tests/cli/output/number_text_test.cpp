@@ -54,6 +54,9 @@ TEST(NumberText, WritesRatesSizesAndCounts) {
   EXPECT_EQ(NumberText::sampleRate(48000), "48 kHz");
   EXPECT_EQ(NumberText::sampleRate(44100), "44.1 kHz");
   EXPECT_EQ(NumberText::sampleRate(500), "500 Hz");
+  EXPECT_EQ(NumberText::sampleRate(1e7), "10000 kHz");
+  // Rates of pulled-down recordings once had fifteen digits.
+  EXPECT_EQ(NumberText::sampleRate(48'000 / 1.001), "47.952 kHz");
   EXPECT_EQ(NumberText::byteCount(0), "0 B");
   EXPECT_EQ(NumberText::byteCount(1023), "1023 B");
   EXPECT_EQ(NumberText::byteCount(1536), "1.5 KiB");

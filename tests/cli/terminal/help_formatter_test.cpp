@@ -7,14 +7,6 @@
 namespace orvane::cli {
 namespace {
 
-TEST(HelpFormatter, BreaksTextAtSpaces) {
-  EXPECT_EQ(wrapped("one two three", 7), "one two\nthree");
-  EXPECT_EQ(wrapped("one two", 7), "one two");
-  EXPECT_EQ(wrapped("indivisible", 4), "indivisible");
-  EXPECT_EQ(wrapped("a  b\nc", 80), "a b\nc");
-  EXPECT_EQ(wrapped("", 10), "");
-}
-
 TEST(HelpFormatter, ShowsUsageThenPurposeThenOptionsByGroup) {
   CLI::App program("Does things.", "thing");
   program.formatter(std::make_shared<HelpFormatter>());

@@ -64,5 +64,13 @@ TEST(TerminalText, ShortensInTheMiddleAndKeepsBothEnds) {
     EXPECT_LE(TerminalText::width(TerminalText::shortened("音a楽b音c楽", columns)), columns);
 }
 
+TEST(TerminalText, BreaksTextAtSpaces) {
+  EXPECT_EQ(TerminalText::wrapped("one two three", 7), "one two\nthree");
+  EXPECT_EQ(TerminalText::wrapped("one two", 7), "one two");
+  EXPECT_EQ(TerminalText::wrapped("indivisible", 4), "indivisible");
+  EXPECT_EQ(TerminalText::wrapped("a  b\nc", 80), "a b\nc");
+  EXPECT_EQ(TerminalText::wrapped("", 10), "");
+}
+
 }  // namespace
 }  // namespace orvane::cli

@@ -44,5 +44,26 @@ TEST(TextTable, StylesCellsOnlyWhereColoursAreWanted) {
   EXPECT_EQ(table.text(plain), "a  b\n");
 }
 
+// Tables of long names ran over the edge of the terminal.
+TEST(TextTable, GivesWayOnANarrowTerminal) {
+  ConsoleTraits traits;
+  traits.isOutputTerminal = true;
+  traits.outputColumns = 30;
+  TextTable table({{"Name"},
+                   {"Asks for", TextTable::Alignment::left, 2, true},
+                   {"N", TextTable::Alignment::right}});
+  table.addRow({{"a name of many letters"}, {"loud and clear, always"}, {"12345"}});
+  EXPECT_EQ(table.text(Console(traits)),
+            "Name        Asks for         N\n"
+            "a na…tters  loud and     12345\n"
+            "            clear,\n"
+            "            always\n");
+  traits.outputColumns = 200;
+  EXPECT_EQ(table.text(Console(traits)),
+            "Name                    Asks for                    N\n"
+            "a name of many letters  loud and clear, always  12345\n");
+  EXPECT_EQ(table.text(Console(ConsoleTraits{})), table.text(Console(traits)));
+}
+
 }  // namespace
 }  // namespace orvane::cli

@@ -1,7 +1,9 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <vector>
 
+#include "orvane/container/audio_streams.h"
 #include "orvane/platform/error.h"
 #include "orvane/platform/progress.h"
 #include "tests/container/ffmpeg/compressed_files.h"
@@ -163,6 +165,16 @@ TEST_F(FFmpegStreams, ReadingStopsWhenItIsCancelled) {
   options.execution.observer = &recorder;
   EXPECT_THROW(test::readWholeFile(file, options), Cancelled);
   EXPECT_EQ(recorder.calls(), 2);
+}
+
+TEST_F(FFmpegStreams, AreDescribedOneByOne) {
+  const auto film = makeFilm("a.mkv", {"-disposition:a:0", "0", "-disposition:a:1", "default"});
+  EXPECT_EQ(countAudioStreams(film), (AudioStreamCount{.count = 3, .defaultIndex = 1}));
+  std::vector<std::uint32_t> counts;
+  for (const auto& description : describeAudioStreams(film))
+    counts.push_back(description.dataFormat.channelsPerFrame);
+  EXPECT_EQ(counts, (std::vector<std::uint32_t>{1, 2, 6}));
+  EXPECT_THROW(countAudioStreams(folder_.write("text", "words")), PlatformError);
 }
 
 }  // namespace
