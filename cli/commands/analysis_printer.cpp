@@ -5,6 +5,8 @@
 
 #include "cli/output/analysis_json.h"
 #include "cli/output/analysis_table.h"
+#include "cli/output/number_text.h"
+#include "cli/terminal/terminal_text.h"
 
 namespace orvane::cli {
 
