@@ -12,12 +12,15 @@
 #include "cli/commands/speech_model.h"
 #include "cli/options/audio_output_options.h"
 #include "cli/options/edit_requests.h"
+#include "cli/options/file_list.h"
+#include "cli/options/number_option.h"
 #include "cli/options/source_options.h"
 #include "cli/output/edit_text.h"
 #include "cli/output/output_file.h"
 #include "cli/output/written_audio.h"
 #include "cli/terminal/progress_bar.h"
 #include "cli/usage_error.h"
+#include "orvane/edit/sliced_edit.h"
 
 namespace orvane::cli {
 namespace {
@@ -25,17 +28,25 @@ namespace {
 namespace fs = std::filesystem;
 
 struct EditOptions {
-  std::string file{};
+  std::string file{};  ///< as it was given
+  fs::path path{};     ///< what is opened
   std::vector<EditRequest> requests{};
   std::vector<std::string> followers{};  ///< of `--then`
   SourceOptions source{};
   AudioOutputOptions output{};
   bool enforce = false;
+  std::optional<std::int64_t> memoryBytes{};  ///< for audio; absent for what is available
 };
 
 std::unique_ptr<AudioSource> openSource(const EditOptions& options, const Execution& execution) {
-  return AudioSource::open(options.file, options.source.rawFormat,
+  return AudioSource::open(options.path, options.source.rawFormat,
                            {.streamIndex = options.source.streamIndex, .execution = execution});
+}
+
+/// Standard input has none of its own.
+std::string shownName(const EditOptions& options) {
+  const InputName name{options.path, options.file};
+  return name.isStandardInput() ? name.shown() : options.path.filename().string();
 }
 
 /// "take.L.wav" for "take.wav"; names of channels that are not told apart are numbers.
@@ -60,8 +71,11 @@ std::vector<WrittenAudio> outlined(const EditOptions& options, const AudioOutput
     return {EditedAudio::outlined(output.file, output, source, source.format(), frameCount)};
   std::vector<WrittenAudio> files;
   const AudioFormat mono{.sampleRate = source.format().sampleRate, .channelCount = 1};
-  for (const fs::path& path : splitNames(output.file, source.format()))
+  for (const fs::path& path : splitNames(output.file, source.format())) {
+    const std::size_t channel = files.size();
     files.push_back(EditedAudio::outlined(path, output, source, mono, frameCount));
+    files.back().channel = channel;
+  }
   return files;
 }
 
@@ -89,6 +103,12 @@ RequestedSpeech speechOf(const EditOptions& options, double sampleRate,
   return speech;
 }
 
+/// Whether all of the audio is edited in memory.
+bool isHeld(const EditOptions& options, const EditChain& chain, std::uint32_t channelCount) {
+  return options.memoryBytes ? chain.heldBytes(channelCount) <= *options.memoryBytes
+                             : chain.fitsIntoMemory(channelCount);
+}
+
 /// The edits of audio that long; what makes no sense of them is said with the operation's name.
 EditChain chainOf(const EditOptions& options, const AudioSource& source, std::int64_t frames,
                   const RequestedSpeech& speech = {}) {
@@ -101,11 +121,46 @@ EditChain chainOf(const EditOptions& options, const AudioSource& source, std::in
     if (expand != nullptr && !speech.empty()) expand->speech = speech[i];
   }
   try {
-    return {std::move(edits), frames, format.channelCount};
+    EditChain chain(std::move(edits), frames, format.channelCount);
+    if (!isHeld(options, chain, format.channelCount))
+      SlicedEdit::requirePossible(chain, format.channelCount);
+    return chain;
   } catch (const EditChainError& error) {
     throw PlatformError(
         source.url(), options.requests[error.index()].operation + ": " + error.errorDescription());
   }
+}
+
+/// What came of the edits.
+struct Edited {
+  ProgrammeLevels before{};  // where they are measured
+  ProgrammeLevels after{};
+  std::vector<Normalization> normalizations{};
+};
+
+using Write = std::function<void(const SlicedAudio&)>;
+
+Edited editInMemory(const EditChain& chain, AudioSource& source, bool isMeasured,
+                    const Write& write, const Execution& execution) {
+  const auto audio = chain.load(source);
+  if (audio->frameLength() < chain.sourceFrameCount()) throw AudioEndsEarly(audio->frameLength());
+  Edited edited;
+  if (isMeasured) edited.before = measureLevels(*audio, execution);
+  edited.normalizations = chain.apply(*audio, execution);
+  if (isMeasured) edited.after = measureLevels(*audio, execution);
+  write(audio->view());
+  return edited;
+}
+
+Edited editInSlices(const EditChain& chain, const AudioFormat& format, SlicedEdit::Opening open,
+                    bool isMeasured, const Write& write, const Execution& execution) {
+  SlicedEdit edit(chain, format, std::move(open), execution);
+  Edited edited;
+  edited.normalizations = edit.prepare(isMeasured);
+  write(edit.audio());
+  edited.before = edit.levelsBefore();
+  edited.after = edit.levelsAfter();
+  return edited;
 }
 
 ExitCode runEdit(const EditOptions& options, Console& console) {
@@ -115,59 +170,85 @@ ExitCode runEdit(const EditOptions& options, Console& console) {
   ProgressBar bar(console, 1, !options.output.quiet);
   const auto observer = bar.forFile(options.file);
   const Execution execution{.threadCount = JobRunner::threadsPerJob(1), .observer = observer.get()};
-  const auto source = openSource(options, execution);
+  const std::shared_ptr<AudioSource> source = openSource(options, execution);
   EditedAudio::requireRate(*source);
   const AudioOutputOptions output = EditedAudio::settled(options.output, *source);
   EditChain chain = chainOf(options, *source, source->frameLength());
   auto files = outlined(options, output, *source, chain.frameMap().frameCount);
-  ReadFiles read;
-  if (!output.inPlace) read.add(options.file);
+  ReadFiles inputs;
+  if (!output.inPlace) inputs.add(options.path);
   for (const EditRequest& request : options.requests)
-    if (!request.speechRegions.empty()) read.add(request.speechRegions);
+    if (!request.speechRegions.empty()) inputs.add(request.speechRegions);
   std::vector<fs::path> paths;
   for (const WrittenAudio& written : files) paths.push_back(written.file);
-  EditedAudio::requireWritable(paths, output, read, console);
+  EditedAudio::requireWritable(paths, output, inputs, console);
   const RequestedSpeech speech = speechOf(options, source->format().sampleRate, execution);
   chain = chainOf(options, *source, source->frameLength(), speech);
 
   const bool isMeasured =
       !options.requests.empty() && !output.dryRun && (output.json || !output.quiet);
-  ProgrammeLevels before;
-  ProgrammeLevels after;
-  std::vector<Normalization> normalizations;
-  if (!output.dryRun) {
-    const auto audio = chain.load(*source);
-    if (audio->frameLength() < source->frameLength()) {
-      chain = chainOf(options, *source, audio->frameLength(), speech);
+  Edited edited;
+  std::shared_ptr<AudioSource> read;  // last
+  const auto open = [&] {
+    read = read ? openSource(options, execution) : source;
+    if (read->file().stamp() != source->file().stamp())
+      throw PlatformError(source->url(), "the file was changed by another program meanwhile");
+    return read;
+  };
+  const auto write = [&](const SlicedAudio& audio) {
+    for (WrittenAudio& file : files)
+      EditedAudio::write(file, output, {*source, chain.frameMap(), open}, audio, execution);
+  };
+  for (bool isDone = output.dryRun; !isDone;) {
+    try {
+      edited = isHeld(options, chain, source->format().channelCount)
+                   ? editInMemory(chain, *open(), isMeasured, write, execution)
+                   : editInSlices(chain, source->format(), open, isMeasured, write, execution);
+      isDone = true;
+    } catch (const AudioEndsEarly& end) {
+      chain = chainOf(options, *source, end.frameCount(), speech);
       files = outlined(options, output, *source, chain.frameMap().frameCount);
     }
-    if (isMeasured) before = measureLevels(*audio, execution);
-    normalizations = chain.apply(*audio, execution);
-    if (isMeasured) after = measureLevels(*audio, execution);
-    for (std::size_t i = 0; i < files.size(); ++i)
-      EditedAudio::write(files[i], output, *source, chain.frameMap(),
-                         isSplit ? audio->view().channels(i, 1) : audio->view(), execution);
   }
   const auto leftBehind = EditedAudio::leftBehind(*source, files.front());
-  EditedAudio::warnOfSource(*source, leftBehind, files.front().keepsChunks, console);
+  EditedAudio::warnOfSource(read ? *read : *source, shownName(options), leftBehind,
+                            files.front().keepsChunks, console);
   if (!output.json && !output.quiet) {
     for (const Edit& edit : chain.edits())
       console.print(EditText::description(edit, source->format().sampleRate) + "\n");
-    for (const Normalization& each : normalizations)
+    for (const Normalization& each : edited.normalizations)
       console.print(EditText::description(each) + "\n");
-    if (isMeasured) console.print(EditText::levels(before, after) + "\n");
+    if (isMeasured) console.print(EditText::levels(edited.before, edited.after) + "\n");
   }
   for (const WrittenAudio& written : files) {
     JsonOutput::Document document;
     document.add("source", options.file);
     EditText::addEdits(document, chain.edits());
-    EditText::addNormalizations(document, normalizations);
-    if (isMeasured) EditText::addLevels(document, before, after);
+    EditText::addNormalizations(document, edited.normalizations);
+    if (isMeasured) EditText::addLevels(document, edited.before, edited.after);
     EditedAudio::addLeftBehind(document, leftBehind);
     tellOfWrittenAudio(written, output, console, std::move(document));
   }
-  const bool isMissed = !std::ranges::all_of(normalizations, EditText::isTargetReached);
+  const bool isMissed = !std::ranges::all_of(edited.normalizations, EditText::isTargetReached);
   return options.enforce && isMissed ? ExitCode::targetMissed : ExitCode::done;
+}
+
+/// The bytes of standard input are edited as those of a file.
+ExitCode runEditOfInput(EditOptions options, Console& console) {
+  StandardInput standardInput;
+  const InputName name{options.file == "-" ? standardInput.asFile() : fs::path(options.file),
+                       options.file};
+  if (name.isStandardInput() && options.output.inPlace)
+    throw UsageError("standard input is not saved in place");
+  options.path = name.path;
+  try {
+    return runEdit(options, console);
+  } catch (const Cancelled&) {
+    throw;
+  } catch (const Error& error) {
+    console.error(name.message(error.errorDescription()));
+    return ExitCode::fileFailed;
+  }
 }
 
 /// Takes the words of the command line apart, once all of them are there.
@@ -194,7 +275,7 @@ void addLoudnessCommand(CLI::App& edit, ChosenCommand& chosen) {
   addAudioOutputOptions(command, options->output, false);
   addInPlaceOptions(command, options->output, "IN");
   command.callback([options, &chosen] {
-    chosen = [options](Console& console) { return runEdit(*options, console); };
+    chosen = [options](Console& console) { return runEditOfInput(*options, console); };
   });
 }
 
@@ -223,6 +304,15 @@ void addEditCommand(CLI::App& program, ChosenCommand& chosen) {
             .add_flag("--enforce", options->enforce,
                       "End with exit code 3 when normalize misses its target")
             ->group("Edit");
+        constexpr double kMiB = 1 << 20;
+        constexpr double kMostMiB = 1e9;
+        addNumberOption(command,
+                        {"--memory", "MIB", kEditGroup, 0, kMostMiB,
+                         "How much memory the audio may take; what takes more is edited in slices. "
+                         "By default what is free"},
+                        [options](double value) {
+                          options->memoryBytes = static_cast<std::int64_t>(value * kMiB);
+                        });
         addAudioOutputOptions(command, options->output, false);
         addInPlaceOptions(command, options->output, "IN");
         addLoudnessOption(command, options->output);
@@ -230,7 +320,7 @@ void addEditCommand(CLI::App& program, ChosenCommand& chosen) {
         addSourceOptions(command, options->source);
         command.callback([options, words, &operation, &chosen] {
           completeRequests(*options, operation, *words);
-          chosen = [options](Console& console) { return runEdit(*options, console); };
+          chosen = [options](Console& console) { return runEditOfInput(*options, console); };
         });
       });
   addLoudnessCommand(*edit, chosen);

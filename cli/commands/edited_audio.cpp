@@ -46,6 +46,13 @@ void requirePlaceForLoudness(const std::filesystem::path& file, FourCC fileTypeI
                         "and channels");
 }
 
+/// Whether a sample that is not edited is stored as it was, without rounding.
+bool holdsSamplesOf(const AudioSource& source, const SampleEncoding& stored) {
+  const bool isFloat = AudioOutputOptions().encodingFor(source).isFloat;
+  const std::int64_t bits = source.bitDepth() > 0 ? source.bitDepth() : source.sourceBitDepth();
+  return !isFloat && bits > 0 && bits <= std::min<std::int64_t>(stored.bits, kFloatBits);
+}
+
 /// A copy of the file as it is, "take.wav.bak" for "take.wav".
 void writeBackup(const AudioSource& source, bool force) {
   std::filesystem::path path = source.url();
@@ -111,13 +118,15 @@ WrittenAudio outlined(const std::filesystem::path& file, const AudioOutputOption
           .warnings = keepsChunks ? std::vector<std::string>{} : outline.warnings};
 }
 
-void write(WrittenAudio& written, const AudioOutputOptions& options, const AudioSource& source,
-           const FrameMap& frames, PlanarView audio, const Execution& execution) {
+void write(WrittenAudio& written, const AudioOutputOptions& options, const Origin& origin,
+           const SlicedAudio& all, const Execution& execution) {
+  const AudioSource& source = origin.source;
+  const SlicedAudio audio = written.channel ? all.channel(*written.channel) : all;
   const auto ditherSeed = options.dither ? std::optional<std::uint64_t>(0) : std::nullopt;
   if (options.updateLoudness)
     written.loudness = measureBroadcastLoudness(audio, source.format(), written.sample, execution);
   const AudioRewrite::Options rewrite{
-      .frames = frames, .ditherSeed = ditherSeed, .loudness = written.loudness};
+      .frames = origin.frames, .ditherSeed = ditherSeed, .loudness = written.loudness};
   const auto tell = [&](const AudioRewrite::Outcome& outcome) {
     written.losses = outcome.samples;
     written.warnings.insert(written.warnings.end(), outcome.notes.begin(), outcome.notes.end());
@@ -141,33 +150,40 @@ void write(WrittenAudio& written, const AudioOutputOptions& options, const Audio
       PCMFileWriter writer(
           written.file, written.settings, written.frameCount,
           {.existing = OutputFile::existing(options.force), .ditherSeed = ditherSeed});
-      copyAudio(audio, writer, execution);
+      if (ditherSeed && holdsSamplesOf(source, written.sample))
+        copyEdited(audio, origin.open(), origin.frames, written.channel, writer, execution);
+      else
+        copyAudio(audio, writer, execution);
       writer.commit();
       written.losses = writer.losses();
     }
   });
 }
 
-std::vector<FourCC> leftBehind(const AudioSource& source, const WrittenAudio& written) {
-  return written.keepsChunks ? std::vector<FourCC>{} : sideChunks(source.file());
+LeftBehind leftBehind(const AudioSource& source, const WrittenAudio& written) {
+  if (written.keepsChunks) return {};
+  LeftBehind result{.chunks = sideChunks(source.file())};
+  result.hasChapters = result.chunks.empty() && !source.chapters().empty();
+  return result;
 }
 
-void addLeftBehind(JsonOutput::Document& document, const std::vector<FourCC>& chunks) {
+void addLeftBehind(JsonOutput::Document& document, const LeftBehind& leftBehind) {
   std::vector<std::string> names;
-  for (const FourCC id : chunks) names.push_back(fourCC(id));
+  for (const FourCC id : leftBehind.chunks) names.push_back(fourCC(id));
+  if (leftBehind.hasChapters) names.emplace_back("chapters");
   document.add("leftBehind", names);
 }
 
-void warnOfSource(const AudioSource& source, const std::vector<FourCC>& leftBehind, bool isKept,
-                  Console& console) {
-  const std::string name = source.url().filename().string() + ": ";
-  for (const auto& warning : source.warnings()) console.warning(name + warning.text);
+void warnOfSource(const AudioSource& source, const std::string& name, const LeftBehind& leftBehind,
+                  bool isKept, Console& console) {
+  for (const auto& warning : source.warnings()) console.warning(name + ": " + warning.text);
   const PCMEncoding encoding = AudioOutputOptions().encodingFor(source);
   if (!isKept && source.bitDepth() > kFloatBits && encoding != PCMEncoding::float32)
-    console.warning(name + "samples are edited as 32-bit floats, which round those of " +
+    console.warning(name + ": samples are edited as 32-bit floats, which round those of " +
                     std::to_string(source.bitDepth()) + " bits");
-  if (!leftBehind.empty())
-    console.warning(name + "these chunks are left behind: " + namesOf(leftBehind));
+  if (!leftBehind.chunks.empty())
+    console.warning(name + ": these chunks are left behind: " + namesOf(leftBehind.chunks));
+  if (leftBehind.hasChapters) console.warning(name + ": its chapters are left behind");
 }
 
 }  // namespace orvane::cli::EditedAudio

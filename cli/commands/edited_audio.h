@@ -2,6 +2,8 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <functional>
+#include <memory>
 #include <vector>
 
 #include "cli/options/audio_output_options.h"
@@ -10,9 +12,9 @@
 #include "cli/terminal/console.h"
 #include "orvane/audio/audio_source.h"
 #include "orvane/edit/frame_map.h"
+#include "orvane/edit/sliced_audio.h"
 #include "orvane/platform/execution.h"
 #include "orvane/platform/four_cc.h"
-#include "orvane/platform/planar_view.h"
 
 /// What the commands have in common that write the audio of a file anew.
 namespace orvane::cli::EditedAudio {
@@ -36,19 +38,30 @@ WrittenAudio outlined(const std::filesystem::path& file, const AudioOutputOption
                       const AudioSource& source, const AudioFormat& format,
                       std::int64_t frameCount);
 
-/// Writes it and fills in what was lost. `frames` says where those of the source are. Throws what
-/// writing throws.
-void write(WrittenAudio& written, const AudioOutputOptions& options, const AudioSource& source,
-           const FrameMap& frames, PlanarView audio, const Execution& execution);
+/// Where edited audio comes from.
+struct Origin {
+  const AudioSource& source;
+  const FrameMap& frames;  ///< where the edit has put those of the source
+  std::function<std::shared_ptr<AudioSource>()> open{};  ///< it anew
+};
 
-/// The chunks of the source that are not written.
-std::vector<FourCC> leftBehind(const AudioSource& source, const WrittenAudio& written);
+/// Writes the audio, or the file's channel of it, and fills in what was lost. Throws what writing
+/// throws.
+void write(WrittenAudio& written, const AudioOutputOptions& options, const Origin& origin,
+           const SlicedAudio& audio, const Execution& execution);
+
+/// What of a source is not written, beside its audio.
+struct LeftBehind {
+  std::vector<FourCC> chunks{};
+  bool hasChapters = false;  ///< of a source without chunks
+};
+LeftBehind leftBehind(const AudioSource& source, const WrittenAudio& written);
 /// The same by name, as `leftBehind` of a document.
-void addLeftBehind(JsonOutput::Document& document, const std::vector<FourCC>& chunks);
+void addLeftBehind(JsonOutput::Document& document, const LeftBehind& leftBehind);
 
-/// Tells what the user should know of a source, of whose chunks these are not written. With
+/// Tells what the user should know of a source of that name, of which this is not written. With
 /// `isKept` the samples that do not change keep their bytes.
-void warnOfSource(const AudioSource& source, const std::vector<FourCC>& leftBehind, bool isKept,
-                  Console& console);
+void warnOfSource(const AudioSource& source, const std::string& name, const LeftBehind& leftBehind,
+                  bool isKept, Console& console);
 
 }  // namespace orvane::cli::EditedAudio

@@ -97,7 +97,7 @@ std::string description(const Seams& seams, double rate) {
 }
 
 JsonOutput::Document document(const SpliceOptions& options, const Seams& seams,
-                              const std::vector<FourCC>& leftBehind) {
+                              const EditedAudio::LeftBehind& leftBehind) {
   JsonOutput::Document document;
   document.add("source", options.base);
   document.add("take", options.take);
@@ -115,9 +115,11 @@ ExitCode runSplice(const SpliceOptions& options, Console& console) {
   ProgressBar bar(console, 1, !options.output.quiet);
   const auto observer = bar.forFile(options.base);
   const Execution execution{.threadCount = JobRunner::threadsPerJob(1), .observer = observer.get()};
-  const auto base =
-      AudioSource::open(options.base, options.source.rawFormat,
-                        {.streamIndex = options.source.streamIndex, .execution = execution});
+  const auto open = [&] {
+    return AudioSource::open(options.base, options.source.rawFormat,
+                             {.streamIndex = options.source.streamIndex, .execution = execution});
+  };
+  const auto base = open();
   const auto take = AudioSource::open(options.take, {}, {.execution = execution});
   EditedAudio::requireRate(*base);
   EditedAudio::requireRate(*take);
@@ -152,13 +154,14 @@ ExitCode runSplice(const SpliceOptions& options, Console& console) {
                                                       seams.crossfadeFrames, format.sampleRate);
     std::vector<const float*> pointers;
     for (const auto& channel : result.channelData) pointers.push_back(channel.data());
-    EditedAudio::write(written, output, *base, map,
+    EditedAudio::write(written, output, {*base, map, open},
                        PlanarView(pointers, static_cast<std::size_t>(map.frameCount)), execution);
   }
 
   const auto leftBehind = EditedAudio::leftBehind(*base, written);
-  EditedAudio::warnOfSource(*base, leftBehind, written.keepsChunks, console);
-  EditedAudio::warnOfSource(*take, {}, false, console);
+  EditedAudio::warnOfSource(*base, base->url().filename().string(), leftBehind, written.keepsChunks,
+                            console);
+  EditedAudio::warnOfSource(*take, take->url().filename().string(), {}, false, console);
   warnOfLayouts(*base, *take, console);
   if (!output.json && !output.quiet) console.print(description(seams, format.sampleRate) + "\n");
   tellOfWrittenAudio(written, output, console, document(options, seams, leftBehind));

@@ -123,7 +123,7 @@ void addAudioFormatOptions(CLI::App& command, AudioOutputOptions& options) {
               throw UsageError("--dither: the one kind is tpdf, not '" + name + "'");
             options.dither = true;
           },
-          "Add triangular dither to all samples before they are rounded")
+          "Add triangular dither before samples are rounded that are not the source's")
       ->option_text("tpdf")
       ->group(kGroup);
 }

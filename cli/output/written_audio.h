@@ -22,7 +22,8 @@ struct WrittenAudio {
   AudioFormatSettings settings{};
   std::int64_t frameCount = 0;
   SampleEncoding sample{};
-  bool keepsChunks = false;  ///< of the file that the audio came from
+  std::optional<std::size_t> channel{};  ///< that it is of; absent for all
+  bool keepsChunks = false;              ///< of the file that the audio came from
   SampleLosses losses{};
   std::optional<BroadcastLoudness> loudness{};  ///< that it states anew
   std::vector<std::string> warnings{};

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "orvane/container/changed_samples.h"
 #include "orvane/container/container_table.h"
 #include "orvane/platform/precondition.h"
 
@@ -71,29 +72,57 @@ PCMFileWriter::PCMFileWriter(const std::filesystem::path& target,
   file_.write(outline_.head);
 }
 
-void PCMFileWriter::write(PlanarView audio) {
-  const std::size_t channelCount = outline_.channelOrder.size();
-  precondition(audio.channelCount() == channelCount, "audio is written with the file's channels");
+PlanarView PCMFileWriter::inFileOrder(PlanarView audio, std::vector<const float*>& pointers) const {
+  precondition(audio.channelCount() == outline_.channelOrder.size(),
+               "audio is written with the file's channels");
   precondition(static_cast<std::int64_t>(audio.frameCount()) <= frameCount_ - position_,
                "no more frames are written than the header states");
-  std::vector<const float*> stored;
   for (const std::uint32_t channel : outline_.channelOrder)
-    stored.push_back(audio.channel(channel));
-  const PlanarView ordered(stored, audio.frameCount());
-  const std::size_t frameBytes = channelCount * outline_.sample.bytes;
+    pointers.push_back(audio.channel(channel));
+  return {pointers, audio.frameCount()};
+}
+
+/// Hands pieces of the audio that stay close to the processor to `write`.
+template <class Write>
+void PCMFileWriter::inPieces(std::size_t frameCount, Write write) {
+  const std::size_t frameBytes = outline_.channelOrder.size() * outline_.sample.bytes;
   const std::size_t pieceFrames = std::max<std::size_t>(kPieceBytes / frameBytes, 1);
-  bytes_.resize(std::min(pieceFrames, audio.frameCount()) * frameBytes);
-  for (std::size_t first = 0; first < ordered.frameCount(); first += pieceFrames) {
-    const PlanarView piece =
-        ordered.slice(first, std::min(pieceFrames, ordered.frameCount() - first));
-    if (ditherSeed_)
-      losses_ +=
-          interleaveDithered(outline_.sample, piece, {*ditherSeed_, position_}, bytes_.data());
-    else
-      losses_ += interleaveFromFloat(outline_.sample, piece, bytes_.data());
-    file_.write(std::span(bytes_).first(piece.frameCount() * frameBytes));
-    position_ += static_cast<std::int64_t>(piece.frameCount());
+  bytes_.resize(std::min(pieceFrames, frameCount) * frameBytes);
+  for (std::size_t first = 0; first < frameCount; first += pieceFrames) {
+    const std::size_t count = std::min(pieceFrames, frameCount - first);
+    write(first, count);
+    file_.write(std::span(bytes_).first(count * frameBytes));
+    position_ += static_cast<std::int64_t>(count);
   }
+}
+
+void PCMFileWriter::write(PlanarView audio) {
+  std::vector<const float*> pointers;
+  const PlanarView ordered = inFileOrder(audio, pointers);
+  inPieces(audio.frameCount(), [&](std::size_t first, std::size_t count) {
+    const PlanarView piece = ordered.slice(first, count);
+    losses_ += ditherSeed_ ? interleaveDithered(outline_.sample, piece, {*ditherSeed_, position_},
+                                                bytes_.data())
+                           : interleaveFromFloat(outline_.sample, piece, bytes_.data());
+  });
+}
+
+void PCMFileWriter::writeChanged(PlanarView audio, PlanarView original) {
+  if (!ditherSeed_) return write(audio);
+  std::vector<const float*> pointers;
+  std::vector<const float*> originalPointers;
+  const PlanarView ordered = inFileOrder(audio, pointers);
+  const PlanarView before = inFileOrder(original, originalPointers);
+  std::vector<std::byte> plain;
+  inPieces(audio.frameCount(), [&](std::size_t first, std::size_t count) {
+    const PlanarView piece = ordered.slice(first, count);
+    const ChangedSamples changes(piece, before.slice(first, count));
+    losses_ += interleaveDithered(outline_.sample, changes.changed(), {*ditherSeed_, position_},
+                                  bytes_.data());
+    plain.resize(bytes_.size());
+    interleaveFromFloat(outline_.sample, piece, plain.data());
+    changes.copyUnchanged(plain.data(), outline_.sample.bytes, bytes_.data());
+  });
 }
 
 bool PCMFileWriter::holds(SampleEncoding encoding) const noexcept {

@@ -42,6 +42,10 @@ class ORVANE_API PCMFileWriter {
   /// The next frames; they go on where those before ended, and never beyond the stated count.
   void write(PlanarView audio);
 
+  /// The same with dither for those samples only that are not those of `original`, which has as
+  /// many frames, of values that the file holds.
+  void writeChanged(PlanarView audio, PlanarView original);
+
   /// The same as samples that are stored already, interleaved in the audio's channel order: for
   /// those that a float would not hold. Kind, bits and bytes are the file's; the byte order may be
   /// the other one.
@@ -62,6 +66,10 @@ class ORVANE_API PCMFileWriter {
   const AtomicFile& file() const noexcept { return file_; }
 
  private:
+  PlanarView inFileOrder(PlanarView audio, std::vector<const float*>& pointers) const;
+  template <class Write>
+  void inPieces(std::size_t frameCount, Write write);
+
   PCMFileOutline outline_;
   std::int64_t frameCount_;
   std::int64_t position_ = 0;

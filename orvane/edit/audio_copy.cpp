@@ -1,8 +1,10 @@
 #include "orvane/edit/audio_copy.h"
 
 #include <algorithm>
+#include <utility>
 #include <vector>
 
+#include "orvane/edit/moved_source.h"
 #include "orvane/platform/error.h"
 #include "orvane/platform/input_file.h"
 #include "orvane/platform/stage_progress.h"
@@ -85,13 +87,24 @@ void copyAudio(AudioSource& source, PCMFileWriter& writer, const Execution& exec
   }
 }
 
-void copyAudio(PlanarView audio, PCMFileWriter& writer, const Execution& execution) {
-  StageProgress progress(execution.observer, "Writing", audio.frameCount());
-  for (std::size_t first = 0; first < audio.frameCount(); first += kPieceFrames) {
-    const std::size_t count = std::min<std::size_t>(kPieceFrames, audio.frameCount() - first);
-    writer.write(audio.slice(first, count));
-    progress.advance(count);
-  }
+void copyAudio(const SlicedAudio& audio, PCMFileWriter& writer, const Execution& execution) {
+  StageProgress progress(execution.observer, "Writing", static_cast<std::size_t>(audio.frameCount));
+  audio.deliver([&](PlanarView slice) {
+    writer.write(slice);
+    progress.advance(slice.frameCount());
+  });
+}
+
+void copyEdited(const SlicedAudio& audio, std::shared_ptr<AudioSource> source,
+                const FrameMap& frames, std::optional<std::size_t> channel, PCMFileWriter& writer,
+                const Execution& execution) {
+  MovedSource before(std::move(source), frames);
+  StageProgress progress(execution.observer, "Writing", static_cast<std::size_t>(audio.frameCount));
+  audio.deliver([&](PlanarView slice) {
+    const PlanarView was = before.next(slice.frameCount());
+    writer.writeChanged(slice, channel ? was.channels(*channel, 1) : was);
+    progress.advance(slice.frameCount());
+  });
 }
 
 }  // namespace orvane

@@ -1,10 +1,15 @@
 #pragma once
 
+#include <cstddef>
+#include <memory>
+#include <optional>
+
 #include "orvane/audio/audio_source.h"
 #include "orvane/container/pcm_file_writer.h"
+#include "orvane/edit/frame_map.h"
+#include "orvane/edit/sliced_audio.h"
 #include "orvane/platform/execution.h"
 #include "orvane/platform/export.h"
-#include "orvane/platform/planar_view.h"
 
 namespace orvane {
 
@@ -15,8 +20,17 @@ namespace orvane {
 ORVANE_API void copyAudio(AudioSource& source, PCMFileWriter& writer,
                           const Execution& execution = {});
 
-/// Writes audio that is in memory; the stage is "Writing". Throws what writing throws, and
+/// Writes audio that goes by in slices; the stage is "Writing". Throws what writing throws, and
 /// `Cancelled` when the observer asks for it.
-ORVANE_API void copyAudio(PlanarView audio, PCMFileWriter& writer, const Execution& execution = {});
+ORVANE_API void copyAudio(const SlicedAudio& audio, PCMFileWriter& writer,
+                          const Execution& execution = {});
+
+/// The audio that an edit has made of a source, or one channel of it, written with dither, where
+/// the writer adds any, for those samples only that the edit has changed. `source`: one that
+/// nothing has been read of; `frames`: where its frames are in the audio. The file holds the
+/// source's samples.
+ORVANE_API void copyEdited(const SlicedAudio& audio, std::shared_ptr<AudioSource> source,
+                           const FrameMap& frames, std::optional<std::size_t> channel,
+                           PCMFileWriter& writer, const Execution& execution = {});
 
 }  // namespace orvane

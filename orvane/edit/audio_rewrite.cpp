@@ -1,7 +1,6 @@
 #include "orvane/edit/audio_rewrite.h"
 
 #include <algorithm>
-#include <numeric>
 #include <utility>
 
 #include "orvane/container/container_table.h"
@@ -9,7 +8,6 @@
 #include "orvane/container/pcm_file_outline.h"
 #include "orvane/container/rewrite_plan.h"
 #include "orvane/container/sniff/container_sniffer.h"
-#include "orvane/core/channel_order.h"
 #include "orvane/edit/kept_samples.h"
 #include "orvane/platform/checksum.h"
 #include "orvane/platform/stage_progress.h"
@@ -68,69 +66,56 @@ void verify(const std::filesystem::path& written, const InputFile& original,
 }
 
 /// For what names places in the audio.
-FrameFollower followerOf(const Options& options, const KeptSamples& samples,
-                         std::int64_t oldFrameCount, std::int64_t newFrameCount) {
-  FrameFollower follower{.oldFrameCount = oldFrameCount, .newFrameCount = newFrameCount};
-  if (options.frames) {
-    for (const FrameMap::Piece& piece : options.frames->pieces)
-      follower.kept.push_back({piece.sourceFirst, piece.count, piece.place});
-  } else if (oldFrameCount == newFrameCount) {
-    follower.kept = {{0, oldFrameCount, 0}};
-  } else {
-    const std::int64_t end = samples.commonEnd();
-    follower.kept = {{0, samples.commonBeginning(), 0},
-                     {oldFrameCount - end, end, newFrameCount - end}};
-  }
+FrameFollower followerOf(const FrameMap& frames, std::int64_t oldFrameCount) {
+  FrameFollower follower{.oldFrameCount = oldFrameCount, .newFrameCount = frames.frameCount};
+  for (const FrameMap::Piece& piece : frames.pieces)
+    follower.kept.push_back({piece.sourceFirst, piece.count, piece.place});
   return follower;
 }
 
-/// The channels as the file has them. One whose layout does not say the order has its own.
-std::vector<const float*> inFileOrder(PlanarView audio, const PCMStream& stream) {
-  std::vector<std::uint32_t> order(audio.channelCount());
-  std::iota(order.begin(), order.end(), 0U);
-  if (const auto& layout = stream.description.layout) {
-    auto stated = core::ChannelOrder::permutationToCanonical(
-        core::ChannelOrder::channelLabels(*layout), static_cast<std::uint32_t>(order.size()));
-    if (stated) order = *std::move(stated);
-  }
-  std::vector<const float*> channels;
-  for (const std::uint32_t channel : order) channels.push_back(audio.channel(channel));
-  return channels;
+/// In slices that stay close to the processor.
+void deliverShort(const SlicedAudio& audio, const SlicedAudio::Take& take) {
+  constexpr std::size_t kFrames = std::size_t{1} << 15;
+  audio.deliver([&](PlanarView slice) {
+    for (std::size_t first = 0; first < slice.frameCount(); first += kFrames)
+      take(slice.slice(first, std::min(kFrames, slice.frameCount() - first)));
+  });
 }
 
 }  // namespace
 
-Outcome write(PlanarView audio, const InputFile& file, AtomicFile& target, const Options& options,
-              const Execution& execution) {
+Outcome write(const SlicedAudio& audio, const InputFile& file, AtomicFile& target,
+              const Options& options, const Execution& execution) {
   const PCMStream stream = parse(file);
-  const auto frameCount = static_cast<std::int64_t>(audio.frameCount());
-  const auto channels = inFileOrder(audio, stream);
-  KeptSamples samples(file, stream, {channels, audio.frameCount()});
+  const std::int64_t frameCount = audio.frameCount;
+  const FrameMap frames =
+      options.frames ? *options.frames : KeptSamples::commonFrames(file, stream, audio);
+  KeptSamples samples(file, stream, frames);
+  const bool hasChanged = samples.hasChanged(audio);
   MetadataChanges metadata =
-      followEdit(file, stream, followerOf(options, samples, stream.frameCount, frameCount),
-                 samples.hasChanged(), options.loudness);
+      followEdit(file, stream, followerOf(frames, stream.frameCount), hasChanged, options.loudness);
   RewritePlan plan;
   try {
     plan = planRewrite(file, stream,
                        {.frameCount = frameCount,
-                        .hasChangedAudio = samples.hasChanged(),
+                        .hasChangedAudio = hasChanged,
                         .chunkChanges = std::move(metadata.chunkChanges),
                         .newChunks = std::move(metadata.newChunks)});
   } catch (const UnwritableFormat& error) {
     throw PlatformError(target.target(), error.errorDescription());
   }
   Checksum sum;
-  StageProgress progress(execution.observer, "Writing", audio.frameCount());
-  const std::size_t frameBytes = stream.description.dataFormat.bytesPerFrame;
+  StageProgress progress(execution.observer, "Writing", static_cast<std::size_t>(frameCount));
   writeRewrite(plan, file, target, [&](AtomicFile& output) {
-    samples.write(options.ditherSeed, [&](std::span<const std::byte> bytes) {
+    deliverShort(audio, [&](PlanarView slice) {
+      const auto bytes = samples.store(slice, options.ditherSeed);
       if (options.isReadBack) sum.add(bytes);
       output.write(bytes);
-      progress.advance(bytes.size() / frameBytes);
+      progress.advance(slice.frameCount());
     });
   });
   if (options.isReadBack) verify(target.readablePath(), file, stream, plan, frameCount, sum);
-  return {.hasChangedAudio = samples.hasChanged(),
+  return {.hasChangedAudio = hasChanged,
           .samples = samples.losses(),
           .notes = std::move(metadata.notes)};
 }

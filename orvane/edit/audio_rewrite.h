@@ -7,11 +7,11 @@
 
 #include "orvane/container/broadcast_loudness.h"
 #include "orvane/edit/frame_map.h"
+#include "orvane/edit/sliced_audio.h"
 #include "orvane/platform/atomic_file.h"
 #include "orvane/platform/execution.h"
 #include "orvane/platform/export.h"
 #include "orvane/platform/input_file.h"
-#include "orvane/platform/planar_view.h"
 #include "orvane/platform/sample_conversion.h"
 
 /// Writes edited audio with everything else that its file holds. Container, sample format and
@@ -45,7 +45,7 @@ struct Outcome {
 ///
 /// Throws `PlatformError` with the target's name, for what the container cannot hold too, and
 /// `Cancelled` when the observer asks for it.
-ORVANE_API Outcome write(PlanarView audio, const InputFile& file, AtomicFile& target,
+ORVANE_API Outcome write(const SlicedAudio& audio, const InputFile& file, AtomicFile& target,
                          const Options& options = {}, const Execution& execution = {});
 
 }  // namespace orvane::AudioRewrite

@@ -152,15 +152,20 @@ EditChain::EditChain(std::vector<Edit> edits, std::int64_t frameCount, std::uint
   }
 }
 
-std::shared_ptr<PCMBuffer> EditChain::load(AudioSource& source) const {
-  const std::int64_t channelCount = source.format().channelCount;
+std::int64_t EditChain::heldBytes(std::uint32_t channelCount) const {
   // The best pass so far of a normalisation stands beside the one that is tried.
   const bool normalizes = std::ranges::any_of(
       edits_, [](const Edit& edit) { return std::holds_alternative<NormalizeEdit>(edit); });
-  const std::int64_t copies = normalizes ? 2 : 1;
-  if (!AudioLoadLimits::isWithinLimits(largestFrameCount_, channelCount) ||
-      !AudioLoadLimits::inRAMRebuildFitsLive(
-          AudioLoadLimits::decodedBytes(largestFrameCount_, channelCount), copies))
+  return AudioLoadLimits::decodedBytes(largestFrameCount_, channelCount) * (normalizes ? 2 : 1);
+}
+
+bool EditChain::fitsIntoMemory(std::uint32_t channelCount) const {
+  return AudioLoadLimits::isWithinLimits(largestFrameCount_, channelCount) &&
+         AudioLoadLimits::inRAMRebuildFitsLive(heldBytes(channelCount), 1);
+}
+
+std::shared_ptr<PCMBuffer> EditChain::load(AudioSource& source) const {
+  if (!fitsIntoMemory(source.format().channelCount))
     throw PlatformError(source.url(), "there is not enough memory to edit so much audio");
   auto buffer = source.makeBuffer(static_cast<std::uint32_t>(largestFrameCount_));
   source.read(*buffer);

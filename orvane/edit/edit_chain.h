@@ -131,6 +131,11 @@ class ORVANE_API EditChain {
   /// Where all of them together put the frames.
   const FrameMap& frameMap() const noexcept { return map_; }
 
+  /// What `load` and `apply` hold at most, in bytes.
+  std::int64_t heldBytes(std::uint32_t channelCount) const;
+  /// Whether the memory suffices for that.
+  bool fitsIntoMemory(std::uint32_t channelCount) const;
+
   /// Loads all of a source that nothing has been read of, of the length and channels that the chain
   /// was made for, with room for the edits. Throws what reading throws, and `PlatformError` when
   /// the memory does not suffice. A damaged source may end before its length.

@@ -39,7 +39,8 @@ void requireWritable(const fs::path& url) {
 }
 
 /// The file as its header says, checked against the audio.
-std::unique_ptr<AudioFile> openMatching(const fs::path& url, PlanarView audio, double rate) {
+std::unique_ptr<AudioFile> openMatching(const fs::path& url, std::size_t channelCount,
+                                        double rate) {
   const std::string extension = extensionOf(url);
   const auto container = audioContainerFromExtension(extension);
   if (!container) throw InPlaceSaveError::unsupportedContainer(extension);
@@ -56,9 +57,9 @@ std::unique_ptr<AudioFile> openMatching(const fs::path& url, PlanarView audio, d
   const StreamDescription& format = file->description().dataFormat;
   if (format.formatID != kFormatLinearPCM)
     throw InPlaceSaveError::notLinearPCM(fourCC(format.formatID));
-  if (format.sampleRate != rate || format.channelsPerFrame != audio.channelCount())
+  if (format.sampleRate != rate || format.channelsPerFrame != channelCount)
     throw InPlaceSaveError::formatMismatch(format.sampleRate, format.channelsPerFrame, rate,
-                                           static_cast<std::int64_t>(audio.channelCount()));
+                                           static_cast<std::int64_t>(channelCount));
   return file;
 }
 
@@ -71,7 +72,7 @@ const std::set<std::string>& supportedExtensions() {
 }
 
 AudioFormatSettings writeSettings(const fs::path& url, const PCMBuffer& buffer) {
-  const auto file = openMatching(url, buffer.view(), buffer.sampleRate());
+  const auto file = openMatching(url, buffer.channelCount(), buffer.sampleRate());
   AudioFormatSettings settings = file->fileFormat();
   settings.fileTypeID = file->description().fileTypeID;
   settings.layout = file->description().layout;
@@ -102,9 +103,11 @@ Outcome write(const PCMBuffer& buffer, const fs::path& over, const Options& opti
   return write(buffer.view(), buffer.sampleRate(), over, options);
 }
 
-Outcome write(PlanarView audio, double sampleRate, const fs::path& over, const Options& options) {
+Outcome write(const SlicedAudio& audio, double sampleRate, const fs::path& over,
+              const Options& options) {
   const auto version = options.version ? options.version : FileStamp::of(over);
-  const AudioFormat fileFormat = openMatching(over, audio, sampleRate)->processingFormat();
+  const AudioFormat fileFormat =
+      openMatching(over, audio.channelCount, sampleRate)->processingFormat();
   requireWritable(over);
   try {
     fileOrder(fileFormat);  // what it refuses is refused before anything is written

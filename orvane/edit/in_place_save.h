@@ -43,8 +43,8 @@ ORVANE_API Outcome write(const PCMBuffer& buffer, const std::filesystem::path& o
                          const Options& options);
 ORVANE_API Outcome write(const PCMBuffer& buffer, const std::filesystem::path& over);
 /// The same of audio that somebody else owns.
-ORVANE_API Outcome write(PlanarView audio, double sampleRate, const std::filesystem::path& over,
-                         const Options& options);
+ORVANE_API Outcome write(const SlicedAudio& audio, double sampleRate,
+                         const std::filesystem::path& over, const Options& options);
 
 /// The settings under which the file would be rewritten, which are its own. Throws
 /// `InPlaceSaveError` for a file that cannot be rewritten with that audio.

@@ -1,134 +1,161 @@
 #include "orvane/edit/kept_samples.h"
 
 #include <algorithm>
-#include <cmath>
-#include <cstring>
+#include <numeric>
+#include <utility>
+
+#include "orvane/container/changed_samples.h"
+#include "orvane/core/channel_order.h"
 
 namespace orvane {
 namespace {
 
-constexpr std::int64_t kPieceBytes = 1 << 19;
-
-/// To the bit, so that payloads of NaN count and zeros keep their sign.
-bool isSame(float a, float b) {
-  return std::memcmp(&a, &b, sizeof a) == 0;
+std::int64_t lengthOf(PlanarView audio) {
+  return static_cast<std::int64_t>(audio.frameCount());
 }
 
-bool areSame(PlanarView a, PlanarView b) {
-  for (std::size_t channel = 0; channel < a.channelCount(); ++channel)
-    if (std::memcmp(a.channel(channel), b.channel(channel), a.frameCount() * sizeof(float)) != 0)
-      return false;
-  return true;
+PlanarView part(PlanarView audio, std::int64_t first, const FrameRange& range) {
+  return audio.slice(static_cast<std::size_t>(range.start - first),
+                     static_cast<std::size_t>(range.length()));
 }
 
-bool isSameFrame(PlanarView a, PlanarView b, std::size_t frame) {
-  for (std::size_t channel = 0; channel < a.channelCount(); ++channel)
-    if (!isSame(a.channel(channel)[frame], b.channel(channel)[frame])) return false;
-  return true;
+/// The channels as the file has them. One whose layout does not say the order has its own.
+std::vector<std::uint32_t> fileOrder(const PCMStream& stream) {
+  std::vector<std::uint32_t> order(stream.description.dataFormat.channelsPerFrame);
+  std::iota(order.begin(), order.end(), 0U);
+  if (const auto& layout = stream.description.layout) {
+    auto stated = core::ChannelOrder::permutationToCanonical(
+        core::ChannelOrder::channelLabels(*layout), static_cast<std::uint32_t>(order.size()));
+    if (stated) order = *std::move(stated);
+  }
+  return order;
 }
 
 }  // namespace
 
-KeptSamples::KeptSamples(const InputFile& file, const PCMStream& stream, PlanarView edited)
+KeptSamples::KeptSamples(const InputFile& file, const PCMStream& stream, FrameMap frames)
     : file_(file),
       stream_(stream),
-      edited_(edited),
+      frames_(std::move(frames)),
+      order_(fileOrder(stream)),
       frameBytes_(stream.description.dataFormat.bytesPerFrame),
-      newCount_(static_cast<std::int64_t>(edited.frameCount())),
-      floats_(edited.channelCount()),
-      pointers_(edited.channelCount()) {
-  beginning_ = findBeginning();
-  const std::int64_t least = std::min(newCount_, stream_.frameCount);
-  hasChanged_ = newCount_ != stream_.frameCount || beginning_ != newCount_;
-  if (newCount_ != stream_.frameCount) end_ = findEnd(least - beginning_);
+      floats_(order_.size()),
+      pointers_(order_.size()) {}
+
+FrameMap KeptSamples::commonFrames(const InputFile& file, const PCMStream& stream,
+                                   const SlicedAudio& edited) {
+  const std::int64_t before = stream.frameCount;
+  const std::int64_t after = edited.frameCount;
+  if (before == after) return FrameMap::identity(after);
+  const std::int64_t least = std::min(before, after);
+  KeptSamples samples(file, stream, {});
+  std::int64_t firstOther = least;             // as both begin
+  std::int64_t lastOther = after - least - 1;  // as both end
+  std::int64_t first = 0;
+  edited.deliver([&](PlanarView slice) {
+    const PlanarView audio = samples.inFileOrder(slice);
+    const FrameRange held{first, first + lengthOf(slice)};
+    const auto differs = [&](const FrameRange& range, std::int64_t shift, auto found) {
+      if (range.isEmpty()) return;
+      const PlanarView a = part(audio, first, range);
+      const PlanarView b = samples.floatsAt(range.start + shift, range.length());
+      if (ChangedSamples::areSame(a, b)) return;
+      for (std::size_t i = 0; i < a.frameCount(); ++i)
+        if (!ChangedSamples::areSame(a.slice(i, 1), b.slice(i, 1)))
+          found(range.start + static_cast<std::int64_t>(i));
+    };
+    differs(held.within({0, firstOther}), 0,
+            [&](std::int64_t frame) { firstOther = std::min(firstOther, frame); });
+    differs(held.within({after - least, after}), before - after,
+            [&](std::int64_t frame) { lastOther = frame; });
+    first = held.end;
+  });
+  const std::int64_t end = std::min(after - 1 - lastOther, least - firstOther);
+  FrameMap map{.frameCount = after};
+  if (firstOther > 0) map.pieces.push_back({.count = firstOther});
+  if (end > 0)
+    map.pieces.push_back({.sourceFirst = before - end, .count = end, .place = after - end});
+  return map;
 }
 
-std::span<const std::byte> KeptSamples::storedAt(std::int64_t first, std::int64_t count) {
+PlanarView KeptSamples::inFileOrder(PlanarView audio) {
+  ordered_.clear();
+  for (const std::uint32_t channel : order_) ordered_.push_back(audio.channel(channel));
+  return {ordered_, audio.frameCount()};
+}
+
+PlanarView KeptSamples::floatsAt(std::int64_t sourceFrame, std::int64_t count) {
   stored_.resize(static_cast<std::size_t>(count * frameBytes_));
-  file_.readExactlyAt(stream_.dataOffset + static_cast<std::uint64_t>(first * frameBytes_),
+  file_.readExactlyAt(stream_.dataOffset + static_cast<std::uint64_t>(sourceFrame * frameBytes_),
                       stored_);
-  return stored_;
-}
-
-PlanarView KeptSamples::floatsOf(std::span<const std::byte> stored, std::int64_t count) {
   const auto frames = static_cast<std::size_t>(count);
   for (std::size_t channel = 0; channel < floats_.size(); ++channel) {
     floats_[channel].resize(std::max(floats_[channel].size(), frames));
     pointers_[channel] = floats_[channel].data();
   }
   const MutablePlanarView floats(pointers_, frames);
-  deinterleaveToFloat(stream_.sample, stored.data(), floats);
+  deinterleaveToFloat(stream_.sample, stored_.data(), floats);
   return floats;
 }
 
-std::int64_t KeptSamples::findBeginning() {
-  const std::int64_t most = std::min(newCount_, stream_.frameCount);
-  const std::int64_t piece = std::max<std::int64_t>(kPieceBytes / frameBytes_, 1);
-  for (std::int64_t first = 0; first < most; first += piece) {
-    const std::int64_t count = std::min(piece, most - first);
-    const PlanarView before = floatsOf(storedAt(first, count), count);
-    const PlanarView after = edited_.slice(static_cast<std::size_t>(first), before.frameCount());
-    if (areSame(before, after)) continue;
-    std::size_t frame = 0;
-    while (isSameFrame(before, after, frame)) ++frame;
-    return first + static_cast<std::int64_t>(frame);
+bool KeptSamples::hasChanged(const SlicedAudio& edited) {
+  bool hasChanged = frames_ != FrameMap::identity(stream_.frameCount);
+  if (hasChanged) return true;
+  std::int64_t first = 0;
+  edited.deliver([&](PlanarView slice) {
+    hasChanged = hasChanged ||
+                 !ChangedSamples::areSame(inFileOrder(slice), floatsAt(first, lengthOf(slice)));
+    first += lengthOf(slice);
+  });
+  return hasChanged;
+}
+
+std::span<const std::byte> KeptSamples::store(PlanarView audio,
+                                              std::optional<std::uint64_t> ditherSeed) {
+  const PlanarView edited = inFileOrder(audio);
+  const FrameRange all{position_, position_ + lengthOf(edited)};
+  bytes_.resize(static_cast<std::size_t>(all.length() * frameBytes_));
+  const auto convertUpTo = [&](std::int64_t end) {
+    convert(part(edited, all.start, {position_, end}), ditherSeed, all);
+    position_ = end;
+  };
+  for (const FrameMap::Piece& piece : frames_.pieces) {
+    // Where two pieces overlap the first one counts; what is mixed of both differs from it.
+    const auto range =
+        FrameRange{piece.place, piece.place + piece.count}.within({position_, all.end});
+    if (range.isEmpty()) continue;
+    convertUpTo(range.start);
+    keep(part(edited, all.start, range), piece.sourceFirst + range.start - piece.place, ditherSeed,
+         all);
+    position_ = range.end;
   }
-  return most;
+  convertUpTo(all.end);
+  return bytes_;
 }
 
-std::int64_t KeptSamples::findEnd(std::int64_t most) {
-  const std::int64_t piece = std::max<std::int64_t>(kPieceBytes / frameBytes_, 1);
-  for (std::int64_t done = 0; done < most; done += piece) {
-    const std::int64_t count = std::min(piece, most - done);
-    const PlanarView before = floatsOf(storedAt(stream_.frameCount - done - count, count), count);
-    const PlanarView after =
-        edited_.slice(static_cast<std::size_t>(newCount_ - done - count), before.frameCount());
-    if (areSame(before, after)) continue;
-    std::size_t same = 0;
-    while (isSameFrame(before, after, before.frameCount() - 1 - same)) ++same;
-    return done + static_cast<std::int64_t>(same);
+std::byte* KeptSamples::bytesAt(const FrameRange& slice) {
+  return bytes_.data() + (position_ - slice.start) * frameBytes_;
+}
+
+void KeptSamples::convert(PlanarView edited, std::optional<std::uint64_t> ditherSeed,
+                          const FrameRange& slice) {
+  losses_ += ditherSeed ? interleaveDithered(stream_.sample, edited, {*ditherSeed, position_},
+                                             bytesAt(slice))
+                        : interleaveFromFloat(stream_.sample, edited, bytesAt(slice));
+}
+
+/// Of frames that were moved as a whole, and perhaps changed.
+void KeptSamples::keep(PlanarView edited, std::int64_t sourceFrame,
+                       std::optional<std::uint64_t> ditherSeed, const FrameRange& slice) {
+  const PlanarView before = floatsAt(sourceFrame, lengthOf(edited));
+  std::byte* const bytes = bytesAt(slice);
+  if (ChangedSamples::areSame(before, edited)) {
+    std::ranges::copy(stored_, bytes);
+    return;
   }
-  return most;
-}
-
-void KeptSamples::write(std::optional<std::uint64_t> ditherSeed,
-                        const std::function<void(std::span<const std::byte>)>& write) {
-  const std::int64_t piece = std::max<std::int64_t>(kPieceBytes / frameBytes_, 1);
-  const std::int64_t edges[] = {0, beginning_, newCount_ - end_, newCount_};
-  for (int part = 0; part < 3; ++part)
-    for (std::int64_t first = edges[part]; first < edges[part + 1]; first += piece) {
-      const std::int64_t count = std::min(piece, edges[part + 1] - first);
-      if (part == 1)
-        convert(first, count, ditherSeed, write);
-      else
-        write(storedAt(part == 0 ? first : first + stream_.frameCount - newCount_, count));
-    }
-}
-
-void KeptSamples::convert(std::int64_t first, std::int64_t count,
-                          std::optional<std::uint64_t> ditherSeed,
-                          const std::function<void(std::span<const std::byte>)>& write) {
-  const PlanarView edited =
-      edited_.slice(static_cast<std::size_t>(first), static_cast<std::size_t>(count));
-  converted_.resize(static_cast<std::size_t>(count * frameBytes_));
-  losses_ += ditherSeed ? interleaveDithered(stream_.sample, edited, {*ditherSeed, first},
-                                             converted_.data())
-                        : interleaveFromFloat(stream_.sample, edited, converted_.data());
-  if (newCount_ == stream_.frameCount) keepUnchanged(edited, storedAt(first, count));
-  write(converted_);
-}
-
-void KeptSamples::keepUnchanged(PlanarView edited, std::span<const std::byte> stored) {
-  const PlanarView before = floatsOf(stored, static_cast<std::int64_t>(edited.frameCount()));
-  const std::size_t width = stream_.sample.bytes;
-  for (std::size_t channel = 0; channel < edited.channelCount(); ++channel)
-    for (std::size_t frame = 0; frame < edited.frameCount(); ++frame)
-      if (isSame(before.channel(channel)[frame], edited.channel(channel)[frame])) {
-        const std::size_t at = (frame * edited.channelCount() + channel) * width;
-        std::memcpy(&converted_[at], &stored[at], width);
-        // It was counted when all were converted, but is not lost.
-        if (!std::isfinite(edited.channel(channel)[frame])) --losses_.nonFinite;
-      }
+  const ChangedSamples changes(edited, before);
+  convert(changes.changed(), ditherSeed, slice);
+  changes.copyUnchanged(stored_.data(), stream_.sample.bytes, bytes);
 }
 
 }  // namespace orvane

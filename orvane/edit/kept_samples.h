@@ -1,11 +1,13 @@
 #pragma once
 
 #include <cstdint>
-#include <functional>
 #include <optional>
+#include <span>
 #include <vector>
 
 #include "orvane/container/pcm_stream.h"
+#include "orvane/edit/frame_map.h"
+#include "orvane/edit/sliced_audio.h"
 #include "orvane/platform/input_file.h"
 #include "orvane/platform/planar_view.h"
 #include "orvane/platform/sample_conversion.h"
@@ -13,51 +15,50 @@
 namespace orvane {
 
 /// The stored samples of a file after an edit: those whose float value the edit did not change keep
-/// the bytes that they had, so that what a float does not hold (32-bit integers, doubles, payloads
-/// of NaN) survives outside of what was edited. Compared are the common beginning and end, and
-/// where the length is the same every sample.
+/// the bytes that they had, wherever it moved them, so that what a float does not hold (32-bit
+/// integers, doubles, payloads of NaN) survives, and nothing is dithered that was not edited.
 class KeptSamples {
  public:
-  /// `edited`: channels in the file's order. Reads what it needs to compare. Throws
-  /// `PlatformError`.
-  KeptSamples(const InputFile& file, const PCMStream& stream, PlanarView edited);
+  /// `frames`: where the edit put the file's frames. All audio has the file's channels, in
+  /// canonical order.
+  KeptSamples(const InputFile& file, const PCMStream& stream, FrameMap frames);
+
+  /// Where an edit has put the frames of which only the result is known: those that both begin with
+  /// or end with, all of them where the length is the same.
+  static FrameMap commonFrames(const InputFile& file, const PCMStream& stream,
+                               const SlicedAudio& edited);
 
   /// Whether any sample or the length is another one.
-  bool hasChanged() const noexcept { return hasChanged_; }
+  bool hasChanged(const SlicedAudio& edited);
 
-  /// Frames that both begin with, and frames that both end with behind those.
-  std::int64_t commonBeginning() const noexcept { return beginning_; }
-  std::int64_t commonEnd() const noexcept { return end_; }
-
-  /// Hands all samples in order to `write`, in pieces.
-  void write(std::optional<std::uint64_t> ditherSeed,
-             const std::function<void(std::span<const std::byte>)>& write);
+  /// The bytes of a slice of the edited audio, in order. They stand until the next call.
+  std::span<const std::byte> store(PlanarView edited, std::optional<std::uint64_t> ditherSeed);
 
   /// Of changed samples that were clipped or not finite.
   const SampleLosses& losses() const noexcept { return losses_; }
 
+  std::int64_t frameBytes() const noexcept { return frameBytes_; }
+
  private:
-  std::span<const std::byte> storedAt(std::int64_t first, std::int64_t count);
-  PlanarView floatsOf(std::span<const std::byte> stored, std::int64_t count);
-  std::int64_t findBeginning();
-  std::int64_t findEnd(std::int64_t most);
-  void convert(std::int64_t first, std::int64_t count, std::optional<std::uint64_t> ditherSeed,
-               const std::function<void(std::span<const std::byte>)>& write);
-  void keepUnchanged(PlanarView edited, std::span<const std::byte> stored);
+  PlanarView inFileOrder(PlanarView audio);
+  PlanarView floatsAt(std::int64_t sourceFrame, std::int64_t count);
+  std::byte* bytesAt(const FrameRange& slice);
+  void convert(PlanarView edited, std::optional<std::uint64_t> ditherSeed, const FrameRange& slice);
+  void keep(PlanarView edited, std::int64_t sourceFrame, std::optional<std::uint64_t> ditherSeed,
+            const FrameRange& slice);
 
   const InputFile& file_;
   const PCMStream& stream_;
-  PlanarView edited_;
+  FrameMap frames_;
+  std::vector<std::uint32_t> order_;  ///< canonical channel of each stored one
   std::int64_t frameBytes_;
-  std::int64_t newCount_;
-  std::int64_t beginning_ = 0;
-  std::int64_t end_ = 0;
-  bool hasChanged_ = false;
+  std::int64_t position_ = 0;  ///< next frame to be stored
   SampleLosses losses_{};
   std::vector<std::byte> stored_{};
-  std::vector<std::byte> converted_{};
+  std::vector<std::byte> bytes_{};
   std::vector<std::vector<float>> floats_{};
   std::vector<float*> pointers_{};
+  std::vector<const float*> ordered_{};
 };
 
 }  // namespace orvane

@@ -3,36 +3,13 @@
 #include <algorithm>
 #include <vector>
 
-#include "orvane/core/channel_order.h"
-#include "orvane/core/loudness/loudness_processor.h"
-#include "orvane/platform/parallel.h"
+#include "orvane/edit/sliced_meter.h"
 #include "orvane/platform/sample_conversion.h"
 #include "orvane/platform/stage_progress.h"
 
 namespace orvane {
 
 namespace {
-
-/// Measures all of it in slices, `prepared` as the meters are to hear them, by two tasks.
-template <class Prepare>
-void meter(core::LoudnessProcessor& meter, PlanarView all, const Execution& execution,
-           Prepare prepared) {
-  StageProgress progress(execution.observer, "Measuring", 2 * all.frameCount());
-  parallelFor(execution.threadCount, 2, [&](std::size_t task) {
-    constexpr std::size_t kSlice = std::size_t{1} << 20;
-    auto prepare = prepared;
-    for (std::size_t first = 0; first < all.frameCount(); first += kSlice) {
-      const PlanarView slice =
-          prepare(all.slice(first, std::min(kSlice, all.frameCount() - first)));
-      if (task == 0)
-        meter.process(slice);
-      else
-        meter.updateTruePeak(slice);
-      progress.advance(slice.frameCount());
-    }
-  });
-  meter.flushPartialBlock();
-}
 
 /// Samples as they come back from the file.
 class StoredSlice {
@@ -62,23 +39,32 @@ class StoredSlice {
 }  // namespace
 
 ProgrammeLevels measureLevels(const PCMBuffer& audio, const Execution& execution) {
-  core::LoudnessProcessor loudness(audio.sampleRate(), audio.channelCount(), std::nullopt,
-                                   core::ChannelOrder::bs1770Weights(audio));
-  meter(loudness, audio.view(), execution, [](PlanarView slice) { return slice; });
-  return {.integratedLUFS = loudness.integratedLUFS(), .truePeakDB = loudness.truePeakDB()};
+  SlicedMeter meter(audio.format());
+  StageProgress progress(execution.observer, "Measuring", audio.frameLength());
+  SlicedAudio(audio.view()).deliver([&](PlanarView slice) {
+    meter.process(slice, execution.threadCount);
+    progress.advance(slice.frameCount());
+  });
+  return meter.levels();
 }
 
-BroadcastLoudness measureBroadcastLoudness(PlanarView audio, const AudioFormat& format,
+BroadcastLoudness measureBroadcastLoudness(const SlicedAudio& audio, const AudioFormat& format,
                                            SampleEncoding stored, const Execution& execution) {
-  core::LoudnessProcessor loudness(format.sampleRate, format.channelCount, std::nullopt,
-                                   core::ChannelOrder::bs1770Weights(format));
-  loudness.isRecording = true;
-  meter(loudness, audio, execution, StoredSlice(stored, audio.channelCount()));
-  BroadcastLoudness figures{.integratedLUFS = loudness.integratedLUFS(),
-                            .rangeLU = loudness.loudnessRange(),
-                            .maxTruePeakDB = loudness.truePeakDB()};
+  SlicedMeter meter(format);
+  meter.meter().isRecording = true;
+  StoredSlice asStored(stored, format.channelCount);
+  StageProgress progress(execution.observer, "Measuring",
+                         static_cast<std::size_t>(audio.frameCount));
+  audio.deliver([&](PlanarView slice) {
+    meter.process(asStored(slice), execution.threadCount);
+    progress.advance(slice.frameCount());
+  });
+  const ProgrammeLevels levels = meter.levels();
+  BroadcastLoudness figures{.integratedLUFS = levels.integratedLUFS,
+                            .rangeLU = meter.meter().loudnessRange(),
+                            .maxTruePeakDB = levels.truePeakDB};
   // An absent figure lies below every other.
-  for (const auto& entry : loudness.history()) {
+  for (const auto& entry : meter.meter().history()) {
     figures.maxMomentaryLUFS = std::max(figures.maxMomentaryLUFS, std::optional(entry.momentary));
     figures.maxShortTermLUFS = std::max(figures.maxShortTermLUFS, std::optional(entry.shortTerm));
   }

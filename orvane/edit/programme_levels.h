@@ -1,10 +1,10 @@
 #pragma once
 
 #include "orvane/container/broadcast_loudness.h"
+#include "orvane/edit/sliced_audio.h"
 #include "orvane/platform/execution.h"
 #include "orvane/platform/export.h"
 #include "orvane/platform/pcm_buffer.h"
-#include "orvane/platform/planar_view.h"
 #include "orvane/platform/sample_encoding.h"
 
 namespace orvane {
@@ -23,7 +23,8 @@ ORVANE_API ProgrammeLevels measureLevels(const PCMBuffer& audio, const Execution
 
 /// What a broadcast extension states of audio of that format which is stored so: what measuring the
 /// file gives, clipped samples and all. The stage is "Measuring". Throws `Cancelled`.
-ORVANE_API BroadcastLoudness measureBroadcastLoudness(PlanarView audio, const AudioFormat& format,
+ORVANE_API BroadcastLoudness measureBroadcastLoudness(const SlicedAudio& audio,
+                                                      const AudioFormat& format,
                                                       SampleEncoding stored,
                                                       const Execution& execution = {});
 

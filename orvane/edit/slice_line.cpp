@@ -40,10 +40,7 @@ class Run {
 
 SliceLine::SliceLine(Opening open, const AudioFormat& format, std::int64_t frameCount,
                      const Execution& execution)
-    : open_(std::move(open)), format_(format), frameCount_(frameCount), execution_(execution) {
-  if (const auto buffer = PCMBuffer::make(format, 1))
-    weights_ = core::ChannelOrder::bs1770Weights(*buffer);
-}
+    : open_(std::move(open)), format_(format), frameCount_(frameCount), execution_(execution) {}
 
 void SliceLine::run(const SliceStage::Next& take) {
   std::vector<std::unique_ptr<SliceStage>> stages;

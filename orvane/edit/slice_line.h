@@ -24,7 +24,7 @@ class SliceLine {
             const Execution& execution);
 
   const AudioFormat& format() const noexcept { return format_; }
-  SlicedMeter makeMeter() const { return {format_, weights_}; }
+  SlicedMeter makeMeter() const { return SlicedMeter(format_); }
 
   template <class Stage, class... Arguments>
   void add(Arguments... arguments) {
@@ -49,7 +49,6 @@ class SliceLine {
   AudioFormat format_;
   std::int64_t frameCount_;
   Execution execution_;
-  std::optional<std::vector<float>> weights_{};
   std::vector<std::function<std::unique_ptr<SliceStage>()>> stages_{};
   bool isMeasuring_ = false;
   ProgrammeLevels sourceLevels_{};

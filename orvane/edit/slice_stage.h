@@ -45,6 +45,9 @@ class MoveStage final : public SliceStage {
   void process(MutablePlanarView slice, const Next& next) override;
   void finish(const Next& next) override;
 
+  /// Whether all frames of the pieces have come.
+  bool hasAll() const noexcept { return sources_.empty() || position_ >= sources_.back().end; }
+
  private:
   std::int64_t knownPlaces() const;
   void render(std::int64_t end, const Next& next);

@@ -152,16 +152,18 @@ struct SlicedEdit::State {
   ProgrammeLevels levelsAfter{};
 };
 
-SlicedEdit::SlicedEdit(const EditChain& chain, const AudioFormat& format, Opening open,
-                       const Execution& execution)
-    : state_(std::make_unique<State>(
-          State{chain, SliceLine(std::move(open), format, chain.sourceFrameCount(), execution),
-                execution})) {
-  const std::int64_t frameBytes = std::int64_t{format.channelCount} * std::int64_t{sizeof(float)};
+void SlicedEdit::requirePossible(const EditChain& chain, std::uint32_t channelCount) {
+  const std::int64_t frameBytes = std::int64_t{channelCount} * std::int64_t{sizeof(float)};
   for (std::size_t i = 0; i < chain.steps().size(); ++i)
     if (longestCrossfade(chain.steps()[i]) > kMostHeldBytes / frameBytes)
       throw EditChainError(EditChainError::Case::longCrossfade, i);
 }
+
+SlicedEdit::SlicedEdit(const EditChain& chain, const AudioFormat& format, Opening open,
+                       const Execution& execution)
+    : state_(std::make_unique<State>(
+          State{chain, SliceLine(std::move(open), format, chain.sourceFrameCount(), execution),
+                execution})) {}
 SlicedEdit::~SlicedEdit() = default;
 
 std::vector<Normalization> SlicedEdit::prepare(bool measures) {
@@ -180,7 +182,12 @@ std::vector<Normalization> SlicedEdit::prepare(bool measures) {
   return normalizations;
 }
 
-void SlicedEdit::deliver(const Take& take) {
+SlicedAudio SlicedEdit::audio() {
+  return {state_->line.format().channelCount, state_->chain.frameMap().frameCount,
+          [this](const SlicedAudio::Take& take) { deliver(take); }};
+}
+
+void SlicedEdit::deliver(const SlicedAudio::Take& take) {
   std::optional<SlicedMeter> meter;
   if (std::exchange(state_->isMeasuring, false)) meter.emplace(state_->line.makeMeter());
   state_->line.run([&](MutablePlanarView slice) {

@@ -8,9 +8,9 @@
 #include "orvane/audio/audio_source.h"
 #include "orvane/edit/edit_chain.h"
 #include "orvane/edit/programme_levels.h"
+#include "orvane/edit/sliced_audio.h"
 #include "orvane/platform/execution.h"
 #include "orvane/platform/export.h"
-#include "orvane/platform/planar_view.h"
 
 namespace orvane {
 
@@ -36,9 +36,11 @@ class ORVANE_API SlicedEdit {
  public:
   /// Opens the source, of which nothing has been read.
   using Opening = std::function<std::shared_ptr<AudioSource>()>;
-  using Take = std::function<void(PlanarView)>;
 
-  /// `format`: the source's. Throws `EditChainError` for a crossfade that is too long to be held.
+  /// Throws `EditChainError` for a crossfade that is too long to be held.
+  static void requirePossible(const EditChain& chain, std::uint32_t channelCount);
+
+  /// `chain` is one that is possible, `format` the source's.
   SlicedEdit(const EditChain& chain, const AudioFormat& format, Opening open,
              const Execution& execution = {});
   ~SlicedEdit();
@@ -46,16 +48,19 @@ class ORVANE_API SlicedEdit {
   SlicedEdit& operator=(const SlicedEdit&) = delete;
 
   /// Finds out what has to be known beforehand, and gives what came of normalising the loudness, in
-  /// order. With `measures` the levels are known after that and after `deliver`. To be called once.
+  /// order. With `measures` the levels are known after that and after the audio has been
+  /// delivered once.
   std::vector<Normalization> prepare(bool measures);
 
-  /// Hands all of the edited audio to `take`, in order; after `prepare`, any number of times.
-  void deliver(const Take& take);
+  /// The edited audio, after `prepare`, for as long as this lives.
+  SlicedAudio audio();
 
   const ProgrammeLevels& levelsBefore() const noexcept;
   const ProgrammeLevels& levelsAfter() const noexcept;
 
  private:
+  void deliver(const SlicedAudio::Take& take);
+
   struct State;
   std::unique_ptr<State> state_;
 };

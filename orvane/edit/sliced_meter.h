@@ -14,9 +14,12 @@ namespace orvane {
 /// Measures audio that comes in slices of any size, to the bit as audio in memory is measured.
 class SlicedMeter {
  public:
-  SlicedMeter(const AudioFormat& format, const std::optional<std::vector<float>>& weights)
+  explicit SlicedMeter(const AudioFormat& format)
       : slices_(format.channelCount, EditOperations::kMeteredFrames),
-        meter_(format.sampleRate, format.channelCount, std::nullopt, weights) {}
+        meter_(format.sampleRate, format.channelCount, std::nullopt,
+               core::ChannelOrder::bs1770Weights(format)) {}
+
+  core::LoudnessProcessor& meter() noexcept { return meter_; }
 
   /// Loudness alone.
   void process(PlanarView audio) {

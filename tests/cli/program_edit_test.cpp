@@ -351,11 +351,6 @@ TEST_F(ProgramEdit, RefusesWhatWouldDoOrLeaveNothing) {
                 "mono.wav: swap: only the two channels of stereo can be swapped");
 }
 
-TEST_F(ProgramEdit, RefusesWhatItCannotHold) {
-  expectFailure({"silence", "after", "1", "in.wav", "-o", "out.wav", "--length", "99:00:00"},
-                "in.wav: there is not enough memory to edit so much audio");
-}
-
 TEST_F(ProgramEdit, WritesOntoNothingThatIsThereOrRead) {
   const auto before = orvane::test::readFile(folder() / "in.wav");
   EXPECT_THAT(edit({"invert", "in.wav", "-o", "in.wav", "--force"}).errors,

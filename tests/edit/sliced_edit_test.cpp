@@ -64,7 +64,7 @@ class SlicedEditTest : public testing::Test {
                     {.threadCount = threadCount});
     Edited edited;
     edited.normalizations = edit.prepare(true);
-    edit.deliver([&](PlanarView slice) { append(edited.channels, slice); });
+    edit.audio().deliver([&](PlanarView slice) { append(edited.channels, slice); });
     edited.before = edit.levelsBefore();
     edited.after = edit.levelsAfter();
     return edited;
@@ -147,8 +147,8 @@ TEST_F(SlicedEditTest, IsTheSameOnMoreThreadsAndEachTime) {
   edit.prepare(false);
   ChannelArrays once;
   ChannelArrays again;
-  edit.deliver([&](PlanarView slice) { append(once, slice); });
-  edit.deliver([&](PlanarView slice) { append(again, slice); });
+  edit.audio().deliver([&](PlanarView slice) { append(once, slice); });
+  edit.audio().deliver([&](PlanarView slice) { append(again, slice); });
   EXPECT_EQ(once, again);
 }
 
@@ -156,7 +156,7 @@ TEST_F(SlicedEditTest, RefusesACrossfadeThatIsTooLongToBeHeld) {
   constexpr std::int64_t kHour = 172'800'000;
   const EditChain chain({SwapEdit{}, CutEdit{{kHour, kHour + 1}, 10'000'000}}, 2 * kHour, 2);
   try {
-    const SlicedEdit edit(chain, open()->format(), [this] { return open(); });
+    SlicedEdit::requirePossible(chain, 2);
     ADD_FAILURE() << "nothing is thrown";
   } catch (const EditChainError& error) {
     EXPECT_EQ(error, EditChainError(EditChainError::Case::longCrossfade, 1));
@@ -168,7 +168,7 @@ TEST_F(SlicedEditTest, TellsThatTheSourceEndsEarly) {
                   [this] { return open(); });
   EXPECT_TRUE(edit.prepare(true).empty());
   try {
-    edit.deliver([](PlanarView) {});
+    edit.audio().deliver([](PlanarView) {});
     ADD_FAILURE() << "nothing is thrown";
   } catch (const AudioEndsEarly& error) {
     EXPECT_EQ(error.frameCount(), kFrames);
