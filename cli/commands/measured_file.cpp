@@ -1,6 +1,10 @@
 #include "cli/commands/measured_file.h"
 
+#include <algorithm>
+#include <cstdint>
+#include <string>
 #include <utility>
+#include <vector>
 
 #include "cli/output/codec_text.h"
 #include "cli/output/number_text.h"
@@ -8,6 +12,27 @@
 #include "orvane/core/loudness/loudness_grid.h"
 
 namespace orvane::cli {
+namespace {
+
+/// Pairs in the order of their first channel, as the channels that are all alike.
+std::vector<std::vector<std::int64_t>> groupsOf(
+    const std::vector<ProgrammeQuality::ChannelPair>& pairs) {
+  std::vector<std::vector<std::int64_t>> groups;
+  const auto holds = [](const std::vector<std::int64_t>& group, std::int64_t channel) {
+    return std::find(group.begin(), group.end(), channel) != group.end();
+  };
+  for (const auto& pair : pairs) {
+    const auto group = std::find_if(groups.begin(), groups.end(),
+                                    [&](const auto& each) { return holds(each, pair.first); });
+    if (group == groups.end())
+      groups.push_back({pair.first, pair.second});
+    else if (!holds(*group, pair.second))
+      group->push_back(pair.second);
+  }
+  return groups;
+}
+
+}  // namespace
 
 std::string encodingText(const AudioFileIdentity& identity, int sourceBitDepth) {
   std::string text = codecText(identity);
@@ -84,9 +109,12 @@ std::vector<std::string> MeasuredFile::qualityNotes() const {
                     NumberText::duration(seconds(gap->startFrame)) + ".");
   for (const auto channel : quality.silentChannels)
     texts.push_back("Channel " + nameOf(channel) + " is silent.");
-  for (const auto& pair : quality.identicalChannels)
-    texts.push_back("Channels " + nameOf(pair.first) + " and " + nameOf(pair.second) +
-                    " are identical.");
+  for (const auto& group : groupsOf(quality.identicalChannels)) {
+    std::string text = "Channels ";
+    for (std::size_t i = 0; i < group.size(); ++i)
+      text += (i == 0 ? "" : i + 1 < group.size() ? ", " : " and ") + nameOf(group[i]);
+    texts.push_back(text + " are identical.");
+  }
   for (const auto& pair : quality.invertedChannels)
     texts.push_back("Channels " + nameOf(pair.first) + " and " + nameOf(pair.second) +
                     " are of opposite polarity.");

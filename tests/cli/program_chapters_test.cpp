@@ -60,8 +60,8 @@ TEST_F(ProgramChapters, OfAListAreMeasured) {
 TEST_F(ProgramChapters, ThatDifferFromTheOthersAreFlagged) {
   folder().write("list.csv", "start,name\n0,One\n10,Two\n20,Three\n");
   const auto end = analyze({"--chapters", "list.csv", "--chapter-tolerance", "5"});
-  EXPECT_THAT(end.output, HasSubstr("1  One       0:00.000 – 0:10.000    -30.0      -6.0!"));
-  EXPECT_THAT(end.output, HasSubstr("2  Two       0:10.000 – 0:20.000    -20.0      +4.0 "));
+  EXPECT_THAT(end.output, HasSubstr("1  One      0:00.000 – 0:10.000   -30.0      -6.0!"));
+  EXPECT_THAT(end.output, HasSubstr("2  Two      0:10.000 – 0:20.000   -20.0      +4.0 "));
   EXPECT_THAT(end.output, HasSubstr("Median -24.0 LUFS; flagged (!) when further than ±5.0 LU"));
 }
 

@@ -30,7 +30,9 @@ TEST(AnalysisJson, HasEveryFigureUnderTheNameOfItsField) {
           R"("channelPeakDB":[-1.1,-2.1],"channelRMSDB":[-18.25,-19.25],)"
           R"("channelCrestFactorDB":[17.15,17.15],"channelDCOffset":[0.00012,-0.00034],)"
           R"("channelHasClipping":[false,false],"clippingRunCount":0,"clippingRuns":[],)"
-          R"("nonFiniteSampleCount":0,"warnings":[],"notes":[]})"
+          R"("nonFiniteSampleCount":0,"headSilenceSeconds":0.0,"tailSilenceSeconds":0.0,)"
+          R"("longestGapSeconds":0.0,"silentChannels":[],"identicalChannels":[],)"
+          R"("invertedChannels":[],"warnings":[],"notes":[]})"
           "\n");
 }
 
