@@ -40,7 +40,6 @@ class ProgramNormalize : public ProgramTest {
 };
 
 TEST_F(ProgramNormalize, AnotherMeterReadsTheTarget) {
-  if (orvane::test::toolPath("ffmpeg").empty()) GTEST_SKIP() << "FFmpeg is not installed";
   const std::pair<const char*, const char*> cases[] = {{"-30", "f32"}, {"-16", "s16"}};
   for (const auto& [target, encoding] : cases) {
     const auto end = run({"edit", "normalize", "--target", target, "in.wav", "-o", "out.wav",
@@ -51,7 +50,6 @@ TEST_F(ProgramNormalize, AnotherMeterReadsTheTarget) {
 }
 
 TEST_F(ProgramNormalize, AnotherMeterReadsWhatIsSaidOfATargetThatIsMissed) {
-  if (orvane::test::toolPath("ffmpeg").empty()) GTEST_SKIP() << "FFmpeg is not installed";
   const auto end = run({"edit", "normalize", "--target", "-6", "--ceiling", "-9", "in.wav", "-o",
                         "out.wav", "--enforce", "--json"});
   EXPECT_EQ(end.exitCode, 3) << end.errors;
