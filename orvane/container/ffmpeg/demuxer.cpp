@@ -153,14 +153,14 @@ void Demuxer::open(FourCC containerHint) {
   context->pb = source_.context();
   context->flags |= AVFMT_FLAG_CUSTOM_IO;
   context->io_open = refuseToOpen;
-  // On failure the context is freed by the callee.
+  // On failure the context is freed by the callee, and null.
   const int opened = avformat_open_input(&context, "", demuxer, options.address());
+  format_.reset(context);
   source_.rethrowFailure();
   if (opened < 0)
     throw PlatformError(path(), containerHint == 0               ? kNotAudio
                                 : opened == AVERROR_PATCHWELCOME ? kNotSupported
                                                                  : kDamaged);
-  format_.reset(context);
   if (holdsOneStream(*format_)) source_.boundEveryGap();
 
   // Transport streams may carry audio whose kind is only found by probing its packets.
