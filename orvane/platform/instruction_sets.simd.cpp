@@ -5,6 +5,7 @@
 #include "hwy/foreach_target.h"  // IWYU pragma: keep
 // After foreach_target.h.
 #include "hwy/highway.h"
+#include "orvane/platform/highway_dispatch.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace orvane::HWY_NAMESPACE {
@@ -30,11 +31,8 @@ HWY_EXPORT(ownTarget);
 
 std::vector<InstructionSet> availableInstructionSets() {
   // HWY_TARGETS has a bit for each set that the kernels were compiled for; lower bits are better.
-  // Plain code is the highest one. It is always there, though the library may know it by the other
-  // of its two names than this compiler.
-  constexpr std::int64_t kPlain = HWY_TARGETS & (HWY_SCALAR | HWY_EMU128);
   std::vector<InstructionSet> sets;
-  auto targets = static_cast<std::uint64_t>((hwy::SupportedTargets() & HWY_TARGETS) | kPlain);
+  auto targets = static_cast<std::uint64_t>(supportedInstructionSets() & HWY_TARGETS);
   while (targets != 0) {
     const std::uint64_t lowest = targets & (~targets + 1);
     targets &= targets - 1;
@@ -48,11 +46,11 @@ InstructionSet activeInstructionSet() {
 }
 
 void forceInstructionSet(const InstructionSet& set) {
-  hwy::GetChosenTarget().Update(set.target);
+  chosenInstructionSet().Update(set.target);
 }
 
 void useBestInstructionSet() {
-  hwy::GetChosenTarget().Update(hwy::SupportedTargets());
+  chosenInstructionSet().Update(supportedInstructionSets());
 }
 
 }  // namespace orvane

@@ -180,9 +180,9 @@ TEST_F(ProgramErrors, FailsWhenStandardOutputCannotBeWritten) {
 
 // The libraries once looked for their own needs in the folder that the program was started in.
 TEST_F(ProgramErrors, LoadsNothingFromTheFolderItIsStartedIn) {
-  for (const char* name :
-       {"libOrvaneCore.so.0", "libOrvaneHeadless.so.0", "libc.so.6", "libm.so.6", "libstdc++.so.6",
-        "libgcc_s.so.1", "libhwy.so.1", "libavformat.so.59", "libavcodec.so.59", "libavutil.so.57"})
+  for (const char* name : {"libOrvaneCore.so.0", "libOrvaneHeadless.so.0", "libc.so.6", "libm.so.6",
+                           "libstdc++.so.6", "libgcc_s.so.1", "libsoxr.so.0", "libavformat.so.59",
+                           "libavcodec.so.59", "libavutil.so.57"})
     folder().write(name, "not a library");
   const ProgramEnd end = run({"--version"});
   EXPECT_EQ(end.exitCode, 0);

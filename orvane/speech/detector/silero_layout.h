@@ -1,10 +1,11 @@
 #pragma once
 
-#include <hwy/aligned_allocator.h>
-
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <cstdlib>
+#include <memory>
+#include <span>
 
 #include "orvane/speech/detector/onnx_weights.h"
 
@@ -38,7 +39,12 @@ inline constexpr std::size_t kUnitGroup = 16;
 inline constexpr std::size_t kUnitGroupCount = kHiddenSize / kUnitGroup;
 inline constexpr std::size_t kGroupGates = 4 * kUnitGroup;
 
-using AlignedFloats = hwy::AlignedFreeUniquePtr<float[]>;
+struct FreeMemory {
+  void operator()(float* memory) const noexcept { std::free(memory); }
+};
+/// At the beginning of a cache line, whose neighbour the processor may fetch with it.
+using AlignedFloats = std::unique_ptr<float[], FreeMemory>;
+AlignedFloats allocateFloats(std::size_t count);
 
 /// A layer that maps input rows to output rows. Weight of (output, tap, input) is at
 /// `[output / 8][tap][input][output % 8]`; outputs are padded to a multiple of 8 with zeros.
@@ -95,9 +101,10 @@ struct RecurrentState {
 
 PackedWeights packWeights(const SileroWeights& weights);
 
-/// Copies the samples of a tile whose first step is `firstStep` to `scratch.samples`: zeros before
-/// the signal, its last sample after it, and 0 for samples that are not finite or beyond 10⁹.
-void loadTile(const float* samples, std::size_t count, std::size_t firstStep, TileScratch& scratch);
+/// Copies the samples of a tile whose steps begin with sample `start`, and the ones before them, to
+/// `scratch.samples`: zeros before the signal, its last sample after it, and 0 for samples that are
+/// not finite or beyond 10⁹. `start` is 0 or at least `kContextSamples`.
+void loadTile(std::span<const float> samples, std::size_t start, TileScratch& scratch);
 
 /// From the loaded samples to the gates' sums without their recurrent part: `gates` takes
 /// `kTileSteps` × `kGateSize` floats, step by step, gates in the order of `gateBias`.

@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <cmath>
+#include <new>
 #include <numbers>
 
 #include "orvane/speech/detector/silero_layout.h"
@@ -11,8 +12,7 @@ namespace {
 constexpr double kBasisTolerance = 1e-6;
 
 AlignedFloats zeros(std::size_t count) {
-  auto memory = hwy::AllocateAligned<float>(count);
-  if (!memory) throw std::bad_alloc();
+  auto memory = allocateFloats(count);
   std::fill_n(memory.get(), count, 0.0F);
   return memory;
 }
@@ -99,6 +99,14 @@ TileScratch::TileScratch()
       windows(zeros(kPaddedSamples * kTileSteps)),
       spectrum(zeros(kFrameCount * kBinCount * kTileSteps)),
       transform(zeros((2 * kBinCount + kRowGroup) * kTileSteps)) {}
+
+AlignedFloats allocateFloats(std::size_t count) {
+  constexpr std::size_t kAlignment = 128;  // two cache lines
+  const std::size_t bytes = (count * sizeof(float) + kAlignment) / kAlignment * kAlignment;
+  AlignedFloats memory(static_cast<float*>(std::aligned_alloc(kAlignment, bytes)));
+  if (!memory) throw std::bad_alloc();
+  return memory;
+}
 
 PackedWeights packWeights(const SileroWeights& weights) {
   using enum SileroTensor;
