@@ -30,6 +30,9 @@ class ORVANE_TESTING_API ClippingRunFinder {
     std::int64_t startFrame = 0;
     std::int64_t frameCount = 0;
   };
+  /// At most 64 frames with a bit for each that is clipped.
+  void take(std::uint32_t channel, std::int64_t startFrame, std::size_t frameCount,
+            std::uint64_t clipped);
   void close(std::uint32_t channel);
 
   std::vector<OpenRun> openRuns_;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 
 #include "orvane/platform/export.h"
 
@@ -42,5 +43,10 @@ ORVANE_API PairStatistics pairStatistics(const float* left, const float* right,
 /// How many samples are NaN or infinite. To be asked only when a sum of squares is not finite: else
 /// there are none.
 ORVANE_API std::size_t countNonFinite(const float* samples, std::size_t count) noexcept;
+
+/// The samples, 64 at most, whose magnitude is at least `threshold`: a bit for each, from the
+/// lowest on.
+ORVANE_API std::uint64_t loudSamples(const float* samples, std::size_t count,
+                                     float threshold) noexcept;
 
 }  // namespace orvane::SignalKernels

@@ -174,6 +174,22 @@ std::size_t nonFinite(const float* samples, std::size_t count) {
   return count - finite;
 }
 
+std::uint64_t loudSamples(const float* samples, std::size_t count, float threshold) {
+  const hn::ScalableTag<float> d;
+  const std::size_t lanes = hn::Lanes(d);
+  const auto bound = hn::Set(d, threshold);
+  std::uint64_t loud = 0;
+  std::size_t i = 0;
+  for (; i + lanes <= count; i += lanes) {
+    std::uint8_t bits[8] = {};  // of up to 64 lanes, the lowest bit first
+    hn::StoreMaskBits(d, hn::Ge(hn::Abs(hn::LoadU(d, samples + i)), bound), bits);
+    for (std::size_t byte = 0; byte < (lanes + 7) / 8; ++byte)
+      loud |= std::uint64_t{bits[byte]} << (i + 8 * byte);
+  }
+  for (; i < count; ++i) loud |= std::uint64_t{std::fabs(samples[i]) >= threshold} << i;
+  return loud;
+}
+
 }  // namespace orvane::SignalKernels::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
 
@@ -184,6 +200,7 @@ HWY_EXPORT(largestMagnitude);
 HWY_EXPORT(runSums);
 HWY_EXPORT(pairSums);
 HWY_EXPORT(nonFinite);
+HWY_EXPORT(loudSamples);
 
 float maximumMagnitude(const float* samples, std::size_t count) noexcept {
   return HWY_DYNAMIC_DISPATCH(largestMagnitude)(samples, count);
@@ -203,6 +220,10 @@ PairStatistics pairStatistics(const float* left, const float* right, std::size_t
 
 std::size_t countNonFinite(const float* samples, std::size_t count) noexcept {
   return HWY_DYNAMIC_DISPATCH(nonFinite)(samples, count);
+}
+
+std::uint64_t loudSamples(const float* samples, std::size_t count, float threshold) noexcept {
+  return HWY_DYNAMIC_DISPATCH(loudSamples)(samples, count, threshold);
 }
 
 }  // namespace orvane::SignalKernels

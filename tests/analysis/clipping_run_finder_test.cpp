@@ -6,6 +6,8 @@
 #include <cmath>
 #include <vector>
 
+#include "tests/support/random.h"
+
 namespace orvane {
 namespace {
 
@@ -34,6 +36,30 @@ TEST(ClippingRunFinder, FindsRunsAcrossPieces) {
     EXPECT_EQ(finder.runs, (std::vector<ClippingRun>{{0, 8, 17}, {0, 90, 10}})) << piece;
     EXPECT_EQ(finder.count, 2);
   }
+}
+
+TEST(ClippingRunFinder, FindsWhatLookingAtEachSampleFinds) {
+  std::vector<float> samples(5000);
+  test::Random random(4);
+  for (std::size_t i = 0; i < samples.size();) {
+    const float value = random.below(2) == 0 ? 0.5F : -1.0F;
+    const auto end = std::min(samples.size(), i + 1 + random.below(random.below(4) == 0 ? 300 : 6));
+    std::fill(samples.begin() + static_cast<std::ptrdiff_t>(i),
+              samples.begin() + static_cast<std::ptrdiff_t>(end), value);
+    i = end;
+  }
+  std::vector<ClippingRun> expected;
+  std::int64_t length = 0;
+  for (std::size_t i = 0; i <= samples.size(); ++i) {
+    if (i < samples.size() && samples[i] == -1.0F) {
+      ++length;
+      continue;
+    }
+    if (length >= 3) expected.push_back({0, static_cast<std::int64_t>(i) - length, length});
+    length = 0;
+  }
+  for (const std::size_t piece : {1U, 63U, 64U, 65U, 1000U, 5000U})
+    EXPECT_EQ(find(samples, piece).runs, expected) << piece;
 }
 
 TEST(ClippingRunFinder, PassesOverOneOrTwoSamples) {

@@ -158,6 +158,24 @@ TEST(CountNonFinite, CountsNaNAndInfinitiesAtEveryLength) {
   });
 }
 
+TEST(LoudSamples, HaveABitEach) {
+  auto samples = noise(80, 9);
+  samples[3] = kNaN;
+  samples[5] = -kInfinity;
+  samples[7] = 0.5F;
+  samples[8] = -0.5F;
+  test::onEachInstructionSet([&] {
+    for (std::size_t count = 0; count <= 64; ++count)
+      for (const std::size_t start : {0U, 1U, 5U}) {
+        std::uint64_t expected = 0;
+        for (std::size_t i = 0; i < count; ++i)
+          if (std::fabs(samples[start + i]) >= 0.5F) expected |= std::uint64_t{1} << i;
+        ASSERT_EQ(SignalKernels::loudSamples(samples.data() + start, count, 0.5F), expected)
+            << count;
+      }
+  });
+}
+
 TEST(SignalKernels, ReadNothingOutsideTheirRuns) {
   const test::FencedBytes fence(4096);
   test::onEachInstructionSet([&] {

@@ -93,12 +93,81 @@ constexpr float GainBound(const std::array<float, kTaps>& taps) {
 
 static_assert(GainBound(kUpsamplerFilters[1]) < PolyphaseUpsampler4x::kLargestGain);
 
-/// The most by which a factor's filters can exceed the largest sample they see.
-float LargestGain(int factor) {
-  if (factor == 2) return GainBound(kHalfwayFilter);
-  float largest = 0;
-  for (const auto& taps : kUpsamplerFilters) largest = HWY_MAX(largest, GainBound(taps));
-  return largest;
+/// What no interpolated value exceeds, of a window whose samples are at most m and whose second
+/// differences, x[i − 1] − 2 x[i] + x[i + 1], at most c in magnitude: `ofSamples` · m, and
+/// `ofLevel` · m + `ofCurvature` · c, which is far less for all but the highest frequencies.
+///
+/// The second one: a filter h with the sum S and its centre of gravity between the taps a and a + 1
+/// is a linear interpolation between these two samples, with weights that are not negative and have
+/// the sum S, and a remainder r, whose sum and first moment are 0. Such a remainder is the second
+/// difference of a sequence g of the same support, less one tap at each end, so that Σ r x is
+/// Σ g[i] (x[i − 1] − 2 x[i] + x[i + 1]). The first part is at most S m, the other one Σ |g| c.
+struct PeakBound {
+  float ofSamples = 0;
+  float ofLevel = 0;
+  float ofCurvature = 0;
+
+  template <size_t kTaps>
+  static constexpr PeakBound of(const std::array<float, kTaps>& taps) {
+    double sum = 0, moment = 0;
+    for (size_t i = 0; i < kTaps; ++i) {
+      sum += taps[i];
+      moment += static_cast<double>(i) * taps[i];
+    }
+    const double centre = moment / sum;
+    const auto before = static_cast<size_t>(centre);
+    double slope = 0, g = 0, curvature = 0;  // r summed once and twice
+    for (size_t i = 0; i < kTaps; ++i) {
+      curvature += g < 0 ? -g : g;
+      slope += taps[i];
+      if (i == before) slope -= sum * (static_cast<double>(before + 1) - centre);
+      if (i == before + 1) slope -= sum * (centre - static_cast<double>(before));
+      g += slope;
+    }
+    // Room for the rounding of the sums, of the second differences and of the bound.
+    return {.ofSamples = GainBound(taps),
+            .ofLevel = static_cast<float>(sum) * 1.0001F,
+            .ofCurvature = static_cast<float>(curvature) * 1.0001F};
+  }
+
+  constexpr PeakBound joined(const PeakBound& other) const {
+    return {.ofSamples = HWY_MAX(ofSamples, other.ofSamples),
+            .ofLevel = HWY_MAX(ofLevel, other.ofLevel),
+            .ofCurvature = HWY_MAX(ofCurvature, other.ofCurvature)};
+  }
+};
+
+constexpr PeakBound kBoundOfTwo = PeakBound::of(kHalfwayFilter);
+constexpr PeakBound kBoundOfFour = PeakBound::of(kUpsamplerFilters[0])
+                                       .joined(PeakBound::of(kUpsamplerFilters[1]))
+                                       .joined(PeakBound::of(kUpsamplerFilters[2]));
+
+/// Largest magnitude of the second differences of `count` samples, which are finite.
+float LargestCurvature(const float* samples, size_t count) {
+  const hn::ScalableTag<float> wide;
+  const hn::CappedTag<float, 1> single;
+  const auto curvature = [samples](auto d, size_t i) {
+    const auto neighbours = hn::Add(hn::LoadU(d, samples + i), hn::LoadU(d, samples + i + 2));
+    const auto middle = hn::LoadU(d, samples + i + 1);
+    return hn::Abs(hn::Sub(neighbours, hn::Add(middle, middle)));
+  };
+  auto largest = hn::Zero(wide);
+  auto largestSingle = hn::Zero(single);
+  size_t i = 0;
+  for (; i + 2 + hn::Lanes(wide) <= count; i += hn::Lanes(wide))
+    largest = hn::Max(largest, curvature(wide, i));
+  for (; i + 2 < count; ++i) largestSingle = hn::Max(largestSingle, curvature(single, i));
+  return HWY_MAX(hn::GetLane(hn::MaxOfLanes(wide, largest)), hn::GetLane(largestSingle));
+}
+
+/// Whether the windows that end in a block can exceed `largest`.
+bool MayExceed(float largest, const PeakBound& bound, const float* block, size_t count,
+               float windowPeak) {
+  if (windowPeak * bound.ofSamples <= largest) return false;
+  const float curvature = LargestCurvature(block - kPeakHistory, kPeakHistory + count);
+  // Beyond the largest float the sums above mean nothing.
+  const float peak = windowPeak * bound.ofLevel + curvature * bound.ofCurvature;
+  return !(peak <= largest) || windowPeak > FLT_MAX / 4;
 }
 
 /// A block and the samples before it that windows reach back to, with 0 for those not finite.
@@ -116,11 +185,11 @@ struct CleanBlock {
 
 float LargestPeak(int factor, const float* samples, size_t frameCount, float floor) {
   if (frameCount == 0) return floor;  // then nothing before `samples` need be readable
-  const float largestGain = LargestGain(factor);
+  const PeakBound& bound = factor == 2 ? kBoundOfTwo : kBoundOfFour;
   float largest = floor;
   const auto measure = [&](const float* block, size_t count, uint32_t windowBits, uint32_t bits) {
     largest = HWY_MAX(largest, FloatOfBits(bits));
-    if (factor != 1 && FloatOfBits(windowBits) * largestGain > largest)
+    if (factor != 1 && MayExceed(largest, bound, block, count, FloatOfBits(windowBits)))
       largest = HWY_MAX(largest, InterpolatedPeak(factor, block, count));
   };
   uint32_t before = MagnitudeBits(samples - kPeakHistory, kPeakHistory);

@@ -91,6 +91,44 @@ TEST(PolyphaseUpsampler, MissesNothingByPassingOverQuietStretches) {
   });
 }
 
+/// Three sines anywhere below half the rate, the lower ones louder, and some of them clipped: where
+/// stretches are passed over because they are smooth.
+std::vector<float> smoothProgramme(std::uint64_t seed) {
+  test::Random random(seed);
+  std::vector<float> samples(3000);
+  for (int partial = 0; partial < 3; ++partial) {
+    const double frequency = std::pow(10.0, -3.0 * random.fraction()) * std::numbers::pi;
+    const double level = 0.8 / (1 + 3 * frequency) * random.fraction();
+    const double phase = 2 * std::numbers::pi * random.fraction();
+    const double swell = 0.002 * random.fraction();
+    for (std::size_t n = 0; n < samples.size(); ++n) {
+      const auto t = static_cast<double>(n);
+      samples[n] += static_cast<float>(level * std::sin(frequency * t + phase) *
+                                       (1 + 0.3 * std::sin(swell * t)));
+    }
+  }
+  const auto limit = static_cast<float>(0.2 + random.fraction());
+  for (float& x : samples) x = std::clamp(x, -limit, limit);
+  return samples;
+}
+
+TEST(PolyphaseUpsampler, MissesNothingByPassingOverSmoothStretches) {
+  test::onEachInstructionSet([] {
+    for (std::uint64_t seed = 0; seed < 200; ++seed) {
+      SCOPED_TRACE(seed);
+      const auto samples = smoothProgramme(seed);
+      const auto work = afterSilence(samples);
+      std::vector<float> peaks(samples.size());
+      PolyphaseUpsampler4x::detectPerSamplePeaks(work.data() + kPeakHistory - kHistory,
+                                                 samples.size(), peaks.data());
+      ASSERT_EQ(PolyphaseUpsampler4x::largestPeak(Factor::four, work.data() + kPeakHistory,
+                                                  samples.size(), 0.0F),
+                std::ranges::max(peaks));
+      if (seed < 20) expectLargest(samples);
+    }
+  });
+}
+
 TEST(PolyphaseUpsampler, FindsPeaksWhereverTheyLieAmongTheStretches) {
   test::onEachInstructionSet([] {
     // Four samples of one sign make an overshoot between the middle two.
