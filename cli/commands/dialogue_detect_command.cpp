@@ -43,7 +43,7 @@ Detected detect(const InputName& file, const DetectOptions& options, const VadMa
   const auto source =
       AudioSource::open(file.path, options.source.rawFormat,
                         {.streamIndex = options.source.streamIndex, .execution = execution});
-  auto found = SourceSpeech::detect(*source, model, options.tuning.tuning, execution);
+  auto found = SourceSpeech::detect(*source, model, options.tuning.tuning, execution.threadCount);
   return {.audio = {.filename = wellFormedUTF8(file.path.filename().string()),
                     .durationSeconds = found.durationSeconds,
                     .sampleRate = source->format().sampleRate},

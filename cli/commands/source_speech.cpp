@@ -1,13 +1,11 @@
 #include "cli/commands/source_speech.h"
 
 #include <algorithm>
-#include <memory>
 
 #include "cli/options/edit_time.h"
 #include "orvane/platform/error.h"
 #include "orvane/platform/input_file.h"
-#include "orvane/speech/detector/silero_vad_analyser.h"
-#include "orvane/speech/detector/speech_input_maker.h"
+#include "orvane/speech/detector/speech_detection.h"
 #include "orvane/speech/dialogue/dialogue_sidecar_io.h"
 
 namespace orvane::cli::SourceSpeech {
@@ -20,17 +18,14 @@ std::int64_t frameAt(double seconds, double sampleRate) {
 }  // namespace
 
 Detected detect(AudioSource& source, const VadManager& model, const SileroVADTuning& tuning,
-                const Execution& execution) {
-  const auto input = speechInputOf(source);
-  if (!input) throw PlatformError(source.url(), "the audio is too short for speech detection");
-  // An analyser detects for one caller at a time.
-  SileroVADAnalyser analyser(
-      [&](const VadManager::Config&) { return std::make_unique<VadManager>(model); });
-  const auto history = analyser.classify(*input, tuning, execution);
-  if (!history) throw PlatformError(source.url(), "the speech detector gave no result");
-  return {
-      .regions = DialogueRegion::fromHistory(*history),
-      .durationSeconds = static_cast<double>(input->sourceFrameCount) / source.format().sampleRate};
+                std::size_t threadCount) {
+  const AudioFormat& format = source.format();
+  SpeechDetection detection(model, tuning, format.sampleRate, format.channelCount);
+  detectSpeech(source, detection, threadCount);
+  const auto history = detection.finish();
+  if (!history) throw PlatformError(source.url(), "the audio is too short for speech detection");
+  return {.regions = DialogueRegion::fromHistory(*history),
+          .durationSeconds = static_cast<double>(detection.frameCount()) / format.sampleRate};
 }
 
 std::vector<DialogueRegion> load(const std::filesystem::path& sidecar) {

@@ -1,12 +1,12 @@
 #pragma once
 
+#include <cstddef>
 #include <filesystem>
 #include <string>
 #include <vector>
 
 #include "orvane/audio/audio_source.h"
 #include "orvane/edit/frame_range.h"
-#include "orvane/platform/execution.h"
 #include "orvane/speech/detector/silero_vad_tuning.h"
 #include "orvane/speech/detector/vad_manager.h"
 #include "orvane/speech/dialogue/dialogue_region.h"
@@ -23,7 +23,7 @@ struct Detected {
 /// tuning's threshold. Any number of threads may use a model at once. Throws `PlatformError` where
 /// that is not possible, and what reading throws.
 Detected detect(AudioSource& source, const VadManager& model, const SileroVADTuning& tuning,
-                const Execution& execution);
+                std::size_t threadCount);
 
 /// Throws `PlatformError` when there is no such sidecar, and what loading throws.
 std::vector<DialogueRegion> load(const std::filesystem::path& sidecar);

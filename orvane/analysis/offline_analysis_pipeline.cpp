@@ -29,50 +29,46 @@ std::vector<DialogueRegion> withoutTouchingNeighbours(std::vector<DialogueRegion
   return regions;
 }
 
-using SpeechInput = std::optional<SileroVADAnalyser::Input>;
+using SpeechHistory = std::optional<std::vector<bool>>;
 
 /// What one reading of a source gives.
 struct MeasuredSource {
   std::shared_ptr<PCMBuffer> buffer{};  ///< when it is kept
   ProgrammeMeasurement measurement;
-  SpeechInput speechInput{};  ///< when speech is to be detected
+  SpeechHistory speechHistory{};  ///< when speech is detected
 };
 
-MeasuredSource measureLoaded(AudioSource& source, bool computeStereoWidth, bool isSpeechWanted,
+MeasuredSource measureLoaded(AudioSource& source, const Options& options, bool isSpeechWanted,
                              const Choices& choices) {
-  auto buffer = source.makeBuffer(static_cast<std::uint32_t>(source.frameLength()));
-  source.read(*buffer);
-  auto measurement = measureProgramme(ProgrammeView::of(*buffer, choices.dualMono),
-                                      computeStereoWidth, choices.execution, storedBits(source));
-  auto speechInput = isSpeechWanted
-                         ? SileroVADAnalyser::prepareInput(*buffer, choices.execution.threadCount)
-                         : std::nullopt;
-  return {std::move(buffer), std::move(measurement), std::move(speechInput)};
-}
-
-MeasuredSource measureInPassing(AudioSource& source, bool computeStereoWidth, bool isSpeechWanted,
-                                const Choices& choices) {
-  std::optional<SpeechInputMaker> speechInput;
-  if (isSpeechWanted)
-    speechInput.emplace(source.format().sampleRate, source.format().channelCount,
-                        source.expectedFrameLength().value_or(0));
+  auto buffer = source.load();
   auto measurement =
-      measureProgramme(source, computeStereoWidth, choices.dualMono, choices.execution.threadCount,
-                       speechInput ? &*speechInput : nullptr);
-  return {nullptr, std::move(measurement), speechInput ? speechInput->finish() : std::nullopt};
+      measureProgramme(ProgrammeView::of(*buffer, choices.dualMono), options.computeStereoWidth,
+                       choices.execution, storedBits(source));
+  SpeechHistory speechHistory;
+  if (isSpeechWanted)
+    if (const auto input = SileroVADAnalyser::prepareInput(*buffer, choices.execution.threadCount))
+      speechHistory =
+          SileroVADAnalyser::shared().classify(*input, options.vadTuning, choices.execution);
+  return {std::move(buffer), std::move(measurement), std::move(speechHistory)};
 }
 
-/// Speech flags for the whole file: from the caller's regions, else from the detector.
-std::optional<std::vector<bool>> speechHistoryOf(double durationSeconds,
-                                                 const SpeechInput& speechInput,
-                                                 const Options& options, const Choices& choices) {
-  if (choices.dialogueRegions) {
-    const auto blocks =
-        std::max(1LL, std::llround(durationSeconds / DialogueRegion::blockDuration));
-    return DialogueRegion::toHistory(withoutTouchingNeighbours(*choices.dialogueRegions), blocks);
-  }
-  if (!speechInput) return std::nullopt;
-  return SileroVADAnalyser::shared().classify(*speechInput, options.vadTuning, choices.execution);
+MeasuredSource measureInPassing(AudioSource& source, const Options& options, bool isSpeechWanted,
+                                const Choices& choices) {
+  const AudioFormat& format = source.format();
+  const auto speech = isSpeechWanted
+                          ? SileroVADAnalyser::shared().begin(
+                                format.sampleRate, format.channelCount, options.vadTuning)
+                          : nullptr;
+  auto measurement = measureProgramme(source, options.computeStereoWidth, choices.dualMono,
+                                      choices.execution.threadCount, speech.get());
+  return {.measurement = std::move(measurement),
+          .speechHistory = speech ? speech->finish() : std::nullopt};
+}
+
+/// The flags of a caller's regions.
+std::vector<bool> historyOf(const std::vector<DialogueRegion>& regions, double durationSeconds) {
+  const auto blocks = std::max(1LL, std::llround(durationSeconds / DialogueRegion::blockDuration));
+  return DialogueRegion::toHistory(withoutTouchingNeighbours(regions), blocks);
 }
 
 std::vector<LoudnessCurvePoint> curveOf(const std::vector<core::LoudnessHistoryEntry>& history) {
@@ -124,8 +120,8 @@ Result analyzeFile(const std::filesystem::path& url, const Options& options, con
 Result analyze(AudioSource& source, const Options& options, const Choices& choices,
                AnalysisDetail* detail) {
   const bool isSpeechWanted = options.enableSileroVAD && !choices.dialogueRegions;
-  auto measured = (choices.keepsBuffer ? measureLoaded : measureInPassing)(
-      source, options.computeStereoWidth, isSpeechWanted, choices);
+  auto measured = (choices.keepsBuffer ? measureLoaded : measureInPassing)(source, options,
+                                                                           isSpeechWanted, choices);
   ProgrammeMeasurement& measurement = measured.measurement;
   if (measurement.frameCount == 0)
     throw AudioSourceReader::Failure(AudioSourceReader::Failure::Case::empty, source.url());
@@ -133,10 +129,9 @@ Result analyze(AudioSource& source, const Options& options, const Choices& choic
   Result result;
   result.sampleRate = source.format().sampleRate;
   result.durationSeconds = static_cast<double>(measurement.frameCount) / result.sampleRate;
-  // Speech flags choose among finished gating blocks, so that they may come last: a caller that
-  // has to wait for the detector has measured everything else meanwhile.
-  auto speechHistory =
-      speechHistoryOf(result.durationSeconds, measured.speechInput, options, choices);
+  SpeechHistory& speechHistory = measured.speechHistory;
+  if (choices.dialogueRegions)
+    speechHistory = historyOf(*choices.dialogueRegions, result.durationSeconds);
   measurement.loudness.setSpeechHistory(speechHistory);
 
   result.url = source.url();

@@ -48,6 +48,7 @@ void requireComparable(AudioSource& a, AudioSource& b) {
     throw Failure::sampleRateMismatch(a.format().sampleRate, b.format().sampleRate);
   const std::int64_t channelsA = a.format().channelCount, channelsB = b.format().channelCount;
   if (channelsA != channelsB) throw Failure::channelCountMismatch(channelsA, channelsB);
+  b.requireLoadable();
   if (AudioLoadLimits::decodedBytes(a.frameLength(), channelsA) +
           AudioLoadLimits::decodedBytes(b.frameLength(), channelsB) >
       AudioLoadLimits::maxDecodedBytes())
@@ -55,8 +56,7 @@ void requireComparable(AudioSource& a, AudioSource& b) {
 }
 
 std::shared_ptr<PCMBuffer> readAll(AudioSource& source) {
-  auto buffer = source.makeBuffer(static_cast<std::uint32_t>(source.frameLength()));
-  source.read(*buffer);
+  auto buffer = source.load();
   if (buffer->frameLength() == 0) throw Failure::emptyFile(source.url());
   return buffer;
 }
@@ -172,7 +172,7 @@ Result computeDiff(const std::filesystem::path& a, const std::filesystem::path& 
   const Execution& execution = choices.execution;
   const AudioFileOpenOptions opening{.streamIndex = choices.streamIndex, .execution = execution};
   const auto sourceA = AudioSource::open(a, options.rawFormatA, opening);
-  (void)sourceA->frameLength();  // A's failures come before B's
+  sourceA->requireLoadable();  // A's failures come before B's
   const auto sourceB = AudioSource::open(b, options.rawFormatB, opening);
   requireComparable(*sourceA, *sourceB);
   const auto residual = readAll(*sourceA);  // A, until B is taken from it: nothing else needs it

@@ -105,15 +105,14 @@ ProgrammeMeasurement measureProgramme(const ProgrammeView& programme, bool compu
 }
 
 ProgrammeMeasurement measureProgramme(AudioSource& source, bool computeStereoWidth, bool dualMono,
-                                      std::size_t threadCount, SpeechInputMaker* speechInput) {
+                                      std::size_t threadCount, SpeechDetection* speech) {
   const std::uint32_t capacity = sliceFramesOf(source);
   auto slice = source.makeBuffer(capacity);
   std::shared_ptr<PCMBuffer> next;  // not made for what fits into one slice
 
   Meters meters(ProgrammeView::of(*slice, dualMono), computeStereoWidth, storedBits(source));
   auto all = meters.all();
-  if (speechInput != nullptr)
-    all.emplace_back([&](PlanarView audio) { speechInput->process(audio); });
+  if (speech != nullptr) all.emplace_back([&](PlanarView audio) { speech->take(audio); });
 
   std::size_t measured = 0;
   source.read(*slice);
@@ -130,6 +129,7 @@ ProgrammeMeasurement measureProgramme(AudioSource& source, bool computeStereoWid
       else
         all[task - reads](audio);
     });
+    if (speech != nullptr) speech->detect(threadCount);
     measured += count;
     if (reads == 0) break;
     std::swap(slice, next);

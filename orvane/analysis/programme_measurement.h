@@ -7,7 +7,7 @@
 #include "orvane/audio/audio_source.h"
 #include "orvane/core/loudness/loudness_processor.h"
 #include "orvane/platform/execution.h"
-#include "orvane/speech/detector/speech_input_maker.h"
+#include "orvane/speech/detector/speech_detection.h"
 
 namespace orvane {
 
@@ -25,10 +25,10 @@ ProgrammeMeasurement measureProgramme(const ProgrammeView& programme, bool compu
                                       const Execution& execution, int storedBits = 0);
 
 /// The same, to the bit, for the rest of a source of which only two slices are in memory at a time:
-/// while one is measured the next one is read. `speechInput`, when not null, is fed too.
-/// `dualMono` as in `ProgrammeView::of`.
+/// while one is measured the next one is read. `speech`, when not null, detects in it, too,
+/// short of ending it. `dualMono` as in `ProgrammeView::of`.
 ProgrammeMeasurement measureProgramme(AudioSource& source, bool computeStereoWidth, bool dualMono,
-                                      std::size_t threadCount, SpeechInputMaker* speechInput);
+                                      std::size_t threadCount, SpeechDetection* speech);
 
 /// Bits of a source's integer samples; 0 where it has none.
 int storedBits(const AudioSource& source);

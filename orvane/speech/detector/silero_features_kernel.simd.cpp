@@ -138,24 +138,23 @@ namespace orvane::silero {
 HWY_EXPORT(sanitize);
 HWY_EXPORT(computeTile);
 
-void loadTile(const float* samples, std::size_t count, std::size_t firstStep,
-              TileScratch& scratch) {
+void loadTile(std::span<const float> samples, std::size_t start, TileScratch& scratch) {
   float* destination = scratch.samples.get();
   std::size_t wanted = kTileSamples;
-  std::size_t start = firstStep * kStepSamples;
-  if (firstStep == 0) {
-    std::fill_n(destination, kContextSamples, 0.0F);
-    destination += kContextSamples;
+  if (start == 0) {
+    destination = std::fill_n(destination, kContextSamples, 0.0F);
     wanted -= kContextSamples;
   } else {
     start -= kContextSamples;
   }
-  const std::size_t present = start < count ? std::min(wanted, count - start) : 0;
-  HWY_DYNAMIC_DISPATCH(sanitize)(samples + (present > 0 ? start : 0), present, destination);
-  if (present == wanted) return;
+  const auto present = start < samples.size()
+                           ? samples.subspan(start, std::min(wanted, samples.size() - start))
+                           : std::span<const float>();
+  HWY_DYNAMIC_DISPATCH(sanitize)(present.data(), present.size(), destination);
+  if (present.size() == wanted) return;
   float last = 0;
-  if (count > 0) HWY_DYNAMIC_DISPATCH(sanitize)(samples + count - 1, 1, &last);
-  std::fill(destination + present, destination + wanted, last);
+  if (!samples.empty()) HWY_DYNAMIC_DISPATCH(sanitize)(&samples.back(), 1, &last);
+  std::fill(destination + present.size(), destination + wanted, last);
 }
 
 void computeTile(const PackedWeights& weights, TileScratch& scratch, float* gates) {

@@ -3,8 +3,10 @@
 #include <algorithm>
 #include <condition_variable>
 #include <mutex>
+#include <utility>
 
 #include "orvane/platform/parallel.h"
+#include "orvane/platform/precondition.h"
 #include "orvane/speech/detector/silero_layout.h"
 
 namespace orvane {
@@ -15,14 +17,18 @@ using namespace silero;
 /// The recurrence takes about a third of one thread's time; it cannot keep up with more.
 constexpr std::size_t kMaximumThreads = 4;
 
-/// One pass over a signal. Tiles of steps are computed by any thread, ahead of the recurrence, into
-/// a ring of slots; whichever thread finds the next tile ready runs the recurrence over it.
+/// One pass over a stretch of a signal. Tiles of steps are computed by any thread, ahead of the
+/// recurrence, into a ring of slots; whichever thread finds the next tile ready runs the recurrence
+/// over it.
 class Pass {
  public:
-  Pass(const PackedWeights& weights, std::span<const float> samples, std::span<float> probabilities,
-       const Execution& execution)
+  /// The steps begin with sample `start`.
+  Pass(const PackedWeights& weights, std::span<const float> samples, std::size_t start,
+       RecurrentState& state, std::span<float> probabilities, const Execution& execution)
       : weights_(weights),
         samples_(samples),
+        start_(start),
+        state_(state),
         probabilities_(probabilities),
         observer_(execution.observer),
         tileCount_((probabilities.size() + kTileSteps - 1) / kTileSteps) {
@@ -38,7 +44,7 @@ class Pass {
 
  private:
   struct Slot {
-    AlignedFloats gates = hwy::AllocateAligned<float>(kTileSteps * kGateSize);
+    AlignedFloats gates = allocateFloats(kTileSteps * kGateSize);
     bool isReady = false;
   };
 
@@ -59,7 +65,7 @@ class Pass {
         const std::size_t tile = nextTile_++;
         Slot& slot = slots_[tile % slots_.size()];
         lock.unlock();
-        loadTile(samples_.data(), samples_.size(), tile * kTileSteps, scratch);
+        loadTile(samples_, start_ + tile * kTileSteps * kStepSamples, scratch);
         computeTile(weights_, scratch, slot.gates.get());
         lock.lock();
         slot.isReady = true;
@@ -90,13 +96,14 @@ class Pass {
 
   const PackedWeights& weights_;
   std::span<const float> samples_;
+  std::size_t start_;
+  RecurrentState& state_;
   std::span<float> probabilities_;
   ProgressObserver* observer_;
   std::size_t tileCount_;
   std::size_t threadCount_ = 1;
   std::vector<TileScratch> scratch_{};
   std::vector<Slot> slots_{};
-  RecurrentState state_{};
 
   std::mutex mutex_{};
   std::condition_variable changed_{};
@@ -118,8 +125,48 @@ std::vector<float> SileroNetwork::stepProbabilities(std::span<const float> sampl
                                                     std::size_t stepCount,
                                                     const Execution& execution) const {
   std::vector<float> probabilities(stepCount);
-  Pass(*weights_, samples, probabilities, execution).run();
+  RecurrentState state;
+  Pass(*weights_, samples, 0, state, probabilities, execution).run();
   return probabilities;
+}
+
+struct SileroNetwork::Stream::State {
+  const PackedWeights& weights;
+  RecurrentState recurrent{};
+  std::vector<float> samples{};  ///< no tile yet, behind the context of the next step
+  std::size_t start = 0;         ///< of that step: 0 for the first, which has no context
+  std::vector<float> probabilities{};
+
+  void run(std::size_t stepCount, std::size_t threadCount) {
+    const std::size_t known = probabilities.size();
+    probabilities.resize(known + stepCount);
+    Pass(weights, samples, start, recurrent, std::span(probabilities).subspan(known), {threadCount})
+        .run();
+  }
+};
+
+SileroNetwork::Stream::Stream(const SileroNetwork& network)
+    : state_(std::make_unique<State>(State{.weights = *network.weights_})) {}
+SileroNetwork::Stream::~Stream() = default;
+SileroNetwork::Stream::Stream(Stream&&) noexcept = default;
+
+void SileroNetwork::Stream::process(std::span<const float> samples, std::size_t threadCount) {
+  State& state = *state_;
+  state.samples.insert(state.samples.end(), samples.begin(), samples.end());
+  const std::size_t tiles = (state.samples.size() - state.start) / (kTileSteps * kStepSamples);
+  if (tiles == 0) return;
+  state.run(tiles * kTileSteps, threadCount);
+  const std::size_t next = state.start + tiles * kTileSteps * kStepSamples;
+  state.samples.erase(state.samples.begin(),
+                      state.samples.begin() + static_cast<std::ptrdiff_t>(next - kContextSamples));
+  state.start = kContextSamples;
+}
+
+std::vector<float> SileroNetwork::Stream::finish(std::size_t stepCount) {
+  State& state = *state_;
+  precondition(stepCount >= state.probabilities.size(), "no step is left out");
+  state.run(stepCount - state.probabilities.size(), 1);
+  return std::move(state.probabilities);
 }
 
 }  // namespace orvane

@@ -5,8 +5,8 @@
 #include <span>
 #include <vector>
 
-#include "orvane/platform/export.h"
 #include "orvane/platform/execution.h"
+#include "orvane/platform/export.h"
 #include "orvane/speech/detector/onnx_weights.h"
 
 namespace orvane {
@@ -34,6 +34,25 @@ class ORVANE_TESTING_API SileroNetwork {
   /// help. The stage is "Detecting speech"; throws `Cancelled` when the observer asks for it.
   std::vector<float> stepProbabilities(std::span<const float> samples, std::size_t stepCount,
                                        const Execution& execution = {}) const;
+
+  /// The same for samples that come in order, in pieces of any size. Holds a second and a half of
+  /// them. The network has to stay.
+  class ORVANE_TESTING_API Stream {
+   public:
+    explicit Stream(const SileroNetwork& network);
+    ~Stream();
+    Stream(Stream&&) noexcept;
+
+    void process(std::span<const float> samples, std::size_t threadCount = 1);
+
+    /// Ends the samples: the probabilities of `stepCount` steps, at least as many as the samples
+    /// have filled.
+    std::vector<float> finish(std::size_t stepCount);
+
+   private:
+    struct State;
+    std::unique_ptr<State> state_;
+  };
 
  private:
   std::unique_ptr<const silero::PackedWeights> weights_;

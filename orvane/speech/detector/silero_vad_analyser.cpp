@@ -9,6 +9,7 @@
 #include "orvane/platform/parallel.h"
 #include "orvane/platform/precondition.h"
 #include "orvane/speech/detector/mono_resampler.h"
+#include "orvane/speech/detector/speech_detection.h"
 
 namespace orvane {
 namespace {
@@ -91,6 +92,30 @@ std::vector<float> SileroVADAnalyser::linInterp(std::span<const float> samples, 
   return resample({{{&channel, 1}, samples.size()}, count, ratio}, outputCount, 1);
 }
 
+const VadManager* SileroVADAnalyser::managerFor(float threshold) {
+  if (!manager_ || managerThreshold_ != threshold) {
+    auto manager = makeManager_(VadManager::Config{.defaultThreshold = threshold});
+    if (!manager) return nullptr;
+    manager_ = std::move(manager);
+    managerThreshold_ = threshold;
+  }
+  return manager_.get();
+}
+
+std::unique_ptr<SpeechDetection> SileroVADAnalyser::begin(double sampleRate,
+                                                          std::size_t channelCount,
+                                                          const SileroVADTuning& tuning) {
+  if (!(sampleRate > 0) || channelCount == 0) return nullptr;
+  try {
+    const std::lock_guard lock(mutex_);
+    const VadManager* const manager = managerFor(tuning.threshold);
+    if (manager == nullptr) return nullptr;
+    return std::make_unique<SpeechDetection>(*manager, tuning, sampleRate, channelCount);
+  } catch (const std::exception&) {
+    return nullptr;
+  }
+}
+
 std::optional<std::vector<bool>> SileroVADAnalyser::classify(const Input& input,
                                                              const SileroVADTuning& tuning) {
   return classify(input, tuning, Execution{});
@@ -125,22 +150,20 @@ std::optional<std::vector<bool>> SileroVADAnalyser::classify16k(std::span<const 
   std::vector<VadSegment> segments;
   try {
     const std::lock_guard lock(mutex_);
-    if (!manager_ || managerThreshold_ != tuning.threshold) {
-      auto manager = makeManager_(VadManager::Config{.defaultThreshold = tuning.threshold});
-      if (!manager) return std::nullopt;
-      manager_ = std::move(manager);
-      managerThreshold_ = tuning.threshold;
-    }
-    if (samples16k.empty()) return std::nullopt;
-    auto segmentation = VadSegmentationConfig::defaults();
-    segmentation.minSpeechDuration = tuning.minSpeechDuration;
-    segmentation.minSilenceDuration = tuning.minSilenceDuration;
-    segments = manager_->segmentSpeech(samples16k, segmentation, execution);
+    const VadManager* const manager = managerFor(tuning.threshold);
+    if (manager == nullptr || samples16k.empty()) return std::nullopt;
+    segments = manager->segmentSpeech(samples16k, tuning.segmentation(), execution);
   } catch (const Cancelled&) {
     throw;
   } catch (const std::exception&) {
     return std::nullopt;
   }
+  return historyOf(segments, sourceFrameCount, sourceSampleRate);
+}
+
+std::vector<bool> SileroVADAnalyser::historyOf(std::span<const VadSegment> segments,
+                                               std::int64_t sourceFrameCount,
+                                               double sourceSampleRate) {
   const double blocks =
       std::round(static_cast<double>(sourceFrameCount) / sourceSampleRate / kBlockDuration);
   return blockHistory(segments, std::max<std::int64_t>(1, toCount(blocks)), kBlockDuration);

@@ -17,6 +17,8 @@
 
 namespace orvane {
 
+class SpeechDetection;
+
 /// Tells for every 100 ms of a file whether somebody speaks. It keeps one loaded model between
 /// calls and detects for one caller at a time; others wait. It never fails: where detection cannot
 /// run, the answer is absent.
@@ -58,6 +60,11 @@ class ORVANE_API SileroVADAnalyser {
   std::optional<std::vector<bool>> classify(const Input& input, const SileroVADTuning& tuning,
                                             const Execution& execution);
 
+  /// The same for audio that comes in order, in pieces. Null when no model can be loaded. Any
+  /// number of them may be had at a time.
+  std::unique_ptr<SpeechDetection> begin(double sampleRate, std::size_t channelCount,
+                                         const SileroVADTuning& tuning);
+
   /// The same for mono samples at any rate.
   std::optional<std::vector<bool>> classify(std::span<const float> mono, double sourceSampleRate,
                                             const SileroVADTuning& tuning);
@@ -71,11 +78,17 @@ class ORVANE_API SileroVADAnalyser {
   static std::vector<bool> blockHistory(std::span<const VadSegment> segments,
                                         std::int64_t totalBlocks, double blockDuration);
 
+  /// The flags of a file's segments: one per 100 ms of the source, at least one.
+  static std::vector<bool> historyOf(std::span<const VadSegment> segments,
+                                     std::int64_t sourceFrameCount, double sourceSampleRate);
+
   /// Linear interpolation without a filter. Rates are above 0.
   static std::vector<float> linInterp(std::span<const float> samples, double fromRate,
                                       double toRate);
 
  private:
+  /// The model for a threshold; null when none can be loaded. For the holder of the mutex.
+  const VadManager* managerFor(float threshold);
   std::optional<std::vector<bool>> classify16k(std::span<const float> samples16k,
                                                std::int64_t sourceFrameCount,
                                                double sourceSampleRate,
@@ -83,7 +96,7 @@ class ORVANE_API SileroVADAnalyser {
                                                const Execution& execution);
 
   ManagerMaker makeManager_;
-  std::mutex mutex_{};  ///< held by the caller whose detection runs
+  std::mutex mutex_{};  ///< held by the caller whose classification runs
   std::unique_ptr<VadManager> manager_{};
   float managerThreshold_ = 0.5F;
 };

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "orvane/speech/detector/vad_segmentation.h"
+
 namespace orvane {
 
 /// The user's settings of the speech detector.
@@ -11,6 +13,13 @@ struct SileroVADTuning {
   bool operator==(const SileroVADTuning&) const = default;
 
   static constexpr SileroVADTuning defaults() noexcept { return {}; }
+
+  VadSegmentationConfig segmentation() const {
+    auto config = VadSegmentationConfig::defaults();
+    config.minSpeechDuration = minSpeechDuration;
+    config.minSilenceDuration = minSilenceDuration;
+    return config;
+  }
 };
 
 }  // namespace orvane

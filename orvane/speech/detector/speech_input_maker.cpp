@@ -4,7 +4,6 @@
 #include <cmath>
 #include <utility>
 
-#include "orvane/audio/audio_source.h"
 #include "orvane/speech/detector/mono_resampler.h"
 
 namespace orvane {
@@ -18,14 +17,8 @@ std::int64_t outputCount(std::int64_t frames, double ratio) {
 
 }  // namespace
 
-SpeechInputMaker::SpeechInputMaker(double sampleRate, std::size_t channelCount,
-                                   std::int64_t expectedFrames)
-    : sampleRate_(sampleRate), ratio_(sampleRate / kModelRate), lastFrame_(channelCount) {
-  // What a header says may be anything; what lies beyond half a day is not made room for.
-  constexpr double kMostSeconds = 43'200;
-  const auto frames = std::min(static_cast<double>(expectedFrames), kMostSeconds * sampleRate);
-  output_.reserve(static_cast<std::size_t>(frames / ratio_) + 1);
-}
+SpeechInputMaker::SpeechInputMaker(double sampleRate, std::size_t channelCount)
+    : ratio_(sampleRate / kModelRate), lastFrame_(channelCount) {}
 
 std::int64_t SpeechInputMaker::outputsWithin(std::int64_t frames) const {
   if (ratio_ == 1) return frames;
@@ -40,15 +33,28 @@ std::int64_t SpeechInputMaker::outputsWithin(std::int64_t frames) const {
 }
 
 void SpeechInputMaker::run(PlanarView audio, std::int64_t firstFrame, std::int64_t endOutput) {
-  const auto start = static_cast<std::int64_t>(output_.size());
+  const auto made = output_.size();
+  const std::int64_t start = firstOutput_ + static_cast<std::int64_t>(made);
   if (endOutput <= start) return;
-  output_.resize(static_cast<std::size_t>(endOutput));
+  output_.resize(static_cast<std::size_t>(endOutput - firstOutput_));
   const std::int64_t endFrame = firstFrame + static_cast<std::int64_t>(audio.frameCount());
-  MonoResampler{audio, endFrame, ratio_, firstFrame}.run(start, endOutput, output_.data() + start);
+  MonoResampler{audio, endFrame, ratio_, firstFrame}.run(start, endOutput, output_.data() + made);
 }
 
-void SpeechInputMaker::process(PlanarView audio) {
-  if (audio.frameCount() == 0) return;
+void SpeechInputMaker::dropGiven() {
+  output_.erase(output_.begin(), output_.begin() + (given_ - firstOutput_));
+  firstOutput_ = given_;
+}
+
+std::span<const float> SpeechInputMaker::give(std::int64_t endOutput) {
+  const auto first = static_cast<std::size_t>(given_ - firstOutput_);
+  given_ = std::clamp(endOutput, given_, firstOutput_ + static_cast<std::int64_t>(output_.size()));
+  return std::span(output_).subspan(first, static_cast<std::size_t>(given_ - firstOutput_) - first);
+}
+
+std::span<const float> SpeechInputMaker::process(PlanarView audio) {
+  dropGiven();
+  if (audio.frameCount() == 0) return {};
   const std::size_t channelCount = audio.channelCount();
   if (frames_ > 0) {
     // What lies between the piece before and this one.
@@ -63,30 +69,18 @@ void SpeechInputMaker::process(PlanarView audio) {
   run(audio, frames_, outputsWithin(end));
   for (std::size_t c = 0; c < channelCount; ++c) lastFrame_[c] = audio.samples(c).back();
   frames_ = end;
+  // A sample that the audio would lose if it ended here is kept back.
+  return give(outputCount(frames_, ratio_));
 }
 
-std::optional<SileroVADAnalyser::Input> SpeechInputMaker::finish() {
-  const std::int64_t count = frames_ > 0 ? outputCount(frames_, ratio_) : 0;
-  if (count < 1) return std::nullopt;
+std::span<const float> SpeechInputMaker::finish() {
+  dropGiven();
+  if (frames_ == 0) return {};
   std::vector<const float*> lastFrame;
   for (const float& sample : lastFrame_) lastFrame.push_back(&sample);
+  const std::int64_t count = outputCount(frames_, ratio_);
   run({lastFrame, 1}, frames_ - 1, count);  // nothing comes behind the last frame
-  output_.resize(static_cast<std::size_t>(count));
-  return SileroVADAnalyser::Input{.samples16k = std::move(output_),
-                                  .sourceFrameCount = frames_,
-                                  .sourceSampleRate = sampleRate_};
-}
-
-std::optional<SileroVADAnalyser::Input> speechInputOf(AudioSource& source) {
-  constexpr std::uint32_t kPieceFrames = 1U << 17;
-  SpeechInputMaker maker(source.format().sampleRate, source.format().channelCount,
-                         source.expectedFrameLength().value_or(0));
-  const auto piece = source.makeBuffer(kPieceFrames);
-  do {
-    source.read(*piece);
-    maker.process(piece->view());
-  } while (piece->frameLength() == piece->frameCapacity());
-  return maker.finish();
+  return give(count);
 }
 
 }  // namespace orvane

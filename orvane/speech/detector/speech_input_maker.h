@@ -2,45 +2,42 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <optional>
+#include <span>
 #include <vector>
 
 #include "orvane/platform/export.h"
 #include "orvane/platform/planar_view.h"
-#include "orvane/speech/detector/silero_vad_analyser.h"
 
 namespace orvane {
 
-class AudioSource;
-
-/// Makes the speech detector's input from audio that comes in order, in pieces of any size: the
-/// same samples as `SileroVADAnalyser::prepareInput` makes of the whole.
-class ORVANE_API SpeechInputMaker {
+/// Makes the speech detector's input from audio that comes in order, in pieces of any size: piece
+/// by piece the samples that `SileroVADAnalyser::prepareInput` makes of the whole.
+class ORVANE_TESTING_API SpeechInputMaker {
  public:
-  /// `expectedFrames` only saves the samples from being moved. The rate is above 0, there is at
-  /// least one channel.
-  SpeechInputMaker(double sampleRate, std::size_t channelCount, std::int64_t expectedFrames);
+  /// The rate is above 0, there is at least one channel.
+  SpeechInputMaker(double sampleRate, std::size_t channelCount);
 
-  /// The next frames.
-  void process(PlanarView audio);
+  /// The samples at 16 kHz that the next frames add. They stay until the next call.
+  std::span<const float> process(PlanarView audio);
 
-  /// Ends the audio. Absent when not even one sample at 16 kHz results.
-  std::optional<SileroVADAnalyser::Input> finish();
+  /// Ends the audio and gives the last ones.
+  std::span<const float> finish();
+
+  std::int64_t frameCount() const noexcept { return frames_; }  ///< of the source, so far
 
  private:
   /// The first output sample that needs more than the source's first `frames` frames.
   std::int64_t outputsWithin(std::int64_t frames) const;
   void run(PlanarView audio, std::int64_t firstFrame, std::int64_t endOutput);
+  void dropGiven();
+  std::span<const float> give(std::int64_t endOutput);
 
-  double sampleRate_;
   double ratio_;
-  std::int64_t frames_ = 0;         ///< of the source, so far
+  std::int64_t frames_ = 0;
   std::vector<float> lastFrame_{};  ///< one sample per channel
-  std::vector<float> output_{};
+  std::vector<float> output_{};     ///< samples made, from `firstOutput_` on
+  std::int64_t firstOutput_ = 0;
+  std::int64_t given_ = 0;  ///< samples given away so far
 };
-
-/// The input made of the rest of a source, which is read in short pieces. Throws what reading
-/// throws.
-ORVANE_API std::optional<SileroVADAnalyser::Input> speechInputOf(AudioSource& source);
 
 }  // namespace orvane

@@ -50,6 +50,26 @@ class ORVANE_API VadManager {
                                         const VadSegmentationConfig& segmentation,
                                         const Execution& execution = {}) const;
 
+  /// The same for samples that come in order, in pieces of any size, of which it holds a second and
+  /// a half.
+  class ORVANE_API Stream {
+   public:
+    explicit Stream(const VadManager& manager);
+    ~Stream();
+    Stream(Stream&&) noexcept;
+
+    void process(std::span<const float> samples16k, std::size_t threadCount = 1);
+
+    std::size_t sampleCount() const noexcept;  ///< so far
+
+    /// Ends the samples.
+    std::vector<VadSegment> finish(const VadSegmentationConfig& segmentation);
+
+   private:
+    struct State;
+    std::unique_ptr<State> state_;
+  };
+
  private:
   Config config_;
   std::shared_ptr<const SileroNetwork> network_;

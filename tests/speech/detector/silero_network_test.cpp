@@ -177,6 +177,33 @@ TEST_F(SileroNetworkTest, GivesNothingForNoSteps) {
   EXPECT_EQ(network.stepProbabilities({}, 3).size(), 3U);
 }
 
+TEST_F(SileroNetworkTest, StreamsInPiecesOfAnySize) {
+  const SileroNetwork network(loadSileroWeights(currentModel()));
+  constexpr std::size_t kTile = std::size_t{48} * 512;
+  for (const std::size_t count : {kTile - 1, kTile, 2 * kTile + 63, 5 * kTile + 100}) {
+    const auto samples = test::burstyNoise(static_cast<std::uint32_t>(count), 21);
+    const std::size_t steps = (count + 4095) / 4096 * 8;
+    const auto whole = network.stepProbabilities(samples, steps);
+    for (const std::size_t longest : {700U, 40'000U, 1'000'000U}) {
+      SCOPED_TRACE(testing::Message() << count << " samples, " << longest);
+      std::mt19937 random(3);
+      SileroNetwork::Stream stream(network);
+      for (std::size_t first = 0; first < count;) {
+        const std::size_t piece = std::min(count - first, 1 + random() % longest);
+        stream.process(std::span(samples).subspan(first, piece), 1 + random() % 3);
+        first += piece;
+      }
+      EXPECT_EQ(stream.finish(steps), whole);
+    }
+  }
+}
+
+TEST_F(SileroNetworkTest, StreamsNothing) {
+  const SileroNetwork network(test::randomWeights(1));
+  EXPECT_TRUE(SileroNetwork::Stream(network).finish(0).empty());
+  EXPECT_EQ(SileroNetwork::Stream(network).finish(3), network.stepProbabilities({}, 3));
+}
+
 class Canceller : public ProgressObserver {
  public:
   void onProgress(std::string_view stage, double fraction) override {

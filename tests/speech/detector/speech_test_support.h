@@ -11,13 +11,14 @@
 #include <vector>
 
 #include "orvane/speech/detector/onnx_weights.h"
+#include "tests/support/test_places.h"
 
 namespace orvane::test {
 
 /// A published model that set-up fetches for the tests; a missing one is a failure that tells how
 /// to get it.
 inline std::filesystem::path publishedModel(const std::string& name) {
-  const auto path = std::filesystem::path(ORVANE_TEST_MODELS) / name;
+  const auto path = std::filesystem::path(places::models) / name;
   if (!std::filesystem::exists(path))
     throw std::runtime_error("The speech model " + path.string() +
                              " is missing. Install it: scripts/install-model FOLDER");

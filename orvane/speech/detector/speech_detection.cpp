@@ -1,0 +1,70 @@
+#include "orvane/speech/detector/speech_detection.h"
+
+#include <span>
+#include <utility>
+
+#include "orvane/audio/audio_source.h"
+#include "orvane/platform/parallel.h"
+#include "orvane/speech/detector/silero_vad_analyser.h"
+#include "orvane/speech/detector/speech_input_maker.h"
+
+namespace orvane {
+
+struct SpeechDetection::State {
+  SileroVADTuning tuning;
+  double sampleRate;
+  SpeechInputMaker input;
+  VadManager::Stream stream;
+  std::span<const float> taken{};
+};
+
+SpeechDetection::SpeechDetection(const VadManager& model, const SileroVADTuning& tuning,
+                                 double sampleRate, std::size_t channelCount)
+    : state_(std::make_unique<State>(State{.tuning = tuning,
+                                           .sampleRate = sampleRate,
+                                           .input = SpeechInputMaker(sampleRate, channelCount),
+                                           .stream = VadManager::Stream(model)})) {}
+SpeechDetection::~SpeechDetection() = default;
+
+void SpeechDetection::take(PlanarView audio) {
+  state_->taken = state_->input.process(audio);
+}
+
+void SpeechDetection::detect(std::size_t threadCount) {
+  state_->stream.process(state_->taken, threadCount);
+  state_->taken = {};
+}
+
+std::optional<std::vector<bool>> SpeechDetection::finish() {
+  state_->stream.process(state_->input.finish());
+  if (state_->stream.sampleCount() == 0) return std::nullopt;
+  const auto segments = state_->stream.finish(state_->tuning.segmentation());
+  return SileroVADAnalyser::historyOf(segments, frameCount(), state_->sampleRate);
+}
+
+std::int64_t SpeechDetection::frameCount() const noexcept {
+  return state_->input.frameCount();
+}
+
+void detectSpeech(AudioSource& source, SpeechDetection& detection, std::size_t threadCount) {
+  // Enough for each thread to have several of the network's tiles.
+  constexpr std::uint32_t kPieceFrames = 1U << 20;
+  auto piece = source.makeBuffer(kPieceFrames);
+  std::shared_ptr<PCMBuffer> next;  // not made for what fits into one piece
+  source.read(*piece);
+  while (piece->frameLength() > 0) {
+    const std::size_t reads = piece->frameLength() == kPieceFrames ? 1 : 0;
+    if (reads > 0 && !next) next = source.makeBuffer(kPieceFrames);
+    detection.take(piece->view());
+    parallelFor(threadCount, reads + 1, [&](std::size_t task) {
+      if (task < reads)
+        source.read(*next);
+      else
+        detection.detect(threadCount);
+    });
+    if (reads == 0) break;
+    std::swap(piece, next);
+  }
+}
+
+}  // namespace orvane
