@@ -95,7 +95,7 @@ RequestedSpeech speechOf(const EditOptions& options, double sampleRate,
       const auto source = openSource(options, execution);
       const auto tuning = SileroVADTuning::defaults();
       const VadManager model(VadManager::Config{.defaultThreshold = tuning.threshold});
-      detected = SourceSpeech::detect(*source, model, tuning, execution).regions;
+      detected = SourceSpeech::detect(*source, model, tuning, execution.threadCount).regions;
     }
     frames = SourceSpeech::framesOf(
         request.detectsSpeech ? *detected : SourceSpeech::load(request.speechRegions), sampleRate);
@@ -105,8 +105,8 @@ RequestedSpeech speechOf(const EditOptions& options, double sampleRate,
 
 /// Whether all of the audio is edited in memory.
 bool isHeld(const EditOptions& options, const EditChain& chain, std::uint32_t channelCount) {
-  return options.memoryBytes ? chain.heldBytes(channelCount) <= *options.memoryBytes
-                             : chain.fitsIntoMemory(channelCount);
+  return chain.fitsIntoMemory(channelCount) &&
+         (!options.memoryBytes || chain.heldBytes(channelCount) <= *options.memoryBytes);
 }
 
 /// The edits of audio that long; what makes no sense of them is said with the operation's name.

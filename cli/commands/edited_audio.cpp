@@ -22,11 +22,16 @@ AudioContainer containerFor(const AudioOutputOptions& options, const AudioSource
   return options.containerFor(encoding, own.value_or(AudioContainer::wave));
 }
 
-std::string namesOf(const std::vector<FourCC>& chunks) {
-  std::string names;
-  for (const FourCC id : chunks)
-    names += (names.empty() ? "" : ", ") + (id == 0 ? "chunks of others" : fourCC(id));
+std::vector<std::string> namesOf(const std::vector<FourCC>& chunks) {
+  std::vector<std::string> names;
+  for (const FourCC id : chunks) names.push_back(id == 0 ? "chunks of others" : fourCC(id));
   return names;
+}
+
+std::string joined(const std::vector<std::string>& names) {
+  std::string text;
+  for (const std::string& name : names) text += (text.empty() ? "" : ", ") + name;
+  return text;
 }
 
 /// Bits that a sample of a float has.
@@ -164,13 +169,14 @@ LeftBehind leftBehind(const AudioSource& source, const WrittenAudio& written) {
   if (written.keepsChunks) return {};
   LeftBehind result{.chunks = sideChunks(source.file())};
   result.hasChapters = result.chunks.empty() && !source.chapters().empty();
+  result.tags = source.tagNames();
   return result;
 }
 
 void addLeftBehind(JsonOutput::Document& document, const LeftBehind& leftBehind) {
-  std::vector<std::string> names;
-  for (const FourCC id : leftBehind.chunks) names.push_back(fourCC(id));
+  std::vector<std::string> names = namesOf(leftBehind.chunks);
   if (leftBehind.hasChapters) names.emplace_back("chapters");
+  for (const std::string& tag : leftBehind.tags) names.push_back("tag " + tag);
   document.add("leftBehind", names);
 }
 
@@ -182,8 +188,10 @@ void warnOfSource(const AudioSource& source, const std::string& name, const Left
     console.warning(name + ": samples are edited as 32-bit floats, which round those of " +
                     std::to_string(source.bitDepth()) + " bits");
   if (!leftBehind.chunks.empty())
-    console.warning(name + ": these chunks are left behind: " + namesOf(leftBehind.chunks));
+    console.warning(name + ": these chunks are left behind: " + joined(namesOf(leftBehind.chunks)));
   if (leftBehind.hasChapters) console.warning(name + ": its chapters are left behind");
+  if (!leftBehind.tags.empty())
+    console.warning(name + ": these tags are left behind: " + joined(leftBehind.tags));
 }
 
 }  // namespace orvane::cli::EditedAudio

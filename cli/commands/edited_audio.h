@@ -53,7 +53,8 @@ void write(WrittenAudio& written, const AudioOutputOptions& options, const Origi
 /// What of a source is not written, beside its audio.
 struct LeftBehind {
   std::vector<FourCC> chunks{};
-  bool hasChapters = false;  ///< of a source without chunks
+  bool hasChapters = false;         ///< of a source without chunks
+  std::vector<std::string> tags{};  ///< the same
 };
 LeftBehind leftBehind(const AudioSource& source, const WrittenAudio& written);
 /// The same by name, as `leftBehind` of a document.

@@ -17,6 +17,10 @@ namespace {
 
 using AudioSourceReader::Failure;
 
+/// Longer ones are no recordings, and what grows with the time of a programme, as its curves do,
+/// would fill the memory.
+constexpr double kLongestSeconds = 3'600'000;
+
 /// A container without a code cannot be told.
 std::optional<AudioFileIdentity> identityOf(const AudioFileDescription& description,
                                             const std::filesystem::path& url) {
@@ -77,6 +81,7 @@ class AudioFileSource final : public AudioSource {
 
   const InputFile& file() const override { return file_->file(); }
   std::vector<ChapterMark> chapters() const override { return file_->chapters(); }
+  std::vector<std::string> tagNames() const override { return file_->tagNames(); }
   bool knowsFrameLength() const noexcept override { return file_->knowsFrameLength(); }
   std::optional<std::int64_t> expectedFrameLength() const override {
     return file_->expectedFrameLength();
@@ -142,20 +147,28 @@ std::unique_ptr<AudioSource> AudioSource::open(const std::filesystem::path& url,
                                                const AudioFileOpenOptions& options) {
   auto source = rawFormat ? RawPCMSource::open(url, *rawFormat, options)
                           : AudioFileSource::open(url, options);
-  if (source->knowsFrameLength()) source->frameLength();  // refuses what is too large
+  if (source->knowsFrameLength()) source->frameLength();  // refuses what is empty or too long
   return source;
 }
 
-void AudioSource::requireLoadable(std::int64_t frames) const {
-  if (AudioLoadLimits::isWithinLimits(frames, facts_.format.channelCount)) return;
+void AudioSource::failAsTooLarge() const {
   if (facts_.rawFormat) throw RawPCMImportError(RawPCMImportError::TooLarge{});
   throw Failure(Failure::Case::tooLarge, facts_.url);
+}
+
+void AudioSource::requireMeasurable(std::int64_t frames) const {
+  if (static_cast<double>(frames) > std::max(1.0, facts_.format.sampleRate) * kLongestSeconds)
+    failAsTooLarge();
+}
+
+void AudioSource::requireLoadable() {
+  if (!AudioLoadLimits::isWithinLimits(frameLength(), facts_.format.channelCount)) failAsTooLarge();
 }
 
 std::int64_t AudioSource::frameLength() {
   const std::int64_t frames = countFrames();
   if (frames < 1) throw Failure(Failure::Case::empty, facts_.url);
-  requireLoadable(frames);
+  requireMeasurable(frames);
   return frames;
 }
 
@@ -166,10 +179,17 @@ std::shared_ptr<PCMBuffer> AudioSource::makeBuffer(std::uint32_t frames) const {
   throw Failure(Failure::Case::allocation, facts_.url);
 }
 
+std::shared_ptr<PCMBuffer> AudioSource::load() {
+  requireLoadable();
+  auto buffer = makeBuffer(static_cast<std::uint32_t>(frameLength()));
+  read(*buffer);
+  return buffer;
+}
+
 void AudioSource::read(PCMBuffer& buffer) {
   readNext(buffer);
   position_ += buffer.frameLength();
-  if (position_ > 0) requireLoadable(position_);
+  requireMeasurable(position_);
 }
 
 }  // namespace orvane

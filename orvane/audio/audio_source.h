@@ -21,8 +21,8 @@ namespace orvane {
 class ORVANE_API AudioSource {
  public:
   /// Opens the source at `url`: an audio file, or headerless PCM in `rawFormat` when that is given,
-  /// whatever the extension. Throws what `AudioSourceReader::load` throws; that compressed audio is
-  /// too large may only show later.
+  /// whatever the extension. Throws what `AudioSourceReader::load` throws, for being too large only
+  /// beyond a thousand hours; that compressed audio is may only show later.
   static std::unique_ptr<AudioSource> open(const std::filesystem::path& url,
                                            const std::optional<RawPCMFormat>& rawFormat = {},
                                            const AudioFileOpenOptions& options = {});
@@ -48,9 +48,16 @@ class ORVANE_API AudioSource {
   /// The chapters that the file itself holds, see `AudioFile::chapters`; none for a raw source.
   virtual std::vector<ChapterMark> chapters() const = 0;
 
+  /// See `AudioFile::tagNames`; none for a raw source.
+  virtual std::vector<std::string> tagNames() const { return {}; }
+
   /// Exact, in frames; at least 1. Of compressed audio the first call walks through the whole file.
-  /// Reading a damaged file may end before. Throws like `open` for what is too large to be loaded.
+  /// Reading a damaged file may end before. Throws like `open`.
   std::int64_t frameLength();
+
+  /// Throws what loading throws for audio that may not be held in memory as a whole, see
+  /// `AudioLoadLimits::isWithinLimits`.
+  void requireLoadable();
 
   /// Whether `frameLength` has its answer at hand.
   virtual bool knowsFrameLength() const noexcept = 0;
@@ -60,6 +67,9 @@ class ORVANE_API AudioSource {
 
   /// A buffer of the source's format for that many frames. Throws the source's allocation error.
   std::shared_ptr<PCMBuffer> makeBuffer(std::uint32_t frames) const;
+
+  /// The whole source, of which nothing has been read. Throws what loading throws.
+  std::shared_ptr<PCMBuffer> load();
 
   /// Reads the next frames into `buffer`, from its start, up to its capacity, and sets its frame
   /// length; fewer than its capacity only at the end. The buffer has the source's format. Throws
@@ -85,7 +95,8 @@ class ORVANE_API AudioSource {
  private:
   virtual std::int64_t countFrames() = 0;
   virtual void readNext(PCMBuffer& buffer) = 0;
-  void requireLoadable(std::int64_t frames) const;
+  void requireMeasurable(std::int64_t frames) const;
+  [[noreturn]] void failAsTooLarge() const;
 
   Facts facts_;
   std::int64_t position_ = 0;  ///< next frame

@@ -39,8 +39,7 @@ Loaded load(const std::filesystem::path& url, const std::optional<RawPCMFormat>&
             const LoadOptions& options) {
   const auto source = AudioSource::open(
       url, rawFormat, {.streamIndex = options.streamIndex, .execution = options.execution});
-  auto buffer = source->makeBuffer(static_cast<std::uint32_t>(source->frameLength()));
-  source->read(*buffer);
+  auto buffer = source->load();
   if (options.warnings != nullptr)
     std::ranges::move(source->warnings(), std::back_inserter(*options.warnings));
   return {.buffer = std::move(buffer),

@@ -34,6 +34,7 @@ class JoinedAudioSource final : public AudioSource {
 
   const InputFile& file() const override { return parts_.front()->file(); }
   std::vector<ChapterMark> chapters() const override { return parts_.front()->chapters(); }
+  std::vector<std::string> tagNames() const override { return parts_.front()->tagNames(); }
 
   bool knowsFrameLength() const noexcept override {
     return std::ranges::all_of(parts_, [](const auto& part) { return part->knowsFrameLength(); });

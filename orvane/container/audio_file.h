@@ -46,6 +46,9 @@ struct AudioFileDescription {
 struct AudioFileOpenOptions {
   /// Which audio stream of a file with several, counted from 0; absent for the default one.
   std::optional<int> streamIndex{};
+  /// Whether reading also makes the checksum that the file states of its audio, see
+  /// `AudioFile::checksumHolds`.
+  bool verifiesChecksum = false;
   /// The stage is "Reading", a share of the frames.
   Execution execution{};
 };
@@ -92,6 +95,10 @@ class ORVANE_API AudioFile {
   /// markers are passed over. Throws `PlatformError` for a file that cannot be read.
   std::vector<ChapterMark> chapters() const;
 
+  /// What FFmpeg reads of title, artist and the like, by its names in lower case, sorted; "picture"
+  /// for a cover. None of files whose chunks hold them, see `sideChunks`.
+  virtual std::vector<std::string> tagNames() const { return {}; }
+
   /// Planar float at the file's own rate, channels in stored order.
   AudioFormat processingFormat() const;
 
@@ -101,6 +108,10 @@ class ORVANE_API AudioFile {
   /// Reads the next frames into `buffer`, from its start, up to its capacity, and sets its frame
   /// length; 0 at the end. May deliver fewer than asked for before the end. Throws `PlatformError`.
   virtual void read(PCMBuffer& buffer) = 0;
+
+  /// Whether the audio, read to its end, is the one that was encoded: has the MD5 that a FLAC
+  /// states. Absent where none is stated or was not to be verified, and before the end.
+  virtual std::optional<bool> checksumHolds() const noexcept { return std::nullopt; }
 
  protected:
   explicit AudioFile(std::shared_ptr<const InputFile> file);

@@ -7,6 +7,7 @@ namespace orvane::EditOperations {
 
 ChannelArrays loadChannels(AudioSource& source) {
   constexpr std::int64_t kPieceFrames = 1 << 16;
+  source.requireLoadable();
   const std::int64_t frameCount = source.frameLength();
   ChannelArrays channels(source.format().channelCount);
   for (auto& channel : channels) channel.reserve(static_cast<std::size_t>(frameCount));

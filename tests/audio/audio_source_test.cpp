@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -63,8 +64,24 @@ class AudioStreaming : public testing::Test {
     EXPECT_EQ(inPieces(*AudioSource::open(path, rawFormat), {700, 64}), samplesOf(*loaded.buffer));
   }
 
+  /// A file of that many zeros, which take no room on the disk.
+  std::filesystem::path sparse(const std::string& name, std::uintmax_t bytes) {
+    const auto path = folder_.write(name, "");
+    std::filesystem::resize_file(path, bytes);
+    return path;
+  }
+
   test::TemporaryDirectory folder_;
 };
+
+void expectTooLarge(const std::function<void()>& action) {
+  try {
+    action();
+    FAIL() << "too large, and not refused";
+  } catch (const RawPCMImportError& error) {
+    EXPECT_EQ(error.failureCase(), RawPCMImportError::Case(RawPCMImportError::TooLarge{}));
+  }
+}
 
 TEST_F(AudioStreaming, PiecesOfAFileMakeTheWhole) {
   const test::SampleSpec spec{.bits = 24, .bytes = 3};
@@ -121,16 +138,26 @@ TEST_F(AudioStreaming, RefusesWhatLoadingRefuses) {
   EXPECT_THROW(open(folder_ / "missing.raw", format), RawPCMImportError);
   const auto odd = folder_.write("odd.raw", Bytes(5));
   EXPECT_THROW(open(odd, format), RawPCMImportError);
+}
+
+TEST_F(AudioStreaming, LimitsWhatIsLoadedAndNotWhatIsRead) {
   const ScopedHostMemory memory({.physicalBytes = 1, .supportsLargeBuffers = false});
-  const auto vast = folder_ / "vast.raw";
-  folder_.write("vast.raw", Bytes(4));
-  std::filesystem::resize_file(vast, std::uintmax_t{4} << 30);
-  try {
-    open(vast, format);
-    FAIL() << "opened";
-  } catch (const RawPCMImportError& error) {
-    EXPECT_EQ(error.failureCase(), RawPCMImportError::Case(RawPCMImportError::TooLarge{}));
-  }
+  const RawPCMFormat format{.sampleRate = 48000, .channelCount = 2};
+  const auto source = AudioSource::open(sparse("vast.raw", std::uintmax_t{4} << 30), format);
+  EXPECT_EQ(source->frameLength(), std::int64_t{1} << 30);
+  const auto piece = source->makeBuffer(1000);
+  source->read(*piece);
+  EXPECT_EQ(piece->frameLength(), 1000U);
+  expectTooLarge([&] { source->requireLoadable(); });
+  expectTooLarge([&] { source->load(); });
+}
+
+TEST_F(AudioStreaming, RefusesMoreThanAThousandHours) {
+  const RawPCMFormat format{
+      .sampleRate = 100, .channelCount = 1, .encoding = RawPCMFormat::Encoding::uint8};
+  EXPECT_EQ(AudioSource::open(sparse("most.raw", 360'000'000), format)->frameLength(), 360'000'000);
+  const auto more = sparse("more.raw", 360'000'001);
+  expectTooLarge([&] { AudioSource::open(more, format); });
 }
 
 TEST_F(AudioStreaming, OpensTheFileOnceForAllThatIsAskedOfIt) {

@@ -1,11 +1,14 @@
 // Edits of files by the program.
 
 #include <algorithm>
+#include <cstdint>
+#include <filesystem>
 
 #include "orvane/container/audio_file.h"
 #include "tests/cli/program_fixture.h"
 #include "tests/support/container_writer.h"
 #include "tests/support/file_reading.h"
+#include "tests/support/tool_runner.h"
 #include "tests/support/whole_file.h"
 
 namespace orvane::cli::test {
@@ -336,6 +339,30 @@ TEST_F(ProgramEdit, NamesWhatIsLeftBehind) {
             "of 32 bits\n"
             "orvane: warning: tagged.wav: these chunks are left behind: bext, LIST\n");
   EXPECT_EQ(jsonLines(end.output).at(0)["leftBehind"], Json({"bext", "LIST"}));
+}
+
+TEST_F(ProgramEdit, NamesTheTagsAndChaptersOfCompressedAudioThatAreLeftBehind) {
+  folder().write("meta.txt",
+                 ";FFMETADATA1\ntitle=A song\nartist=Nobody\n"
+                 "[CHAPTER]\nTIMEBASE=1/10\nSTART=0\nEND=5\ntitle=One\n");
+  orvane::test::runTool("ffmpeg", {"-v", "error", "-f", "lavfi", "-i", "sine=d=1", "-i",
+                                   (folder() / "meta.txt").string(), "-map_metadata", "1",
+                                   (folder() / "song.flac").string()});
+  const auto end = edit({"gain", "-1", "song.flac", "-o", "out.wav", "--json"});
+  EXPECT_EQ(end.exitCode, 0);
+  EXPECT_EQ(end.errors,
+            "orvane: warning: song.flac: its chapters are left behind\n"
+            "orvane: warning: song.flac: these tags are left behind: artist, title\n");
+  EXPECT_EQ(jsonLines(end.output).at(0)["leftBehind"],
+            Json({"chapters", "tag artist", "tag title"}));
+}
+
+TEST_F(ProgramEdit, TakesAFewSecondsOfAFileThatNoMemoryHolds) {
+  folder().write("day.raw", "");
+  std::filesystem::resize_file(folder() / "day.raw", std::uintmax_t{1} << 30);
+  expectDone(
+      {"trim", "#1000000000", "#1000048000", "day.raw", "--raw", "u8,48000,1", "-o", "out.wav"});
+  EXPECT_EQ(read("out.wav"), Channels(1, std::vector<float>(48000, -1.0F)));
 }
 
 TEST_F(ProgramEdit, RefusesWhatWouldDoOrLeaveNothing) {

@@ -4,10 +4,12 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <string>
 #include <utility>
 #include <vector>
 
 #include "orvane/container/ffmpeg/container_chapters.h"
+#include "orvane/container/ffmpeg/container_tags.h"
 #include "orvane/container/ffmpeg/decoder.h"
 #include "orvane/container/ffmpeg/demuxer.h"
 #include "orvane/container/ffmpeg/frame_conversion.h"
@@ -29,6 +31,9 @@ class FFmpegAudioFile final : public AudioFile {
   std::int64_t frameLength() override;
   bool knowsFrameLength() const noexcept override { return countedFrames_.has_value(); }
   std::optional<std::int64_t> expectedFrameLength() const override;
+  std::vector<std::string> tagNames() const override {
+    return tagNamesOf(demuxer_.format(), demuxer_.stream());
+  }
   void read(PCMBuffer& buffer) override;
 
  private:
