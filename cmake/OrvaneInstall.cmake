@@ -9,7 +9,7 @@ install(TARGETS OrvaneCore OrvaneHeadless
   FILE_SET HEADERS DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}")
 
 # The decoder module lies where OrvaneHeadless looks for it.
-install(TARGETS orvane_ffmpeg LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}/orvane")
+install(TARGETS orvane_ffmpeg orvane_flac LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}/orvane")
 
 # The speech model, where set-up has fetched it.
 install(FILES "${PROJECT_BINARY_DIR}/lib/OrvaneHeadless_OrvaneHeadless.bundle/silero_vad_v6.onnx"
@@ -26,7 +26,7 @@ install(TARGETS orvane RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
 
 # Licences of what others have written and the product uses.
 foreach(package IN ITEMS
-    libavformat-dev libcli11-dev libhwy-dev libicu-dev libkissfft-dev libsoxr-dev)
+    libavformat-dev libcli11-dev libflac-dev libhwy-dev libicu-dev libkissfft-dev libsoxr-dev)
   install(FILES "/usr/share/doc/${package}/copyright" RENAME "${package}.txt"
     DESTINATION "${CMAKE_INSTALL_DOCDIR}/third-party" OPTIONAL)
 endforeach()

@@ -6,50 +6,67 @@
 #include <utility>
 
 #include "orvane/container/ffmpeg/ffmpeg_module.h"
+#include "orvane/container/flac/flac_module.h"
 #include "orvane/platform/error.h"
 #include "orvane/platform/module_location.h"
 
 namespace orvane {
 namespace {
 
-/// Loads the module from this library's folder (the build tree) or the folder "orvane" below it (an
-/// installation). Nothing else is searched: a bare name would let the environment choose.
-const FFmpegModule* loadModule(std::string& failure) {
-  const auto library = ModuleLocation::module();
-  if (!library) return nullptr;
-  const std::filesystem::path folder = library->parent_path();
-  for (const auto& file : {folder / kFFmpegModuleFile, folder / "orvane" / kFFmpegModuleFile}) {
-    std::error_code ignored;
-    if (!std::filesystem::exists(file, ignored)) continue;
-    void* module = dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL);
-    void* factory = module != nullptr ? dlsym(module, kFFmpegModuleFactory) : nullptr;
-    if (factory == nullptr) {
-      failure = dlerror();
-      continue;
-    }
-    const auto make = reinterpret_cast<FFmpegModuleFactory>(factory);
-    if (const FFmpegModule* made = make(kFFmpegModuleVersion)) return made;
-    failure = "it is of another version";
-  }
-  return nullptr;
-}
-
+/// A module of decoders, loaded from this library's folder (the build tree) or the folder "orvane"
+/// below it (an installation). Nothing else is searched: a bare name would let the environment
+/// choose. It is never unloaded, because open files keep running its code.
+template <typename Module>
 struct LoadedModule {
-  std::string failure{};  ///< why there is none
-  const FFmpegModule* module = loadModule(failure);
+  const Module* module = nullptr;
+  std::string failure{};  ///< why there is none, where a file of that name is
+
+  LoadedModule(const char* file, const char* factory, int version) {
+    const auto library = ModuleLocation::module();
+    if (!library) return;
+    const std::filesystem::path folder = library->parent_path();
+    for (const auto& path : {folder / file, folder / "orvane" / file}) {
+      std::error_code ignored;
+      if (module != nullptr || !std::filesystem::exists(path, ignored)) continue;
+      void* const loaded = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+      void* const make = loaded != nullptr ? dlsym(loaded, factory) : nullptr;
+      if (make == nullptr) {
+        failure = dlerror();
+        continue;
+      }
+      module = reinterpret_cast<const Module* (*)(int)>(make)(version);
+      if (module == nullptr) failure = "it is of another version";
+    }
+  }
 };
 
-/// Loaded once and never unloaded, because open files keep running the module's code.
-const LoadedModule& loadedModule() {
-  static const LoadedModule loaded;
+const LoadedModule<FFmpegModule>& loadedFFmpeg() {
+  static const LoadedModule<FFmpegModule> loaded(kFFmpegModuleFile, kFFmpegModuleFactory,
+                                                 kFFmpegModuleVersion);
   return loaded;
 }
 
 const FFmpegModule& ffmpegModule(const std::filesystem::path& path) {
-  const auto& [failure, module] = loadedModule();
+  const auto& [module, failure] = loadedFFmpeg();
   if (module != nullptr) return *module;
   const std::string reason = failure.empty() ? "is not installed" : "cannot be loaded: " + failure;
   throw PlatformError(path, std::string("The decoder module ") + kFFmpegModuleFile + " " + reason);
+}
+
+std::unique_ptr<AudioFile> openByFFmpeg(std::shared_ptr<const InputFile> file,
+                                        const AudioFileOpenOptions& options, FourCC containerHint) {
+  const FFmpegModule& module = ffmpegModule(file->path());
+  return module.open(std::move(file), options, containerHint);
+}
+
+/// Null where libFLAC is not to be had or does not read the file; FFmpeg does it then.
+std::unique_ptr<AudioFile> openByLibFLAC(const std::shared_ptr<const InputFile>& file,
+                                         const AudioFileOpenOptions& options,
+                                         FourCC containerHint) {
+  if (containerHint != fourCCFrom("flac") || options.streamIndex.value_or(0) != 0) return nullptr;
+  static const LoadedModule<FLACModule> loaded(kFLACModuleFile, kFLACModuleFactory,
+                                               kFLACModuleVersion);
+  return loaded.module != nullptr ? loaded.module->open(file, options, openByFFmpeg) : nullptr;
 }
 
 }  // namespace
@@ -57,13 +74,14 @@ const FFmpegModule& ffmpegModule(const std::filesystem::path& path) {
 std::unique_ptr<AudioFile> openCompressedAudioFile(std::shared_ptr<const InputFile> file,
                                                    const AudioFileOpenOptions& options,
                                                    FourCC containerHint) {
-  const FFmpegModule& module = ffmpegModule(file->path());
-  return module.open(std::move(file), options, containerHint);
+  if (auto opened = openByLibFLAC(file, options, containerHint)) return opened;
+  return openByFFmpeg(std::move(file), options, containerHint);
 }
 
 AudioFileDescription describeCompressedAudioFile(std::shared_ptr<const InputFile> file,
                                                  const AudioFileOpenOptions& options,
                                                  FourCC containerHint) {
+  if (const auto opened = openByLibFLAC(file, options, containerHint)) return opened->description();
   const FFmpegModule& module = ffmpegModule(file->path());
   return module.describe(std::move(file), options, containerHint);
 }
@@ -75,7 +93,7 @@ AudioStreamCount countCompressedStreams(std::shared_ptr<const InputFile> file,
 }
 
 std::optional<std::string> ffmpegVersion() {
-  const FFmpegModule* const module = loadedModule().module;
+  const FFmpegModule* const module = loadedFFmpeg().module;
   return module != nullptr ? std::optional<std::string>(module->version()) : std::nullopt;
 }
 

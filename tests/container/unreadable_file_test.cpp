@@ -92,8 +92,8 @@ TEST_F(UnreadableFile, ForgedLengthOfATag) {
   EXPECT_FALSE(openingFailure(path).empty());
 }
 
-#ifndef ORVANE_IS_SANITIZED
 TEST_F(UnreadableFile, ButLengthsBeyondFourGibibytesAreReadable) {
+  if (test::isSanitized()) GTEST_SKIP() << "files beyond 4 GiB take a sanitizer too long";
   const std::uint64_t frames = (std::uint64_t{1} << 32) / 12 + 1'000'000;
   const Bytes head = test::formFile(
       "RF64", "WAVE",
@@ -108,6 +108,7 @@ TEST_F(UnreadableFile, ButLengthsBeyondFourGibibytesAreReadable) {
 }
 
 TEST_F(UnreadableFile, ButOffsetsBeyondFourGibibytesAreReadable) {
+  if (test::isSanitized()) GTEST_SKIP() << "files beyond 4 GiB take a sanitizer too long";
   // Between format and audio lies a chunk of five gibibytes, whose size is in the table.
   const std::uint64_t gap = std::uint64_t{5} << 30;
   Bytes sizes = test::longSizesBody(gap, 8, 2);
@@ -126,7 +127,6 @@ TEST_F(UnreadableFile, ButOffsetsBeyondFourGibibytesAreReadable) {
   ASSERT_TRUE(buffer);
   test::expectSamples(*buffer, {0, 0, 0.5, -0.5});
 }
-#endif
 
 }  // namespace
 }  // namespace orvane
