@@ -24,17 +24,20 @@ endif()
 if(ORVANE_WARNINGS_AS_ERRORS)
   target_compile_options(orvane_compile_options INTERFACE -Werror)
 endif()
+# Set by the variable DEFAULT_ORVANE_IS_TEST where a target is made.
+define_property(TARGET PROPERTY ORVANE_IS_TEST INITIALIZE_FROM_VARIABLE DEFAULT_ORVANE_IS_TEST)
 if(ORVANE_SANITIZE)
-  target_compile_options(orvane_compile_options INTERFACE
+  set(instrumentation -O1 -g1
     "-fsanitize=${ORVANE_SANITIZE}" -fno-omit-frame-pointer -fno-sanitize-recover=all)
+  if(CMAKE_CXX_COMPILER_ID STREQUAL GNU)
+    # Instrumented code leads g++ to see reads of members that are not there.
+    list(APPEND instrumentation -Wno-maybe-uninitialized)
+  endif()
+  set(isProduct "$<NOT:$<BOOL:$<TARGET_PROPERTY:ORVANE_IS_TEST>>>")
+  target_compile_options(orvane_compile_options INTERFACE "$<${isProduct}:${instrumentation}>")
+  target_compile_definitions(orvane_compile_options INTERFACE
+    "$<${isProduct}:_GLIBCXX_ASSERTIONS>")
   target_link_options(orvane_compile_options INTERFACE "-fsanitize=${ORVANE_SANITIZE}")
-  # What a test itself does with its numbers is not in question, and takes a third of the building.
-  target_compile_options(orvane_compile_options INTERFACE
-    $<$<BOOL:$<TARGET_PROPERTY:ORVANE_IS_TEST>>:-fno-sanitize=undefined>)
-  target_compile_definitions(orvane_compile_options INTERFACE _GLIBCXX_ASSERTIONS)
-  # Instrumented code leads g++ to see reads of members that are not there.
-  target_compile_options(orvane_compile_options INTERFACE
-    $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)
 endif()
 
 # orvane_sources(<target> HEADERS ... PRIVATE_HEADERS ... SOURCES ...)
@@ -53,7 +56,10 @@ endfunction()
 # instantiated template of the standard library. What it uses must be linked to it.
 function(orvane_export_only_own_symbols target)
   if(ORVANE_SANITIZE)
-    return()  # the sanitizers' run-time symbols are found through the executable
+    # The sanitizers' run-time symbols are found through the executable; what both define of inline
+    # functions is the library's own, which is instrumented.
+    target_link_options(${target} PRIVATE LINKER:-Bsymbolic-functions)
+    return()
   endif()
   set(map "${PROJECT_SOURCE_DIR}/cmake/exported_symbols.map")
   target_link_options(${target} PRIVATE "LINKER:--version-script=${map}" LINKER:--no-undefined)
@@ -65,7 +71,6 @@ endfunction()
 function(orvane_test name)
   cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;LIBRARIES")
   add_executable(${name} ${arg_SOURCES})
-  set_target_properties(${name} PROPERTIES ORVANE_IS_TEST ON)
   target_link_libraries(${name} PRIVATE orvane_compile_options orvane_test_support ${arg_LIBRARIES}
     GTest::gmock GTest::gtest GTest::gtest_main)
   gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60 PROPERTIES

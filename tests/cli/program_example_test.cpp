@@ -1,4 +1,5 @@
 #include "tests/cli/program_fixture.h"
+#include "tests/support/test_places.h"
 
 namespace orvane::cli::test {
 namespace {
@@ -16,7 +17,7 @@ class Example : public ProgramTest {
     ProgramSetup setup;
     setup.folder = folder().path();
     setup.arguments = {file, "chapters.csv"};
-    return orvane::test::runProgram(ORVANE_EXAMPLE, setup);
+    return orvane::test::runProgram(orvane::test::places::example, setup);
   }
 };
 

@@ -5,6 +5,7 @@
 
 #include "tests/cli/program_fixture.h"
 #include "tests/support/faulty_saving.h"
+#include "tests/support/test_places.h"
 
 namespace orvane::cli::test {
 namespace {
@@ -18,7 +19,8 @@ class ProgramFaultySaving : public ProgramTest {
     ProgramSetup setup;
     setup.arguments = std::move(arguments);
     setup.folder = folder().path();
-    return {folder() / output, FaultySaving::ofProgram(ORVANE_PROGRAM, setup, ORVANE_FAULTS)};
+    return {folder() / output, FaultySaving::ofProgram(orvane::test::places::program, setup,
+                                                       orvane::test::places::faults)};
   }
 };
 
@@ -108,8 +110,9 @@ TEST_F(ProgramFaultySaving, AListOfPresets) {
   setup.arguments = {"raw", "presets", "save", "old", "--raw", "s16le,48000,2"};
   ASSERT_EQ(run(setup).exitCode, 0);
   setup.arguments = {"raw", "presets", "save", "old", "--raw", "u8,8000,1", "--force"};
-  const FaultySaving presets(folder() / "Orvane/raw-pcm-presets.json",
-                             FaultySaving::ofProgram(ORVANE_PROGRAM, setup, ORVANE_FAULTS));
+  const FaultySaving presets(
+      folder() / "Orvane/raw-pcm-presets.json",
+      FaultySaving::ofProgram(orvane::test::places::program, setup, orvane::test::places::faults));
   for (const bool anonymous : {true, false}) {
     presets.failEveryCall({anonymous ? ENOSPC : EIO}, {.anonymous = anonymous});
     presets.disturbEveryWrite({.anonymous = anonymous});

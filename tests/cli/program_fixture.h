@@ -14,6 +14,7 @@
 
 #include "tests/support/program_run.h"
 #include "tests/support/temporary_directory.h"
+#include "tests/support/test_places.h"
 
 namespace orvane::cli::test {
 
@@ -64,7 +65,7 @@ class ProgramTest : public ::testing::Test {
 
   ProgramEnd run(ProgramSetup setup) const {
     if (setup.folder.empty()) setup.folder = folder_.path();
-    return orvane::test::runProgram(ORVANE_PROGRAM, setup);
+    return orvane::test::runProgram(orvane::test::places::program, setup);
   }
   ProgramEnd run(const std::vector<std::string>& arguments) const {
     ProgramSetup setup;

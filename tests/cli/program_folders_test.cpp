@@ -1,7 +1,6 @@
 // Batches: folders, their failures, what closes them, the album.
 
 #include "tests/cli/program_fixture.h"
-#include "tests/support/sanitized.h"
 
 namespace orvane::cli::test {
 namespace {

@@ -2,6 +2,7 @@
 
 #include "tests/cli/program_fixture.h"
 #include "tests/support/golden.h"
+#include "tests/support/test_places.h"
 
 namespace orvane::cli::test {
 namespace {
@@ -42,8 +43,8 @@ TEST_F(ProgramNarrowTerminal, ShowsEverythingWithinTheWidthThereIs) {
   for (const auto& [name, arguments] : commands)
     for (const int columns : {80, 120}) {
       const std::string text = shown(arguments, columns);
-      orvane::test::expectAccepted(ORVANE_GOLDEN_FOLDER, name + "-" + std::to_string(columns),
-                                   text);
+      orvane::test::expectAccepted(orvane::test::places::goldenCaptures,
+                                   name + "-" + std::to_string(columns), text);
       std::istringstream lines(text);
       for (std::string line; std::getline(lines, line);) {
         const auto width = std::count_if(line.begin(), line.end(), [](char byte) {

@@ -2,6 +2,7 @@
 #include <set>
 
 #include "tests/cli/program_fixture.h"
+#include "tests/support/test_places.h"
 #include "tests/support/whole_file.h"
 
 namespace orvane::cli::test {
@@ -51,8 +52,9 @@ TEST_F(ProgramRawGuess, PrintsACommandThatWorks) {
   EXPECT_EQ(command, "orvane analyze 'it'\\''s a take.raw' --raw s16le,48000,2\n");
   ProgramSetup shell;
   shell.folder = folder().path();
-  shell.arguments = {"-c", "PATH=" + std::filesystem::path(ORVANE_PROGRAM).parent_path().string() +
-                               ":$PATH; " + command};
+  shell.arguments = {
+      "-c", "PATH=" + std::filesystem::path(orvane::test::places::program).parent_path().string() +
+                ":$PATH; " + command};
   const ProgramEnd analyzed = orvane::test::runProgram("/bin/sh", shell);
   EXPECT_EQ(analyzed.exitCode, 0) << analyzed.errors;
   EXPECT_THAT(analyzed.output, HasSubstr("s16le"));

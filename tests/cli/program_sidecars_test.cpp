@@ -7,6 +7,7 @@
 #include "orvane/speech/dialogue/dialogue_sidecar_io.h"
 #include "tests/cli/program_fixture.h"
 #include "tests/speech/dialogue/dialogue_samples.h"
+#include "tests/support/test_places.h"
 #include "tests/support/tool_runner.h"
 #include "tests/support/whole_file.h"
 
@@ -205,7 +206,7 @@ TEST_F(ProgramSidecars, NameTheModelThatEveryCommandFinds) {
   EXPECT_FALSE(figures({"--dialogue", "good.wav"}).contains("speechModel"));
 
   // A copy of the program beside a model of the other name.
-  const std::filesystem::path program = ORVANE_PROGRAM;
+  const std::filesystem::path program = orvane::test::places::program;
   const auto lib = folder() / "lib";
   const auto bundle = lib / "OrvaneHeadless_OrvaneHeadless.bundle";
   std::filesystem::create_directories(bundle);

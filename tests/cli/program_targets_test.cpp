@@ -1,5 +1,6 @@
 #include "orvane/report/orvane_report.h"
 #include "tests/cli/program_fixture.h"
+#include "tests/support/test_places.h"
 #include "tests/support/whole_file.h"
 
 namespace orvane::cli::test {
@@ -186,7 +187,7 @@ TEST_F(ProgramTargets, ForLittleDialogueAreJudgedWhereThereIsLittle) {
 
 /// The block of JSON that the document of file formats shows.
 std::string documentedTargets() {
-  const auto text = orvane::test::readFile(ORVANE_FORMATS_DOCUMENT);
+  const auto text = orvane::test::readFile(orvane::test::places::formatsDocument);
   const auto start = text.find("```json\n[", text.find("## Delivery targets")) + 8;
   return text.substr(start, text.find("```", start) - start);
 }

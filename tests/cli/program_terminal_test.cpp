@@ -13,11 +13,10 @@ using ::testing::Not;
 using ::testing::StartsWith;
 
 /// Two dozen files of this length take long enough for a progress bar to appear.
-#ifdef ORVANE_IS_SANITIZED
-constexpr std::size_t kLongSeconds = 10;  // a sanitized program takes its time as it is
-#else
-constexpr std::size_t kLongSeconds = 300;
-#endif
+/// A sanitized program takes its time as it is.
+std::size_t longSeconds() {
+  return orvane::test::isSanitized() ? 10 : 300;
+}
 
 class ProgramTerminal : public ProgramTest {
  protected:
@@ -46,7 +45,7 @@ TEST_F(ProgramTerminal, HonoursNoColorAndDumbTerminals) {
 }
 
 TEST_F(ProgramTerminal, RemovesTheProgressLineBeforeTheResult) {
-  folder().write("long.wav", waveFile(sineSamples(48'000 * kLongSeconds, 0.5)));
+  folder().write("long.wav", waveFile(sineSamples(48'000 * longSeconds(), 0.5)));
   ProgramSetup setup;
   setup.arguments = {"analyze"};
   for (int i = 0; i < 24; ++i) setup.arguments.emplace_back("long.wav");
@@ -64,7 +63,7 @@ TEST_F(ProgramTerminal, RemovesTheProgressLineBeforeTheResult) {
 }
 
 TEST_F(ProgramTerminal, ShowsNoProgressWhenQuietOrNotOnATerminal) {
-  folder().write("long.wav", waveFile(sineSamples(48'000 * kLongSeconds, 0.5)));
+  folder().write("long.wav", waveFile(sineSamples(48'000 * longSeconds(), 0.5)));
   EXPECT_THAT(run({"analyze", "long.wav", "long.wav", "long.wav"}).errors, IsEmpty());
   EXPECT_THAT(runOnTerminal({"analyze", "-q", "long.wav", "long.wav"}, {"TERM=xterm"}).output,
               Not(HasSubstr("\r")));

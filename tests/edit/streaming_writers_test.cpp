@@ -292,12 +292,11 @@ TEST_F(StreamingWritersTest, RefuseChunksThatCannotBe) {
       expectRefused(
           EditStreamError::Case::allocationFailed, test::noise(1, 20),
           [&](const PCMBuffer& source, std::int64_t frames) { write(source, out, frames); }, chunk);
-#ifndef ORVANE_IS_SANITIZED
+  if (support::isSanitized()) return;  // it takes all address space for itself
   const auto source = bufferOf(test::noise(1, 20));
   const support::AddressSpaceLimit limit(64 << 20);
   EXPECT_THROW(writeSilenceWAV(*source, 0, 0, SilenceMode::insertBefore, 1 << 30, out, 1 << 30),
                EditStreamError);
-#endif
 }
 
 TEST_F(StreamingWritersTest, NameTheFileThatCannotBeWritten) {

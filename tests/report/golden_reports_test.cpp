@@ -8,6 +8,7 @@
 #include "orvane/report/html/html_report_builder.h"
 #include "tests/report/sample_reports.h"
 #include "tests/support/golden.h"
+#include "tests/support/test_places.h"
 
 namespace orvane {
 namespace {
@@ -36,8 +37,9 @@ std::string comparablePage(const OrvaneReport& report) {
 
 TEST(GoldenReports, AreRenderedAsAccepted) {
   for (const auto& [name, report] : test::sampleReports()) {
-    test::expectAccepted(ORVANE_GOLDEN_REPORTS, name + ".html", comparablePage(report));
-    test::expectAccepted(ORVANE_GOLDEN_REPORTS, name + ".csv", CSVReportBuilder::build(report));
+    test::expectAccepted(test::places::goldenReports, name + ".html", comparablePage(report));
+    test::expectAccepted(test::places::goldenReports, name + ".csv",
+                         CSVReportBuilder::build(report));
   }
 }
 

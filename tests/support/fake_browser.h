@@ -10,6 +10,7 @@
 #include <system_error>
 
 #include "tests/support/temporary_directory.h"
+#include "tests/support/test_places.h"
 
 namespace orvane::test {
 
@@ -17,7 +18,7 @@ namespace orvane::test {
 class FakeBrowser {
  public:
   explicit FakeBrowser(std::string_view script) {
-    std::filesystem::copy_file(ORVANE_FAKE_BROWSER, program());
+    std::filesystem::copy_file(places::fakeBrowser, program());
     folder_.write("script", script);
   }
 

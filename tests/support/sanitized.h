@@ -1,10 +1,16 @@
 #pragma once
 
-// ORVANE_IS_SANITIZED is defined where a sanitizer's own memory would be mistaken for the program's.
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-#define ORVANE_IS_SANITIZED 1
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
-#define ORVANE_IS_SANITIZED 1
-#endif
-#endif
+extern "C" {
+[[gnu::weak]] void __asan_init();
+[[gnu::weak]] void __tsan_init();
+}
+
+namespace orvane::test {
+
+/// Whether a sanitizer runs along: its own memory would be mistaken for the program's, and all
+/// takes its time.
+inline bool isSanitized() {
+  return __asan_init != nullptr || __tsan_init != nullptr;
+}
+
+}  // namespace orvane::test

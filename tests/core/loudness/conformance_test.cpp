@@ -12,6 +12,7 @@
 #include "tests/core/loudness/conformance_cases.h"
 #include "tests/core/loudness/conformance_pins.h"
 #include "tests/core/loudness/conformance_table.h"
+#include "tests/support/test_places.h"
 
 namespace orvane::core::conformance {
 namespace {
@@ -68,7 +69,7 @@ INSTANTIATE_TEST_SUITE_P(Ebu, Conformance, ::testing::ValuesIn(allCases()),
                          [](const auto& instance) { return nameOf(instance.param); });
 
 TEST(ConformancePage, TellsWhatIsMeasured) {
-  std::ifstream page(ORVANE_SOURCE_DIR "/docs/conformance.md");
+  std::ifstream page(test::places::conformanceDocument);
   const std::string committed{std::istreambuf_iterator<char>(page), {}};
   EXPECT_EQ(committed, table());
 }
