@@ -5,6 +5,7 @@
 #include <memory>
 #include <new>
 #include <optional>
+#include <set>
 #include <span>
 #include <string>
 #include <utility>
@@ -93,7 +94,23 @@ std::string usageText(const CLI::App& program, std::string text) {
   return text + " (see orvane" + commandName(program) + " --help)";
 }
 
-ExitCode runChosen(const CLI::App& program, const ChosenCommand& chosen, Console& console) {
+/// The engine's sentence with the path that was typed in the place of its last part; as it is where
+/// two paths among the words end alike.
+std::string withTypedPath(const std::string& sentence, const std::vector<std::string>& words) {
+  std::set<std::string> sentences;
+  for (const std::string& word : words) {
+    const std::size_t start = word.starts_with("--")  ? word.find('=') + 1
+                              : word.starts_with('-') ? std::min<std::size_t>(2, word.size())
+                                                      : 0;
+    const std::string path = word.substr(start);
+    if (auto named = InputName{path, path}.message(sentence); named != sentence)
+      sentences.insert(std::move(named));
+  }
+  return sentences.size() == 1 ? *sentences.begin() : sentence;
+}
+
+ExitCode runChosen(const CLI::App& program, const ChosenCommand& chosen,
+                   const std::vector<std::string>& words, Console& console) {
   try {
     return chosen(console);
   } catch (const UsageError& error) {
@@ -105,7 +122,7 @@ ExitCode runChosen(const CLI::App& program, const ChosenCommand& chosen, Console
   } catch (const OutputFailure&) {
     throw;
   } catch (const Error& error) {
-    console.error(error.errorDescription());
+    console.error(withTypedPath(error.errorDescription(), words));
   } catch (const std::bad_alloc&) {
     console.error("not enough memory");
   } catch (const std::exception& error) {
@@ -225,8 +242,8 @@ int runProgram(int argumentCount, const char* const* arguments) {
       console.error(usageText(*program, *misuse));
       return static_cast<int>(ExitCode::usage);
     }
-    const auto over = parse(*program, std::move(words), console);
-    return static_cast<int>(over ? *over : runChosen(*program, chosen, console));
+    const auto over = parse(*program, words, console);
+    return static_cast<int>(over ? *over : runChosen(*program, chosen, words, console));
   } catch (const OutputFailure& error) {
     if (error.isBrokenPipe()) WriteSignals::endByBrokenPipe();
     console.error(error.what());

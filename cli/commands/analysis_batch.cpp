@@ -20,9 +20,22 @@ AnalysisBatch::AnalysisBatch(Plan plan, std::vector<InputName>& files) : plan_(s
   summary_.emplace(path, plan_.existing, SummaryRow::columns(plan_.targetIDs), files);
   std::erase_if(files, [this](const InputName& file) {
     const auto finished = summary_->finished(file);
-    if (finished) closing_.addKept(file, finished->integratedLUFS);
-    return finished.has_value();
+    if (!finished) return false;
+    closing_.addKept(file, finished->integratedLUFS);
+    kept_.emplace_back(file, *finished);
+    return true;
   });
+}
+
+ExitCode AnalysisBatch::enforceKept(const std::optional<TargetFindings::Demand>& demand,
+                                    Console& console) const {
+  ExitCode code = ExitCode::done;
+  if (!demand) return code;
+  for (const auto& [file, row] : kept_)
+    code = worse(code,
+                 TargetFindings::enforceKept(plan_.targetIDs, row.verdicts, *demand, file.shown())
+                     .tell(console));
+  return code;
 }
 
 void AnalysisBatch::begin() {

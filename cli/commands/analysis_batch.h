@@ -3,12 +3,14 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "cli/commands/measured_file.h"
 #include "cli/output/batch_closing.h"
 #include "cli/output/summary_file.h"
 #include "cli/output/summary_row.h"
+#include "cli/output/target_findings.h"
 #include "orvane/analysis/album_measurement.h"
 
 namespace orvane::cli {
@@ -36,6 +38,9 @@ class AnalysisBatch {
     std::shared_ptr<const MeasuredFile> file{};  ///< for the album alone
   };
 
+  /// What `--enforce` demands of the files that were taken, by the verdicts in their rows.
+  ExitCode enforceKept(const std::optional<TargetFindings::Demand>& demand, Console& console) const;
+
   /// Before the first file is measured. Throws `Error`.
   void begin();
 
@@ -56,6 +61,7 @@ class AnalysisBatch {
  private:
   Plan plan_;
   std::optional<SummaryFile> summary_{};
+  std::vector<std::pair<InputName, SummaryFile::Finished>> kept_{};
   AlbumMeasurement album_{};
   BatchClosing closing_{};
 };

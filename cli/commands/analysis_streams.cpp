@@ -1,40 +1,13 @@
 #include "cli/commands/analysis_streams.h"
 
-#include <algorithm>
-#include <array>
-
 #include "cli/interruption.h"
 #include "orvane/audio/joined_audio_source.h"
 #include "orvane/container/audio_streams.h"
+#include "orvane/core/channel_order.h"
 #include "orvane/platform/error.h"
 
 namespace orvane::cli::AnalysisStreams {
 namespace {
-
-using enum ChannelLabel;
-constexpr std::array kLoudspeakers = {left,
-                                      right,
-                                      center,
-                                      lfe,
-                                      leftSurround,
-                                      rightSurround,
-                                      rearSurroundLeft,
-                                      rearSurroundRight,
-                                      leftCenter,
-                                      rightCenter,
-                                      centerSurround,
-                                      leftSurroundDirect,
-                                      rightSurroundDirect,
-                                      leftWide,
-                                      rightWide,
-                                      lfe2,
-                                      mono,
-                                      leftTotal,
-                                      rightTotal,
-                                      verticalHeightLeft,
-                                      verticalHeightRight,
-                                      topBackLeft,
-                                      topBackRight};
 
 /// What the labels say of the loudspeakers; absent without labels.
 std::optional<ChannelLayout> layoutOf(const std::vector<std::string>& names,
@@ -42,8 +15,8 @@ std::optional<ChannelLayout> layoutOf(const std::vector<std::string>& names,
   if (names.empty()) return std::nullopt;
   std::vector<ChannelLabel> labels;
   for (const auto& name : names) {
-    const auto label = std::ranges::find(kLoudspeakers, name, shortName);
-    if (label == kLoudspeakers.end())
+    const auto label = core::ChannelOrder::loudspeakerNamed(name);
+    if (!label)
       throw PlatformError(file.path,
                           "--channel-labels must name loudspeakers as L, R, C, LFE, Ls, "
                           "Rs where streams are joined, not \"" +

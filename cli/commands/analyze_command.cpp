@@ -110,6 +110,7 @@ ExitCode runAnalyze(AnalyzeOptions options, Console& console) {
                        const std::string& text) { batch.addFailure(file, text); },
       .onNoAudio = [&] { batch.addNoAudio(); }};
   batch.begin();
+  const auto ofKept = batch.enforceKept(options.targets.enforced(), console);
   const auto code =
       FileWork::run(files, plan, console, [&](const InputName& file) -> FileWork::Report {
         const auto observer = progress.forFile(file.shown());
@@ -133,7 +134,7 @@ ExitCode runAnalyze(AnalyzeOptions options, Console& console) {
       });
   batch.finish();
   printer.finish(batch.album(), batch.closing());
-  return worse(code, printer.code());
+  return worse(code, worse(ofKept, printer.code()));
 }
 
 }  // namespace

@@ -93,9 +93,7 @@ void requireSense(const AnalyzeOptions& options) {
     throw UsageError("--summary takes a file; --json prints every figure");
   // Of the files that an earlier run has measured only the row is left.
   if (options.resume && options.album)
-    throw UsageError("--album measures every file; it does not go with --resume");
-  if (options.resume && options.targets.enforce)
-    throw UsageError("--enforce judges every file; it does not go with --resume");
+    throw UsageError("--album measures every file anew; it does not go with --resume");
 }
 
 }  // namespace

@@ -21,6 +21,11 @@ namespace {
 
 constexpr const char* kGenerator = "Orvane";
 
+/// Absent when there is none.
+std::optional<DialogueSidecar> stored(const std::filesystem::path& url) {
+  return withTypedName(url, [&url] { return DialogueSidecarIO::load(url); });
+}
+
 /// The sidecar as far as it can be read.
 std::optional<DialogueSidecar> readable(const std::filesystem::path& url) {
   try {
@@ -58,7 +63,7 @@ std::vector<std::filesystem::path> DialogueSidecars::urls(
 }
 
 DialogueSidecar DialogueSidecars::load(const InputName& file) const {
-  if (auto sidecar = DialogueSidecarIO::load(urlOf(file))) return *std::move(sidecar);
+  if (auto sidecar = stored(urlOf(file))) return *std::move(sidecar);
   InputFile{file.path};  // a file that is not there has no sidecar either, but that is no news
   throw PlatformError(file.path,
                       "there are no dialogue regions; \"orvane dialogue detect\" or "
@@ -70,7 +75,7 @@ void DialogueSidecars::requireReplaceable(const InputName& file, bool force,
   const auto url = urlOf(file);
   EditOutputGuard::assertNotInPlace(file.path, url);
   if (force) return;
-  const auto existing = DialogueSidecarIO::load(url);
+  const auto existing = stored(url);
   if (!existing) return;
   if (existing->source != DialogueRegionSource::silero) {
     const bool isEdited = existing->source == DialogueRegionSource::userEdited;
@@ -98,7 +103,7 @@ DialogueSidecar DialogueSidecars::save(const InputName& file,
     std::filesystem::create_directories(url.parent_path(), failure);
     if (failure) throw PlatformError(url.parent_path(), failure);
   }
-  DialogueSidecarIO::save(sidecar, url);
+  withTypedName(url, [&] { DialogueSidecarIO::save(sidecar, url); });
   return sidecar;
 }
 
@@ -109,7 +114,7 @@ bool DialogueSidecars::remove(const InputName& file) const {
     InputFile{file.path};
     return false;
   }
-  DialogueSidecarIO::deleteAt(url);
+  withTypedName(url, [&url] { DialogueSidecarIO::deleteAt(url); });
   return true;
 }
 

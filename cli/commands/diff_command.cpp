@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <string>
+#include <utility>
 
 #include "cli/commands/job_runner.h"
 #include "cli/options/number_option.h"
@@ -12,6 +13,7 @@
 #include "cli/terminal/progress_bar.h"
 #include "cli/usage_error.h"
 #include "orvane/analysis/offline_diff_pipeline.h"
+#include "orvane/audio/audio_source.h"
 #include "orvane/container/audio_container.h"
 
 namespace orvane::cli {
@@ -63,11 +65,25 @@ ExitCode runDiff(const DiffOptions& options, Console& console) {
   {
     ProgressBar bar(console, 1, !options.quiet);
     const auto observer = bar.forFile(options.b);
-    findings.result = OfflineDiffPipeline::computeDiff(
-        options.a, options.b, what,
-        {.execution = {.threadCount = JobRunner::threadsPerJob(1), .observer = observer.get()},
-         .streamIndex = options.source.streamIndex},
-        &findings.detail);
+    const Execution execution{.threadCount = JobRunner::threadsPerJob(1),
+                              .observer = observer.get()};
+    try {
+      findings.result = OfflineDiffPipeline::computeDiff(
+          options.a, options.b, what,
+          {.execution = execution, .streamIndex = options.source.streamIndex}, &findings.detail);
+    } catch (const Cancelled&) {
+      throw;
+    } catch (const Error&) {
+      // Opened by itself, each says what is wrong with it under its own name.
+      for (const auto& [file, rawFormat] :
+           {std::pair(&options.a, what.rawFormatA), std::pair(&options.b, what.rawFormatB)})
+        withTypedName(*file, [&, file = file, &rawFormat = rawFormat] {
+          return AudioSource::open(
+              *file, rawFormat,
+              {.streamIndex = options.source.streamIndex, .execution = execution});
+        });
+      throw;
+    }
   }
   if (!options.output.empty())
     OutputFile::writing(options.output, [&] {

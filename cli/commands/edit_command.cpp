@@ -28,8 +28,7 @@ namespace {
 namespace fs = std::filesystem;
 
 struct EditOptions {
-  std::string file{};  ///< as it was given
-  fs::path path{};     ///< what is opened
+  InputName input{};
   std::vector<EditRequest> requests{};
   std::vector<std::string> followers{};  ///< of `--then`
   SourceOptions source{};
@@ -39,14 +38,8 @@ struct EditOptions {
 };
 
 std::unique_ptr<AudioSource> openSource(const EditOptions& options, const Execution& execution) {
-  return AudioSource::open(options.path, options.source.rawFormat,
+  return AudioSource::open(options.input.path, options.source.rawFormat,
                            {.streamIndex = options.source.streamIndex, .execution = execution});
-}
-
-/// Standard input has none of its own.
-std::string shownName(const EditOptions& options) {
-  const InputName name{options.path, options.file};
-  return name.isStandardInput() ? name.shown() : options.path.filename().string();
 }
 
 /// "take.L.wav" for "take.wav"; names of channels that are not told apart are numbers.
@@ -168,7 +161,7 @@ ExitCode runEdit(const EditOptions& options, Console& console) {
   const bool isSplit = !options.requests.empty() && !options.requests.back().edit;
   if (options.output.inPlace && isSplit) throw UsageError("split is not done in place");
   ProgressBar bar(console, 1, !options.output.quiet);
-  const auto observer = bar.forFile(options.file);
+  const auto observer = bar.forFile(options.input.shown());
   const Execution execution{.threadCount = JobRunner::threadsPerJob(1), .observer = observer.get()};
   const std::shared_ptr<AudioSource> source = openSource(options, execution);
   EditedAudio::requireRate(*source);
@@ -176,7 +169,7 @@ ExitCode runEdit(const EditOptions& options, Console& console) {
   EditChain chain = chainOf(options, *source, source->frameLength());
   auto files = outlined(options, output, *source, chain.frameMap().frameCount);
   ReadFiles inputs;
-  if (!output.inPlace) inputs.add(options.path);
+  if (!output.inPlace) inputs.add(options.input.path);
   for (const EditRequest& request : options.requests)
     if (!request.speechRegions.empty()) inputs.add(request.speechRegions);
   std::vector<fs::path> paths;
@@ -211,7 +204,7 @@ ExitCode runEdit(const EditOptions& options, Console& console) {
     }
   }
   const auto leftBehind = EditedAudio::leftBehind(*source, files.front());
-  EditedAudio::warnOfSource(read ? *read : *source, shownName(options), leftBehind,
+  EditedAudio::warnOfSource(read ? *read : *source, options.input.shown(), leftBehind,
                             files.front().keepsChunks, console);
   if (!output.json && !output.quiet) {
     for (const Edit& edit : chain.edits())
@@ -222,7 +215,7 @@ ExitCode runEdit(const EditOptions& options, Console& console) {
   }
   for (const WrittenAudio& written : files) {
     JsonOutput::Document document;
-    document.add("source", options.file);
+    document.add("source", options.input.display);
     EditText::addEdits(document, chain.edits());
     EditText::addNormalizations(document, edited.normalizations);
     if (isMeasured) EditText::addLevels(document, edited.before, edited.after);
@@ -236,17 +229,16 @@ ExitCode runEdit(const EditOptions& options, Console& console) {
 /// The bytes of standard input are edited as those of a file.
 ExitCode runEditOfInput(EditOptions options, Console& console) {
   StandardInput standardInput;
-  const InputName name{options.file == "-" ? standardInput.asFile() : fs::path(options.file),
-                       options.file};
-  if (name.isStandardInput() && options.output.inPlace)
+  InputName& input = options.input;
+  input.path = input.isStandardInput() ? standardInput.asFile() : fs::path(input.display);
+  if (input.isStandardInput() && options.output.inPlace)
     throw UsageError("standard input is not saved in place");
-  options.path = name.path;
   try {
     return runEdit(options, console);
   } catch (const Cancelled&) {
     throw;
   } catch (const Error& error) {
-    console.error(name.message(error.errorDescription()));
+    console.error(input.message(error));
     return ExitCode::fileFailed;
   }
 }
@@ -254,7 +246,7 @@ ExitCode runEditOfInput(EditOptions options, Console& console) {
 /// Takes the words of the command line apart, once all of them are there.
 void completeRequests(EditOptions& options, const EditOperation& operation, OperationWords words) {
   if (words.words.empty()) throw UsageError("no IN is given");
-  options.file = words.words.back();
+  options.input.display = words.words.back();
   words.words.pop_back();
   options.requests.push_back(requestOf(operation, words));
   for (const std::string& follower : options.followers)
@@ -271,7 +263,7 @@ void addLoudnessCommand(CLI::App& edit, ChosenCommand& chosen) {
       "loudness",
       "State the loudness as measured in the broadcast extension (bext), which is "
       "added where there is none");
-  command.add_option("IN", options->file, "The file to measure")->required();
+  command.add_option("IN", options->input.display, "The file to measure")->required();
   addAudioOutputOptions(command, options->output, false);
   addInPlaceOptions(command, options->output, "IN");
   command.callback([options, &chosen] {

@@ -9,7 +9,6 @@
 #include "cli/output/json_output.h"
 #include "orvane/audio/audio_file_identity.h"
 #include "orvane/platform/error.h"
-#include "orvane/rawpcm/raw_pcm_import_error.h"
 
 namespace orvane::cli::FileWork {
 namespace {
@@ -39,13 +38,6 @@ std::string hintFor(const Error& error) {
   return "";
 }
 
-/// The engine's text under the name that the user knows.
-std::string messageOf(const InputName& file, const Error& error, bool withHint) {
-  const bool namesNoFile = dynamic_cast<const RawPCMImportError*>(&error) != nullptr;
-  return (namesNoFile ? file.shown() + ": " : "") + file.message(error.errorDescription()) +
-         (withHint ? hintFor(error) : "");
-}
-
 }  // namespace
 
 ExitCode run(const std::vector<InputName>& files, const Plan& plan, Console& console,
@@ -53,7 +45,7 @@ ExitCode run(const std::vector<InputName>& files, const Plan& plan, Console& con
   ExitCode code = ExitCode::done;  // changed by reports alone, which come one at a time
   const auto failure = [&](const InputName& file, const Error& error) -> Report {
     if (isNoAudio(file, error)) return plan.onNoAudio ? plan.onNoAudio : [] {};
-    return [&, message = messageOf(file, error, plan.takesRawAndFolders)] {
+    return [&, message = file.message(error) + (plan.takesRawAndFolders ? hintFor(error) : "")] {
       console.error(message);
       if (plan.json) console.print(JsonOutput::failure(file.display, message));
       if (plan.onFailure) plan.onFailure(file, message);

@@ -31,8 +31,9 @@ ExitCode runConvert(const ConvertOptions& options, Console& console) {
   ProgressBar bar(console, 1, !output.quiet);
   const auto observer = bar.forFile(options.file);
   const Execution execution{.threadCount = JobRunner::threadsPerJob(1), .observer = observer.get()};
-  const auto source =
-      AudioSource::open(options.file, options.source.rawFormat, {.execution = execution});
+  const auto source = withTypedName(options.file, [&] {
+    return AudioSource::open(options.file, options.source.rawFormat, {.execution = execution});
+  });
   auto written =
       EditedAudio::outlined(output.file, output, *source, source->format(), source->frameLength());
   if (!output.dryRun)

@@ -77,9 +77,9 @@ void warnOfLayouts(const AudioSource& base, const AudioSource& take, Console& co
   };
   if (take.format().channelCount == base.format().channelCount &&
       namesOf(take.format()) != namesOf(base.format()))
-    console.warning(take.url().filename().string() +
+    console.warning(take.url().string() +
                     ": its channels stand for other loudspeakers than those of " +
-                    base.url().filename().string());
+                    base.url().string());
 }
 
 /// Where the take came to lie.
@@ -116,11 +116,14 @@ ExitCode runSplice(const SpliceOptions& options, Console& console) {
   const auto observer = bar.forFile(options.base);
   const Execution execution{.threadCount = JobRunner::threadsPerJob(1), .observer = observer.get()};
   const auto open = [&] {
-    return AudioSource::open(options.base, options.source.rawFormat,
-                             {.streamIndex = options.source.streamIndex, .execution = execution});
+    return withTypedName(options.base, [&] {
+      return AudioSource::open(options.base, options.source.rawFormat,
+                               {.streamIndex = options.source.streamIndex, .execution = execution});
+    });
   };
   const auto base = open();
-  const auto take = AudioSource::open(options.take, {}, {.execution = execution});
+  const auto take = withTypedName(
+      options.take, [&] { return AudioSource::open(options.take, {}, {.execution = execution}); });
   EditedAudio::requireRate(*base);
   EditedAudio::requireRate(*take);
   const AudioOutputOptions output = EditedAudio::settled(options.output, *base);
@@ -159,9 +162,8 @@ ExitCode runSplice(const SpliceOptions& options, Console& console) {
   }
 
   const auto leftBehind = EditedAudio::leftBehind(*base, written);
-  EditedAudio::warnOfSource(*base, base->url().filename().string(), leftBehind, written.keepsChunks,
-                            console);
-  EditedAudio::warnOfSource(*take, take->url().filename().string(), {}, false, console);
+  EditedAudio::warnOfSource(*base, options.base, leftBehind, written.keepsChunks, console);
+  EditedAudio::warnOfSource(*take, options.take, {}, false, console);
   warnOfLayouts(*base, *take, console);
   if (!output.json && !output.quiet) console.print(description(seams, format.sampleRate) + "\n");
   tellOfWrittenAudio(written, output, console, document(options, seams, leftBehind));

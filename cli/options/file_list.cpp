@@ -6,8 +6,8 @@
 
 #include "cli/interruption.h"
 #include "cli/usage_error.h"
-#include "orvane/platform/error.h"
 #include "orvane/platform/input_file.h"
+#include "orvane/rawpcm/raw_pcm_import_error.h"
 
 namespace orvane::cli {
 namespace {
@@ -65,6 +65,11 @@ std::string InputName::message(std::string_view engineText) const {
   if (text.starts_with(opened + ":")) return shown() + text.substr(opened.size());
   if (text.ends_with(" " + opened)) return text.substr(0, text.size() - opened.size()) + shown();
   return text;
+}
+
+std::string InputName::message(const Error& error) const {
+  const bool namesNoFile = dynamic_cast<const RawPCMImportError*>(&error) != nullptr;
+  return (namesNoFile ? shown() + ": " : "") + message(error.errorDescription());
 }
 
 std::vector<std::string> FileList::namesIn(std::string_view list) {

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "cli/options/standard_input.h"
+#include "orvane/platform/error.h"
 
 namespace orvane::cli {
 
@@ -28,7 +29,28 @@ struct InputName {
   /// An engine's message about this file, with the name as the user gave it in the place of the
   /// file's own.
   std::string message(std::string_view engineText) const;
+  /// The same for an error that arose with this file, also one that names none.
+  std::string message(const Error& error) const;
 };
+
+/// An error about a file, under the name that the user gave it.
+class NamedError : public Error {
+ public:
+  NamedError(const InputName& file, const Error& error) : Error(file.message(error)) {}
+};
+
+/// What `work` gives. Its errors call the file as it was typed: the engine says the last part of
+/// the path alone, in which two files of a command may be alike.
+template <typename Work>
+auto withTypedName(const std::filesystem::path& file, Work work) {
+  try {
+    return work();
+  } catch (const Cancelled&) {
+    throw;
+  } catch (const Error& error) {
+    throw NamedError({file, file.string()}, error);
+  }
+}
 
 /// Names from the command line and from a list.
 namespace FileList {

@@ -4,22 +4,26 @@
 #include <cstddef>
 #include <numeric>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace orvane::cli {
 namespace {
 
-/// Letters to insert, remove or replace (Levenshtein).
+/// Letters to insert, remove, replace or swap with the next one (optimal string alignment).
 std::size_t distance(std::string_view a, std::string_view b) {
+  std::vector<std::size_t> beforeLast;
+  std::vector<std::size_t> last;
   std::vector<std::size_t> row(b.size() + 1);
   std::iota(row.begin(), row.end(), 0);
   for (std::size_t i = 1; i <= a.size(); ++i) {
-    std::size_t diagonal = row[0];
+    beforeLast = std::exchange(last, row);
     row[0] = i;
     for (std::size_t j = 1; j <= b.size(); ++j) {
-      const std::size_t above = row[j];
-      row[j] = std::min({above + 1, row[j - 1] + 1, diagonal + (a[i - 1] == b[j - 1] ? 0 : 1)});
-      diagonal = above;
+      row[j] =
+          std::min({last[j] + 1, row[j - 1] + 1, last[j - 1] + (a[i - 1] == b[j - 1] ? 0 : 1)});
+      if (i > 1 && j > 1 && a[i - 1] == b[j - 2] && a[i - 2] == b[j - 1])
+        row[j] = std::min(row[j], beforeLast[j - 2] + 1);
     }
   }
   return row.back();

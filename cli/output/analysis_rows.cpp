@@ -4,8 +4,8 @@
 #include <utility>
 
 #include "cli/output/number_text.h"
+#include "cli/output/target_findings.h"
 #include "cli/terminal/terminal_text.h"
-#include "orvane/report/target_verdicts.h"
 
 namespace orvane::cli {
 namespace {
@@ -13,7 +13,8 @@ namespace {
 using Cell = TextTable::Cell;
 using OfflineAnalysisPipeline::Result;
 
-constexpr std::size_t kGapBeforeName = 2;
+constexpr std::size_t kGap = 2;             // before a name, and before titles that are cut
+constexpr std::size_t kVerdict = 9 + kGap;  // "normalize"
 constexpr std::size_t kShortestName = 16;
 
 /// How telling a column is; the verdict on a target and the loudness always stay.
@@ -24,26 +25,16 @@ std::string rightAligned(const std::string& text, std::size_t columns) {
   return std::string(columns - std::min(width, columns), ' ') + text;
 }
 
-std::optional<TargetVerdict> verdictOf(const MeasuredFile& file, const std::string& id) {
-  if (!file.report) return std::nullopt;
-  const auto verdicts = TargetVerdicts::of(*file.report);
-  const auto found =
-      std::ranges::find(verdicts, id, [](const auto& verdict) { return verdict.target.id; });
-  return found == verdicts.end() ? std::nullopt : std::optional(*found);
-}
-
 Cell verdictCell(const std::optional<TargetVerdict>& verdict) {
   if (!verdict) return {"-"};
-  const std::string kind(TargetVerdicts::badge(verdict->target, verdict->evaluation).kind);
-  if (kind == "pass") return {kind, Style::green};
-  return {kind, kind == "fail" ? Style::red : Style::yellow};
+  const std::string word = TargetFindings::word(*verdict);
+  if (word == "pass") return {word, Style::green};
+  return {word, word == "fail" ? Style::red : Style::yellow};
 }
 
 Cell distanceCell(const std::optional<TargetVerdict>& verdict) {
-  if (!verdict) return {"-"};
-  const auto level =
-      core::LoudnessTargetEvaluator::judgedLevel(verdict->target, verdict->measurement);
-  return {level ? NumberText::signedFixed(*level - verdict->target.referenceLUFS, 1) : "-"};
+  const auto distance = verdict ? TargetFindings::deltaLU(*verdict) : std::nullopt;
+  return {distance ? NumberText::signedFixed(*distance, 1) : "-"};
 }
 
 }  // namespace
@@ -94,19 +85,19 @@ void AnalysisRows::addFigures() {
 }
 
 void AnalysisRows::addTarget(const std::string& id) {
-  constexpr std::size_t kShortest = 9;  // "normalize"
-  constexpr std::size_t kLongest = 14;
-  const std::string title = TerminalText::shortened(TerminalText::escaped(id), kLongest);
-  columns_.push_back({title, std::max(kShortest, TerminalText::width(title)) + 2, Rank::always,
-                      [id](const MeasuredFile& file) { return verdictCell(verdictOf(file, id)); }});
+  constexpr std::size_t kLongest = 16;
+  columns_.push_back({id, std::clamp(id.size() + kGap, kVerdict, kLongest), Rank::always,
+                      [id](const MeasuredFile& file) {
+                        return verdictCell(TargetFindings::of(file.report, id));
+                      }});
   columns_.push_back({"by LU", 7, Rank::much, [id](const MeasuredFile& file) {
-                        return distanceCell(verdictOf(file, id));
+                        return distanceCell(TargetFindings::of(file.report, id));
                       }});
 }
 
 void AnalysisRows::fit() {
   const auto width = [this] {
-    std::size_t sum = kGapBeforeName;
+    std::size_t sum = kGap;
     for (const Column& column : columns_) sum += column.width;
     return sum;
   };
@@ -115,12 +106,18 @@ void AnalysisRows::fit() {
     if (first->rank == Rank::always) break;
     columns_.erase(first);
   }
+  while (width() + kShortestName > nameColumns_) {
+    const auto widest = std::ranges::max_element(columns_, {}, &Column::width);
+    if (widest->width <= kVerdict) break;
+    --widest->width;
+  }
   nameColumns_ -= std::min(width(), nameColumns_ - kShortestName);
 }
 
 std::string AnalysisRows::titles() const {
   std::string line;
-  for (const Column& column : columns_) line += rightAligned(column.title, column.width);
+  for (const Column& column : columns_)
+    line += rightAligned(TerminalText::shortened(column.title, column.width - kGap), column.width);
   return console_.styled(Style::dim, line + "  File") + "\n";
 }
 

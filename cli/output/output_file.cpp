@@ -29,8 +29,10 @@ void ReadFiles::requireNone(const fs::path& output) const {
   const auto same = identity ? files_.find(*identity) : files_.end();
   if (same == files_.end()) return;
   EditOutputGuard::assertNotInPlace(same->second, output);
-  throw PlatformError(output,
-                      "it is another name of \"" + same->second.string() + "\", which is read");
+  OutputFile::writing(output, [&] {
+    throw PlatformError(output,
+                        "it is another name of \"" + same->second.string() + "\", which is read");
+  });
 }
 
 AtomicFile OutputFile::open(const fs::path& output, bool force) {

@@ -6,8 +6,8 @@
 #include <map>
 #include <utility>
 
+#include "cli/options/file_list.h"
 #include "orvane/platform/atomic_file.h"
-#include "orvane/platform/error.h"
 
 namespace orvane::cli {
 
@@ -36,15 +36,18 @@ AtomicFile open(const std::filesystem::path& output, bool force);
 /// Finds out before any work is done whether that will succeed. Throws `PlatformError`.
 void requireWritable(const std::filesystem::path& output, bool force);
 
-/// What `write` gives; where the output exists, its error says how to replace it.
+/// What `write` gives; its errors call the output as it was typed, and where that exists say how to
+/// replace it.
 template <typename Write>
 auto writing(const std::filesystem::path& output, Write write) {
-  try {
-    return write();
-  } catch (const PlatformError& error) {
-    if (error.code() != std::errc::file_exists) throw;
-    throw PlatformError(output, error.message() + "; --force replaces it", error.code());
-  }
+  return withTypedName(output, [&] {
+    try {
+      return write();
+    } catch (const PlatformError& error) {
+      if (error.code() != std::errc::file_exists) throw;
+      throw PlatformError(output, error.message() + "; --force replaces it", error.code());
+    }
+  });
 }
 
 }  // namespace OutputFile

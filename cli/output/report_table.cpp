@@ -1,5 +1,6 @@
 #include "cli/output/report_table.h"
 
+#include <algorithm>
 #include <cmath>
 #include <optional>
 #include <utility>
@@ -32,6 +33,15 @@ std::string deviation(std::optional<float> value) {
 
 std::string span(double start, double end) {
   return NumberText::duration(start) + " – " + NumberText::duration(end);
+}
+
+/// The same to the second.
+std::string roughSpan(double start, double end) {
+  const auto seconds = [](double time) {
+    const std::string text = NumberText::duration(time);
+    return text.substr(0, text.rfind('.'));
+  };
+  return seconds(start) + " – " + seconds(end);
 }
 
 std::string title(const Console& console, const std::string& text) {
@@ -113,13 +123,17 @@ std::string chapters(const ReportChapterTable& part, const Console& console) {
                    {"dBTP", Alignment::right},
                    {"RMS dB", Alignment::right}},
                   kIndent);
+  // Beside hours nobody looks for milliseconds, and 80 columns have no room for both.
+  constexpr double kHour = 3600;
+  const bool isLong = std::ranges::any_of(
+      part.entries, [](const ReportChapterEntry& entry) { return entry.endSec >= kHour; });
   for (const ReportChapterEntry& entry : part.entries) {
     const auto difference = entry.deviationFromMedianLU;
     const bool isFlagged = difference && std::abs(*difference) > part.deviationThresholdLU;
     const Style style = isFlagged ? Style::red : Style::plain;
     table.addRow({{std::to_string(entry.index)},
                   {TerminalText::escaped(entry.name)},
-                  {span(entry.startSec, entry.endSec)},
+                  {(isLong ? roughSpan : span)(entry.startSec, entry.endSec)},
                   {chapterLoudness(entry.integratedLUFS), style},
                   {deviation(difference) + (isFlagged ? "!" : " "), style},
                   {level(entry.loudnessRange)},

@@ -85,8 +85,10 @@ void SummaryFile::writeRows() {
 std::optional<SummaryFile::Finished> SummaryFile::finished(const InputName& input) const {
   const auto row = kept_.empty() ? kept_.end() : kept_.find(SummaryRow::versionOf(input).path);
   if (row == kept_.end()) return std::nullopt;
-  const auto& level = rows_[row->second][SummaryRow::Column::integrated];
-  return Finished{orvane::NumberText::parsed<float>(level).value_or(0)};
+  const Row& cells = rows_[row->second];
+  const auto& level = cells[SummaryRow::Column::integrated];
+  return Finished{orvane::NumberText::parsed<float>(level).value_or(0),
+                  SummaryRow::verdicts(cells)};
 }
 
 void SummaryFile::add(Row cells) {

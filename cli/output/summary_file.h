@@ -22,6 +22,7 @@ class SummaryFile {
   /// What an earlier run found of a file that is as it was.
   struct Finished {
     float integratedLUFS = 0;
+    std::vector<std::string> verdicts{};  ///< in a word, a target each
   };
 
   /// Finds out whether the file can be begun, or what an earlier run left of it; its rows of

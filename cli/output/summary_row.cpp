@@ -7,10 +7,10 @@
 #include <optional>
 
 #include "cli/output/number_text.h"
+#include "cli/output/target_findings.h"
 #include "cli/terminal/terminal_text.h"
 #include "orvane/analysis/programme_summary.h"
 #include "orvane/platform/file_stamp.h"
-#include "orvane/report/target_verdicts.h"
 #include "orvane/text/iso8601_date.h"
 #include "orvane/text/text_list.h"
 #include "orvane/text/utf8.h"
@@ -91,19 +91,11 @@ std::string pathText(const std::string& name) {
 
 void addTargets(std::vector<std::string>& cells, const MeasuredFile& file,
                 std::span<const std::string> targetIDs) {
-  const auto verdicts =
-      file.report ? TargetVerdicts::of(*file.report) : std::vector<TargetVerdict>{};
   for (const auto& id : targetIDs) {
-    const auto verdict =
-        std::ranges::find(verdicts, id, [](const auto& each) { return each.target.id; });
-    if (verdict == verdicts.end()) {
-      cells.insert(cells.end(), {"", ""});
-      continue;
-    }
-    const auto level =
-        core::LoudnessTargetEvaluator::judgedLevel(verdict->target, verdict->measurement);
-    cells.emplace_back(TargetVerdicts::badge(verdict->target, verdict->evaluation).kind);
-    cells.push_back(level ? number(*level - verdict->target.referenceLUFS) : "");
+    const auto verdict = TargetFindings::of(file.report, id);
+    const auto distance = verdict ? TargetFindings::deltaLU(*verdict) : std::nullopt;
+    cells.push_back(verdict ? TargetFindings::word(*verdict) : "");
+    cells.push_back(distance ? number(*distance) : "");
   }
 }
 
@@ -123,6 +115,12 @@ std::vector<std::string> columns(std::span<const std::string> targetIDs) {
   std::vector<std::string> names(kFileColumns.begin(), kFileColumns.end());
   for (const auto& id : targetIDs) names.insert(names.end(), {id + ".verdict", id + ".deltaLU"});
   return names;
+}
+
+std::vector<std::string> verdicts(std::span<const std::string> cells) {
+  std::vector<std::string> words;
+  for (std::size_t i = kFileColumns.size(); i < cells.size(); i += 2) words.push_back(cells[i]);
+  return words;
 }
 
 std::vector<std::string> ofMeasured(const Version& version, const MeasuredFile& file,

@@ -30,6 +30,9 @@ enum Column : std::size_t { path, size, modified, error, integrated };
 
 std::vector<std::string> columns(std::span<const std::string> targetIDs);
 
+/// The words of the verdicts in a row, a target each.
+std::vector<std::string> verdicts(std::span<const std::string> cells);
+
 /// As many cells as there are columns, or fewer.
 std::vector<std::string> ofMeasured(const Version& version, const MeasuredFile& file,
                                     std::span<const std::string> targetIDs);

@@ -1,10 +1,11 @@
 #include "cli/output/target_findings.h"
 
+#include <algorithm>
+
 #include "cli/output/json_output.h"
 #include "cli/terminal/terminal_text.h"
 #include "cli/terminal/text_table.h"
 #include "orvane/report/report_coding.h"
-#include "orvane/report/target_verdicts.h"
 
 namespace orvane::cli::TargetFindings {
 namespace {
@@ -33,6 +34,24 @@ std::string missed(const TargetVerdict& verdict) {
 
 }  // namespace
 
+std::optional<TargetVerdict> of(const std::optional<OrvaneReport>& report, std::string_view id) {
+  if (!report) return std::nullopt;
+  const auto verdicts = TargetVerdicts::of(*report);
+  const auto found =
+      std::ranges::find(verdicts, id, [](const auto& verdict) { return verdict.target.id; });
+  return found == verdicts.end() ? std::nullopt : std::optional(*found);
+}
+
+std::string word(const TargetVerdict& verdict) {
+  const auto kind = TargetVerdicts::badge(verdict.target, verdict.evaluation).kind;
+  return kind == "low" ? "unjudged" : std::string(kind);
+}
+
+std::optional<float> deltaLU(const TargetVerdict& verdict) {
+  const auto level = Evaluator::judgedLevel(verdict.target, verdict.measurement);
+  return level ? std::optional(*level - verdict.target.referenceLUFS) : std::nullopt;
+}
+
 std::string table(const OrvaneReport& report, const Console& console) {
   TextTable table({{"Target"}, {"Asks for", Alignment::left, 3}, {"Verdict", Alignment::left, 3}},
                   2);
@@ -56,15 +75,16 @@ void addJSON(JsonOutput::Document& document, const OrvaneReport& report) {
     document.add("isMet", Evaluator::isMet(verdict.evaluation));
     if (const auto level = Evaluator::judgedLevel(verdict.target, verdict.measurement)) {
       document.add("level", *level);
-      document.add("deltaLU", *level - verdict.target.referenceLUFS);
+      document.add("deltaLU", *deltaLU(verdict));
     }
     document.addObjects("brokenRules", verdict.brokenRules, [&](const auto& rule) {
       document.add("rule", rawValue(rule.reason));
       document.add("actual", rule.actual);
       document.add("limit", rule.limit);
     });
-    if (const auto* notJudged = std::get_if<core::NotJudgedVerdict>(&verdict.evaluation))
-      document.add("notJudged", rawValue(notJudged->reason));
+    std::vector<std::string> notJudged;
+    for (const auto reason : verdict.notJudged) notJudged.emplace_back(rawValue(reason));
+    document.add("notJudged", notJudged);
   });
 }
 
@@ -86,6 +106,17 @@ Enforcement enforce(const OrvaneReport& report, Demand demand, const std::string
   }
   if (demand == Demand::everyTarget || met.empty()) return {misses.empty(), misses};
   return {true, {name + met}};
+}
+
+Enforcement enforceKept(std::span<const std::string> targetIDs, std::span<const std::string> words,
+                        Demand demand, const std::string& name) {
+  std::vector<std::string> misses;
+  for (std::size_t i = 0; i < targetIDs.size(); ++i)
+    if (words[i] != "pass" && words[i] != "normalize")
+      misses.push_back(name + ": misses " + targetIDs[i] + ", as its row of the summary says");
+  const bool isEnough = demand == Demand::oneTarget && misses.size() < targetIDs.size();
+  if (isEnough) misses.clear();
+  return {misses.empty(), misses};
 }
 
 ExitCode Enforcement::tell(Console& console) const {

@@ -57,8 +57,7 @@ std::string WrittenAudio::summary() const {
 void tellOfWrittenAudio(const WrittenAudio& audio, const AudioOutputOptions& options,
                         Console& console, JsonOutput::Document document) {
   const auto warnings = warningsOf(audio);
-  for (const std::string& warning : warnings)
-    console.warning(audio.file.filename().string() + ": " + warning);
+  for (const std::string& warning : warnings) console.warning(audio.file.string() + ": " + warning);
   if (options.json) {
     document.add("file", audio.file.string());
     document.add("containerName", nameOfContainer(audio.settings));

@@ -165,4 +165,14 @@ std::vector<std::string> displayShortNames(const ChannelLayout& layout) {
   return names;
 }
 
+std::optional<ChannelLabel> loudspeakerNamed(std::string_view shortName) {
+  const auto isMeant = [shortName](ChannelLabel label) {
+    return orvane::shortName(label) == shortName;
+  };
+  for (const ChannelLabel label : {mono, leftTotal, rightTotal})  // without a place of their own
+    if (isMeant(label)) return label;
+  const auto* const found = std::ranges::find_if(kCanonicalOrder, isMeant);
+  return found == std::end(kCanonicalOrder) ? std::nullopt : std::optional(*found);
+}
+
 }  // namespace orvane::core::ChannelOrder

@@ -4,6 +4,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "orvane/platform/audio_format.h"
@@ -51,5 +52,8 @@ ORVANE_API std::optional<std::vector<std::uint32_t>> permutationToCanonical(
 /// One short name per channel of a layout, in its order: "L", "R", "LFE" …; "Ch 3" for the third
 /// channel when it has no name of its own.
 ORVANE_API std::vector<std::string> displayShortNames(const ChannelLayout& layout);
+
+/// The loudspeaker with that short name; absent when none has it.
+ORVANE_API std::optional<ChannelLabel> loudspeakerNamed(std::string_view shortName);
 
 }  // namespace orvane::core::ChannelOrder

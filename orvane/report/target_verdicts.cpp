@@ -80,6 +80,7 @@ std::vector<TargetVerdict> of(const OrvaneReport& report) {
                           .measurement = measurement};
     verdict.evaluation = core::LoudnessTargetEvaluator::evaluate(verdict.target, measurement);
     verdict.brokenRules = core::LoudnessTargetEvaluator::brokenRules(verdict.target, measurement);
+    verdict.notJudged = core::LoudnessTargetEvaluator::notJudged(verdict.target, measurement);
     verdicts.push_back(std::move(verdict));
   }
   return verdicts;
@@ -113,11 +114,15 @@ Badge badge(const core::LoudnessTarget& target, const core::LoudnessTargetEvalua
 }
 
 std::vector<std::string> lines(const TargetVerdict& verdict) {
-  if (const auto* notJudged = std::get_if<core::NotJudgedVerdict>(&verdict.evaluation))
-    return {std::string(text(notJudged->reason))};
-  std::vector<std::string> lines = {badge(verdict.target, verdict.evaluation).status};
-  for (std::size_t i = 1; i < verdict.brokenRules.size(); ++i)
+  const auto* const open = std::get_if<core::NotJudgedVerdict>(&verdict.evaluation);
+  std::vector<std::string> lines = {open != nullptr
+                                        ? std::string(text(open->reason))
+                                        : badge(verdict.target, verdict.evaluation).status};
+  // The first of either is told by then.
+  for (std::size_t i = open != nullptr ? 0 : 1; i < verdict.brokenRules.size(); ++i)
     lines.push_back(ruleText(verdict.brokenRules[i], unitText(verdict.target.source)));
+  for (std::size_t i = open != nullptr ? 1 : 0; i < verdict.notJudged.size(); ++i)
+    lines.emplace_back(text(verdict.notJudged[i]));
   return lines;
 }
 

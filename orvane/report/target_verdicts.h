@@ -18,6 +18,7 @@ struct TargetVerdict {
   core::LoudnessTargetMeasurement measurement{};
   core::LoudnessTargetEvaluation evaluation{};
   std::vector<core::NonCompliantVerdict> brokenRules{};  ///< all of them
+  std::vector<core::NotJudgedReason> notJudged{};        ///< why rules could not be judged
 
   bool operator==(const TargetVerdict&) const = default;
 };
@@ -48,8 +49,8 @@ struct Badge {
 ORVANE_API Badge badge(const core::LoudnessTarget& target,
                        const core::LoudnessTargetEvaluation& evaluation);
 
-/// A verdict at full length: the badge's status, or why there is none, and in a line each the
-/// broken rules that the status leaves out: "TP (-0.1 dBTP)".
+/// A verdict at full length: the badge's status, or why there is none, and in a line each what that
+/// leaves out: broken rules, "TP (-0.1 dBTP)", and why others could not be judged.
 ORVANE_API std::vector<std::string> lines(const TargetVerdict& verdict);
 
 }  // namespace TargetVerdicts

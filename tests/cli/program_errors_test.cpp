@@ -75,6 +75,45 @@ TEST_F(ProgramErrors, RefusesDirectoriesPipesSocketsAndDevices) {
   close(descriptor);
 }
 
+// Most commands gave the last part of the path alone, in which two files may be alike.
+TEST_F(ProgramErrors, NameFilesAsTheyWereTypedWhateverTheCommand) {
+  std::filesystem::create_directories(folder() / "a");
+  std::filesystem::create_directories(folder() / "b");
+  folder().write("a/x.wav", waveFile(sineSamples(4'800, 0.5)));
+  folder().write("b/x.wav", "nothing");
+  folder().write("b/empty.wav", waveFile(""));
+  folder().write("b/odd.raw", "12345");
+  folder().write("b/x.json", "{");
+  const auto expectText = [this](const std::vector<std::string>& arguments, const std::string& text,
+                                 const std::string& input = "") {
+    ProgramSetup setup;
+    setup.arguments = arguments;
+    setup.input = input;
+    EXPECT_THAT(run(setup).errors, StartsWith("orvane: " + text)) << arguments.at(0);
+  };
+  expectText({"diff", "a/x.wav", "b/x.wav"}, "b/x.wav: ");
+  expectText({"diff", "a/x.wav", "b/empty.wav"}, "Empty or unreadable file: b/empty.wav");
+  expectText({"diff", "b/odd.raw", "a/x.wav", "--raw-a", "s16le,48000,2"}, "b/odd.raw: The file s");
+  expectText({"edit", "gain", "-3", "./b/x.wav", "-o", "c.wav"}, "./b/x.wav: ");
+  expectText({"edit", "gain", "-3", "a/x.wav", "-o", "b/x.wav"}, "b/x.wav: File exists; --force");
+  expectText({"edit", "gain", "40", "a/x.wav", "-o", "a/loud.wav"}, "warning: a/loud.wav: 9");
+  expectText({"edit", "gain", "-3", "-", "-o", "c.wav"}, "standard input: ", "nothing");
+  expectText({"splice", "append", "a/x.wav", "b/x.wav", "-o", "c.wav"}, "b/x.wav: ");
+  expectText({"generate", "sine", "-o", "a/x.wav"}, "a/x.wav: File exists; --force");
+  expectText({"identify", "b/x.wav"}, "b/x.wav: ");
+  expectText({"dialogue", "show", "b/none.wav"}, "b/none.wav: No such file");
+  expectText({"dialogue", "import", "b/none.csv", "a/x.wav"}, "b/none.csv: No such file");
+  expectText({"raw", "guess", "b/none.raw"}, "b/none.raw: No such file");
+  expectText({"raw", "convert", "b/odd.raw", "--raw", "s16le,48000,2", "-o", "c.wav"},
+             "b/odd.raw: The file size");
+  expectText({"report", "b/x.json", "--csv", "-"}, "b/x.json: ");
+  expectText({"music", "show", "b/x.json"}, "b/x.json: ");
+  expectText({"analyze", "a/x.wav", "--target-file", "b/x.json"}, "b/x.json: ");
+  expectText({"analyze", "a/x.wav", "--chapters", "b/x.json"}, "b/x.json: ");
+  folder().write("a/x.wav.dlg.json", "{");
+  expectText({"dialogue", "show", "a/x.wav"}, "a/x.wav.dlg.json: ");
+}
+
 TEST_F(ProgramErrors, NamesAnUnreadableFile) {
   if (geteuid() == 0) {
     // No file is unreadable to root; one of the kernel's own is.

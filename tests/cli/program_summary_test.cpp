@@ -117,6 +117,32 @@ TEST_F(ProgramSummary, ResumingMeasuresOnlyWhatIsNotInIt) {
   EXPECT_THAT(other.errors, HasSubstr("columns"));
 }
 
+// A batch that was stopped could only be judged by measuring all of it again.
+TEST_F(ProgramSummary, ResumingEnforcesByTheRowsToo) {
+  writeTone("loud.wav", 1);
+  writeTone("r128.wav", std::pow(10, -23.0 / 20));
+  const auto resumed = [this](std::vector<std::string> files, const std::string& choice,
+                              const std::string& value) {
+    std::vector<std::string> all = {"analyze", "-q", "--summary", "s.csv", choice, value};
+    all.insert(all.end(), files.begin(), files.end());
+    run(all);
+    all.insert(all.end(), {"--resume", "--enforce"});
+    const ProgramEnd end = run(all);
+    EXPECT_THAT(end.output, IsEmpty());
+    std::filesystem::remove(folder() / "s.csv");
+    return end;
+  };
+  const ProgramEnd missed = resumed({"r128.wav", "loud.wav"}, "--targets", "spotify,ebu-r128");
+  EXPECT_EQ(missed.exitCode, 3);
+  EXPECT_THAT(missed.errors,
+              HasSubstr("orvane: loud.wav: misses ebu-r128, as its row of the summary says\n"));
+  EXPECT_EQ(resumed({"loud.wav"}, "--mode", "music").exitCode, 0);
+  EXPECT_EQ(resumed({"loud.wav"}, "--mode", "broadcast").exitCode, 3);
+  const ProgramEnd album = run({"analyze", "--summary", "s.csv", "--resume", "--album", "a.wav"});
+  EXPECT_EQ(album.exitCode, 2);
+  EXPECT_THAT(album.errors, HasSubstr("--album measures every file anew"));
+}
+
 TEST_F(ProgramSummary, ResumesBehindARowThatWasNotFinished) {
   EXPECT_EQ(run({"analyze", "-q", "--summary", "s.csv", "good.wav"}).exitCode, 0);
   const std::string whole = text();
@@ -156,11 +182,11 @@ TEST_F(ProgramSummary, IsNoPartOfTheFolderThatItLiesIn) {
 TEST_F(ProgramSummary, HoldsALargeBatchInItsOrder) {
   const std::string tone = waveFile(sineSamples(2'400, 0.5));
   std::vector<std::string> names;
-  for (int i = 0; i < 300; ++i) {
+  for (int i = 0; i < 2'000; ++i) {
     const auto number = [](int value) { return std::to_string(1000 + value); };
-    names.push_back("m/" + number(i / 10) + "/" + number(i) + ".wav");
+    names.push_back("m/" + number(i / 50) + "/" + number(i) + ".wav");
     std::filesystem::create_directories((folder() / names.back()).parent_path());
-    folder().write(names.back(), i % 15 == 7 ? "nothing" : tone);
+    folder().write(names.back(), i % 100 == 7 ? "nothing" : tone);
   }
   const ProgramEnd end =
       run({"analyze", "-q", "--recursive", "--jobs", "2", "--summary", "s.csv", "m"});
@@ -168,7 +194,7 @@ TEST_F(ProgramSummary, HoldsALargeBatchInItsOrder) {
   EXPECT_EQ(column("path"), names);
   const auto errors = column("error");
   EXPECT_EQ(errors.size() - static_cast<std::size_t>(std::ranges::count(errors, "")), 20U);
-  EXPECT_THAT(end.errors, HasSubstr("orvane: 280 files measured, 20 failed\n"));
+  EXPECT_THAT(end.errors, HasSubstr("orvane: 1,980 files measured, 20 failed\n"));
 }
 
 }  // namespace

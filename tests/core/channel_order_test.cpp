@@ -173,5 +173,13 @@ TEST(DisplayShortNames, NumberChannelsWithoutAName) {
       (std::vector<std::string>{"L", "LFE", "Ch 3", "D1"}));
 }
 
+TEST(LoudspeakerNamed, UndoesShortNames) {
+  for (const auto label :
+       {left, lfe, rearSurroundRight, centerSurroundDirect, leftTopRear, lfe2, mono, rightTotal})
+    EXPECT_EQ(ChannelOrder::loudspeakerNamed(shortName(label)), label) << shortName(label);
+  EXPECT_EQ(ChannelOrder::loudspeakerNamed("Boom"), std::nullopt);
+  EXPECT_EQ(ChannelOrder::loudspeakerNamed(""), std::nullopt);
+}
+
 }  // namespace
 }  // namespace orvane::core

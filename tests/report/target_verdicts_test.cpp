@@ -78,6 +78,23 @@ TEST(TargetVerdictsTest, AtFullLengthTellEveryBrokenRule) {
   EXPECT_THAT(lines(-80, -3), ElementsAre("too quiet to judge"));
 }
 
+// A noise floor that could not be measured was passed over beside a level that was too high.
+TEST(TargetVerdictsTest, AtFullLengthTellWhatCouldNotBeJudged) {
+  const auto lines = [](float level) {
+    ReportInputs inputs{.fileInfo = {.channelCount = 1},
+                        .fileTruePeakDB = -0.5F,
+                        .fileChannelRMSDB = {level},
+                        .loudnessTargetSelection = {.targetIDs = {{"acx"}}}};
+    return TargetVerdicts::lines(TargetVerdicts::of(OrvaneReport::build(inputs, {})).at(0));
+  };
+  EXPECT_THAT(lines(-10),
+              ElementsAre("Not compliant · L (-10.0 dB RMS)", "TP (-0.5 dBTP)",
+                          "not judged: no speech detection", "not judged: no noise floor"));
+  EXPECT_THAT(lines(-80),
+              ElementsAre("too quiet to judge", "TP (-0.5 dBTP)", "not judged: no speech detection",
+                          "not judged: no noise floor"));
+}
+
 TEST(TargetVerdictsTest, KeepTheConditionOfATargetThatTheCatalogueHasNoMore) {
   auto report = reportFor({"netflix-lowdialog"});
   report.loudnessTargets.targets.at(0).id = "gone";

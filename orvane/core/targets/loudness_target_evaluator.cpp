@@ -53,18 +53,6 @@ std::optional<NotJudgedReason> obstacle(const LoudnessTarget& target,
   return *speech > 0 ? NotJudgedReason::tooQuiet : NotJudgedReason::noSpeech;
 }
 
-/// A figure that a rule is about and that was not measured.
-std::optional<NotJudgedReason> missingFigure(const LoudnessTarget& target,
-                                             const LoudnessTargetMeasurement& measurement) {
-  if (target.maxShortTermLUFS && !measurement.maxShortTermLUFS)
-    return NotJudgedReason::shortTermUnknown;
-  if (target.noiseFloorMaxDBRMS && !measurement.noiseFloorDBRMS)
-    return measurement.speechPercentage ? NotJudgedReason::noiseFloorUnknown
-                                        : NotJudgedReason::speechUnknown;
-  if (!measurement.truePeakDBTP) return NotJudgedReason::truePeakUnknown;
-  return std::nullopt;
-}
-
 /// What a service makes of a level.
 NormalizationVerdict normalized(const LoudnessTarget& target, const PenaltyTreatment& treatment,
                                 float level, float truePeak) {
@@ -188,18 +176,20 @@ std::optional<float> LoudnessTargetEvaluator::judgedLevel(
 
 std::vector<NonCompliantVerdict> LoudnessTargetEvaluator::brokenRules(
     const LoudnessTarget& target, const LoudnessTargetMeasurement& measurement) {
-  if (obstacle(target, measurement)) return {};
-  const float level = *judgedLevel(target, measurement);
+  const auto unjudged = obstacle(target, measurement);
+  if (unjudged == NotJudgedReason::tooMuchSpeech) return {};
+  const auto level = judgedLevel(target, measurement);
   const auto& truePeak = measurement.truePeakDBTP;
   const float ceiling = target.truePeakCeilingDBTP;
   if (const auto* penalty = std::get_if<PenaltyTreatment>(&target.treatment)) {
-    if (!truePeak) return {};
-    const auto verdict = normalized(target, *penalty, level, *truePeak);
+    if (unjudged || !truePeak) return {};
+    const auto verdict = normalized(target, *penalty, *level, *truePeak);
     if (isMet(verdict)) return {};
     return {{NonComplianceReason::truePeak, *truePeak + verdict.gainDB, ceiling}};
   }
   std::vector<NonCompliantVerdict> broken;
-  if (const auto loudness = brokenTolerance(target, level)) broken.push_back(*loudness);
+  if (const auto loudness = unjudged ? std::nullopt : brokenTolerance(target, *level))
+    broken.push_back(*loudness);
   const auto check = [&](NonComplianceReason reason, std::optional<float> actual,
                          std::optional<float> limit) {
     if (exceeds(actual, limit)) broken.push_back({reason, *actual, *limit});
@@ -210,17 +200,39 @@ std::vector<NonCompliantVerdict> LoudnessTargetEvaluator::brokenRules(
   return broken;
 }
 
+std::vector<NotJudgedReason> LoudnessTargetEvaluator::notJudged(
+    const LoudnessTarget& target, const LoudnessTargetMeasurement& measurement) {
+  std::vector<NotJudgedReason> reasons;
+  const auto obstacle = core::obstacle(target, measurement);
+  if (obstacle) reasons.push_back(*obstacle);
+  if (obstacle == NotJudgedReason::tooMuchSpeech) return reasons;
+  if (std::holds_alternative<ComplianceTreatment>(target.treatment)) {
+    if (target.maxShortTermLUFS && !measurement.maxShortTermLUFS)
+      reasons.push_back(NotJudgedReason::shortTermUnknown);
+    if (target.noiseFloorMaxDBRMS && !measurement.noiseFloorDBRMS) {
+      if (!measurement.speechPercentage && obstacle != NotJudgedReason::speechUnknown)
+        reasons.push_back(NotJudgedReason::speechUnknown);
+      reasons.push_back(NotJudgedReason::noiseFloorUnknown);
+    }
+  }
+  // Silence has none, and that is no news.
+  if (!measurement.truePeakDBTP && obstacle != NotJudgedReason::tooQuiet)
+    reasons.push_back(NotJudgedReason::truePeakUnknown);
+  return reasons;
+}
+
 LoudnessTargetEvaluation LoudnessTargetEvaluator::evaluate(
     const LoudnessTarget& target, const LoudnessTargetMeasurement& measurement) {
   if (const auto reason = obstacle(target, measurement)) return NotJudgedVerdict{*reason};
+  const auto reasons = notJudged(target, measurement);
   if (const auto* penalty = std::get_if<PenaltyTreatment>(&target.treatment)) {
-    if (!measurement.truePeakDBTP) return NotJudgedVerdict{NotJudgedReason::truePeakUnknown};
+    if (!reasons.empty()) return NotJudgedVerdict{reasons.front()};
     return normalized(target, *penalty, *judgedLevel(target, measurement),
                       *measurement.truePeakDBTP);
   }
   const auto broken = brokenRules(target, measurement);
   if (broken.empty()) {
-    if (const auto reason = missingFigure(target, measurement)) return NotJudgedVerdict{*reason};
+    if (!reasons.empty()) return NotJudgedVerdict{reasons.front()};
     return CompliantVerdict{};
   }
   if (broken.front().reason != NonComplianceReason::truePeak || isCeilingTheOnlyRule(target))
@@ -239,8 +251,12 @@ std::string LoudnessTargetEvaluator::tooltipText(const LoudnessTarget& target,
                                                  const LoudnessTargetMeasurement& measurement) {
   std::string tooltip = demandText(target) + measuredText(target, measurement);
   const auto evaluation = evaluate(target, measurement);
-  if (const auto* verdict = std::get_if<NotJudgedVerdict>(&evaluation))
-    tooltip += " Verdict: " + std::string(text(verdict->reason)) + ".";
+  std::string_view lead =
+      std::holds_alternative<NotJudgedVerdict>(evaluation) ? " Verdict: " : " Also ";
+  for (const NotJudgedReason reason : notJudged(target, measurement)) {
+    tooltip += std::string(lead) + std::string(text(reason)) + ".";
+    lead = " Also ";
+  }
   if (!target.provenance.empty()) {
     tooltip += " Source: " + target.provenance;
     tooltip += target.isConfirmed ? "." : " (unconfirmed).";

@@ -89,9 +89,13 @@ ORVANE_API std::optional<float> judgedLevel(const LoudnessTarget& target,
 
 /// Every rule that the measurement breaks, in the order loudness, short-term loudness, noise floor,
 /// true peak. Penalty targets have one: the true peak at the level that the service gives. Levels
-/// may exceed a limit by 0.0005, the rounding of 32-bit figures. Empty where there is no level.
+/// may exceed a limit by 0.0005, the rounding of 32-bit figures. What was not measured breaks none.
 ORVANE_API std::vector<NonCompliantVerdict> brokenRules(
     const LoudnessTarget& target, const LoudnessTargetMeasurement& measurement);
+
+/// Why rules of the target cannot be judged, every reason once, what concerns the level first.
+ORVANE_API std::vector<NotJudgedReason> notJudged(const LoudnessTarget& target,
+                                                  const LoudnessTargetMeasurement& measurement);
 
 /// Judges a measurement. Penalty targets give a `NormalizationVerdict`: loud material is always
 /// turned down, quiet material turned up by symmetric services alone. Compliance targets give the

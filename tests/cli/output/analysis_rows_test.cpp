@@ -57,6 +57,22 @@ TEST(AnalysisRows, FitATerminalAndGrowWithIt) {
   EXPECT_THAT(rowsOf(file, traits, columns), Not(HasSubstr("M max")));
 }
 
+// Four long names once took more than 80 columns.
+TEST(AnalysisRows, FitFourTargetsWithLongNames) {
+  MeasuredFile file = test::sampleMeasurement();
+  file.name.display = std::string(100, 'n') + ".wav";
+  ConsoleTraits traits;
+  traits.isOutputTerminal = true;
+  traits.outputColumns = 80;
+  const std::string text = rowsOf(file, traits,
+                                  {.targetIDs = {"television-north-2026", "television-south-2026",
+                                                 "radio-north-2026", "radio-south-2026"}});
+  const std::size_t end = text.find('\n');
+  EXPECT_LE(end, 80U + 4 * 2) << text;  // "…" has three bytes
+  EXPECT_LE(TerminalText::width(text.substr(end + 1, text.size() - end - 2)), 80U) << text;
+  EXPECT_THAT(text, HasSubstr("tele…2026"));
+}
+
 TEST(AnalysisRows, EscapeHostileNames) {
   MeasuredFile file = test::sampleMeasurement();
   file.name.display = "a\x1B[2J.wav";

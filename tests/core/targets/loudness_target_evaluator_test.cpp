@@ -11,9 +11,11 @@ namespace {
 using LoudnessTargetEvaluator::brokenRules;
 using LoudnessTargetEvaluator::evaluate;
 using LoudnessTargetEvaluator::isMet;
+using LoudnessTargetEvaluator::notJudged;
 using LoudnessTargetEvaluator::tooltipText;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
+using ::testing::SizeIs;
 
 LoudnessTarget penalty(BoostBehaviour boost) {
   return {.id = "p",
@@ -144,6 +146,35 @@ TEST(LoudnessTargetEvaluator, CannotJudgeSilence) {
       EXPECT_EQ(reasonNotToJudge(target, loud(level, -80)), NotJudgedReason::tooQuiet) << level;
 }
 
+// Of several only one was told, and none beside a rule that was broken.
+TEST(LoudnessTargetEvaluator, TellsEveryRuleThatCannotBeJudged) {
+  using enum NotJudgedReason;
+  auto target = compliance(1.0F);
+  target.maxShortTermLUFS = -18.0F;
+  target.noiseFloorMaxDBRMS = -60.0F;
+  auto measurement = loud(-20, -3);
+  EXPECT_THAT(notJudged(target, measurement),
+              ElementsAre(shortTermUnknown, speechUnknown, noiseFloorUnknown));
+  EXPECT_THAT(brokenRules(target, measurement), SizeIs(1));
+  measurement.speechPercentage = 100.0F;
+  measurement.truePeakDBTP.reset();
+  EXPECT_THAT(notJudged(target, measurement),
+              ElementsAre(shortTermUnknown, noiseFloorUnknown, truePeakUnknown));
+  // Silence has no true peak that could be too high.
+  measurement.integratedLUFS.reset();
+  EXPECT_THAT(notJudged(target, measurement),
+              ElementsAre(tooQuiet, shortTermUnknown, noiseFloorUnknown));
+  target.source = LoudnessTargetSource::dialogGated;
+  measurement = {.truePeakDBTP = 0.0F, .maxShortTermLUFS = -20.0F};
+  EXPECT_THAT(notJudged(target, measurement), ElementsAre(speechUnknown, noiseFloorUnknown));
+  EXPECT_THAT(brokenRules(target, measurement),
+              ElementsAre(NonCompliantVerdict{NonComplianceReason::truePeak, 0, -1}));
+  target.maxSpeechPercentage = 15.0F;
+  measurement.speechPercentage = 50.0F;
+  EXPECT_THAT(notJudged(target, measurement), ElementsAre(tooMuchSpeech));
+  EXPECT_THAT(brokenRules(target, measurement), IsEmpty());
+}
+
 // What was not measured broke no rule, so that a file with a loud noise floor was compliant.
 TEST(LoudnessTargetEvaluator, PassesNothingThatWasNotMeasured) {
   auto target = compliance(1.0F);
@@ -215,7 +246,9 @@ TEST(LoudnessTargetEvaluator, ExplainsItself) {
   EXPECT_EQ(tooltipText(target, {}),
             "C: loudness of the dialogue -23.0 ±0.5 LKFS, true peak at most -1.0 dBTP, short-term "
             "at most -18.0 LUFS, noise floor at most -60.0 dB RMS. Not measured. Verdict: not "
-            "judged: no speech detection. Source: a test, 2026 (unconfirmed).");
+            "judged: no speech detection. Also not judged: no short-term loudness. Also not "
+            "judged: no noise floor. Also not judged: no true peak. Source: a test, 2026 "
+            "(unconfirmed).");
 }
 
 }  // namespace
