@@ -69,7 +69,7 @@ TEST_F(ProgramInterruption, EndsWithTheSignalsCodeAndLeavesNothingBehind) {
   }
 }
 
-TEST_F(ProgramInterruption, EndsAnyWorsoon()) {
+TEST_F(ProgramInterruption, EndsAnyWorkSoon) {
   writeLongFile("long.wav");
   const orvane::test::FakeBrowser browser("hang");
   const std::vector<std::vector<std::string>> works = {
