@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <optional>
+#include <sstream>
 #include <string_view>
 #include <utility>
 
@@ -48,6 +49,18 @@ std::string channelText(const MeasuredFile& file) {
   return text;
 }
 
+/// Indented lines that fit the terminal.
+std::string paragraph(const std::string& text, const Console& console, Style style = Style::plain) {
+  constexpr std::size_t kIndent = 2;
+  const std::size_t columns = console.tableColumns() - kIndent;
+  std::istringstream lines(
+      TerminalText::width(text) > columns ? TerminalText::wrapped(text, columns) : text);
+  std::string result;
+  for (std::string line; std::getline(lines, line);)
+    result += std::string(kIndent, ' ') + console.styled(style, line) + "\n";
+  return result;
+}
+
 std::string formatLine(const MeasuredFile& file, const Console& console) {
   const Result& result = file.result;
   std::vector<std::string> parts = {result.fileFormat};
@@ -58,14 +71,7 @@ std::string formatLine(const MeasuredFile& file, const Console& console) {
   parts.push_back(channelText(file));
   parts.push_back(NumberText::duration(result.durationSeconds));
   parts.push_back(NumberText::byteCount(result.fileSize));
-  constexpr std::size_t kIndent = 2;
-  const std::string line = TerminalText::escaped(joined(parts, " · "));
-  std::string text(kIndent, ' ');
-  for (const char character : TerminalText::wrapped(line, console.tableColumns() - kIndent)) {
-    text += character;
-    if (character == '\n') text.append(kIndent, ' ');
-  }
-  return text + "\n";
+  return paragraph(TerminalText::escaped(joined(parts, " · ")), console);
 }
 
 // Above full scale the waveform clips in every converter.
@@ -121,16 +127,16 @@ std::string streamNote(const MeasuredFile& file, const Console& console) {
           ? "Audio streams " + which + " of " + std::to_string(file.streamCount) + ", joined."
           : "Audio stream " + which + " of " + std::to_string(file.streamCount) +
                 ", counted from 0; --streams 0,1 joins them, --streams all measures each.";
-  return "  " + console.styled(Style::dim, text) + "\n";
+  return paragraph(text, console, Style::dim);
 }
 
 std::string monoNote(const MeasuredFile& file, const Console& console) {
   if (file.result.channelCount != 1) return "";
-  const std::string_view text =
+  const char* const text =
       !isMono(file.detail.layout, 1) ? "An LFE channel alone, which loudness leaves out."
       : file.detail.isDualMono       ? "Mono, measured as two equal loudspeakers."
                                : "Mono, measured as one channel; --dual-mono takes it for two.";
-  return "  " + console.styled(Style::dim, text) + "\n";
+  return paragraph(text, console, Style::dim);
 }
 
 // Runs of one channel; absent when not all runs of the file are known one by one.
@@ -192,27 +198,23 @@ std::string clipping(const MeasuredFile& file, const Console& console) {
     const std::string note = "and " + NumberText::counted(more, "more run") +
                              "; --json lists up to " +
                              std::to_string(OfflineAnalysisPipeline::kMaximumClippingRuns);
-    text += "  " + console.styled(Style::dim, note) + "\n";
+    text += paragraph(note, console, Style::dim);
   }
   return text;
 }
 
 std::string warnings(const MeasuredFile& file, const Console& console) {
   std::string text;
-  for (const auto& warning : file.warnings()) {
-    text += text.empty() ? "\n  " : "  ";
-    text += console.styled(Style::yellow, "Warning: ") + TerminalText::escaped(warning) + "\n";
-  }
-  return text;
+  for (const auto& warning : file.warnings())
+    text += paragraph("Warning: " + TerminalText::escaped(warning), console, Style::yellow);
+  return text.empty() ? text : "\n" + text;
 }
 
 std::string qualityNotes(const MeasuredFile& file, const Console& console) {
   std::string text;
-  for (const auto& note : file.qualityNotes()) {
-    text += text.empty() ? "\n  " : "  ";
-    text += console.styled(Style::dim, "Note: " + TerminalText::escaped(note)) + "\n";
-  }
-  return text;
+  for (const auto& note : file.qualityNotes())
+    text += paragraph("Note: " + TerminalText::escaped(note), console, Style::dim);
+  return text.empty() ? text : "\n" + text;
 }
 
 }  // namespace

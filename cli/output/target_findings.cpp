@@ -53,7 +53,9 @@ std::optional<float> deltaLU(const TargetVerdict& verdict) {
 }
 
 std::string table(const OrvaneReport& report, const Console& console) {
-  TextTable table({{"Target"}, {"Asks for", Alignment::left, 3}, {"Verdict", Alignment::left, 3}},
+  TextTable table({{"Target", Alignment::left, 2, true},
+                   {"Asks for", Alignment::left, 3, true},
+                   {"Verdict", Alignment::left, 3, true}},
                   2);
   for (const TargetVerdict& verdict : TargetVerdicts::of(report)) {
     const auto style = verdictStyle(TargetVerdicts::badge(verdict.target, verdict.evaluation).kind);

@@ -1,6 +1,7 @@
 // Batches: folders, their failures, what closes them, the album.
 
 #include "tests/cli/program_fixture.h"
+#include "tests/support/tool_runner.h"
 
 namespace orvane::cli::test {
 namespace {
@@ -159,6 +160,34 @@ TEST_F(ProgramFolders, MeasuresFilesAsOneAlbum) {
               HasSubstr("  Album of 2 files\n"));
   EXPECT_THAT(run({"analyze", "--album", "-q", "1.wav", "2.wav"}).output,
               EndsWith("  Album of 2 files\n"));
+}
+
+TEST_F(ProgramFolders, AnAlbumHasTheFiguresOfTheFilesJoined) {
+  // None of the lengths is whole in steps of 100 ms, and each programme moves by 12 dB.
+  std::vector<std::string> names;
+  std::vector<std::string> arguments = {"-v", "error"};
+  for (const double decibels : {-6.0, -14.0, -20.0, -29.0}) {
+    const auto index = static_cast<double>(names.size());
+    std::string samples;
+    for (int piece = 0; piece < 10; ++piece)
+      samples += sineSamples(static_cast<std::size_t>(48'000 * (3.01 + 0.217 * index)),
+                             std::pow(10, (decibels - 4 * (piece % 4)) / 20));
+    names.push_back(std::to_string(names.size()) + ".wav");
+    folder().write(names.back(), waveFile(samples));
+    arguments.insert(arguments.end(), {"-i", (folder() / names.back()).string()});
+  }
+  arguments.insert(arguments.end(),
+                   {"-filter_complex", "concat=n=4:v=0:a=1", (folder() / "joined.wav").string()});
+  orvane::test::runTool("ffmpeg", arguments);
+  const auto joined = jsonLines(run({"analyze", "--json", "joined.wav"}).output).at(0);
+  names.insert(names.begin(), {"analyze", "--json", "--album"});
+  const Json album = jsonLines(run(names).output).at(4).at("album");
+  EXPECT_EQ(album.at("fileCount"), 4);
+  EXPECT_NEAR(album.at("durationSeconds"), joined.at("durationSeconds"), 1e-6);
+  EXPECT_NEAR(album.at("integratedLUFS"), joined.at("integratedLUFS"), 0.01);
+  EXPECT_NEAR(album.at("loudnessRange"), joined.at("loudnessRange"), 0.3);
+  EXPECT_GT(album.at("loudnessRange"), 10);
+  EXPECT_EQ(album.at("truePeakDB"), joined.at("truePeakDB"));
 }
 
 }  // namespace

@@ -17,13 +17,18 @@ class ProgramNarrowTerminal : public ProgramTest {
     folder().write("slow.wav", waveFile(sineSamples(24'000, 1), 2, 47'952));
   }
 
-  /// What a terminal of that width shows, its line ends as in files.
+  /// What a terminal of that width shows in the end, its line ends as in files.
   std::string shown(const std::vector<std::string>& arguments, int columns) const {
     ProgramSetup setup;
     setup.arguments = arguments;
     setup.environment = {"TERM=xterm", "NO_COLOR=1", "COLUMNS=" + std::to_string(columns)};
     setup.isOnTerminal = true;
     std::string text = run(setup).output;
+    constexpr std::string_view kRewritten = "\x1B[K";  // behind each state of the progress
+    for (std::size_t end = 0; (end = text.find(kRewritten)) != std::string::npos;) {
+      const std::size_t start = text.rfind('\n', end) + 1;
+      text.erase(start, end + kRewritten.size() - start);
+    }
     std::erase(text, '\r');
     return text;
   }
@@ -36,7 +41,16 @@ TEST_F(ProgramNarrowTerminal, ShowsEverythingWithinTheWidthThereIs) {
   folder().write(
       "chapters.csv",
       "name,start,end\nA chapter whose title is a sentence of its own,0,0.5\nTwo,0.5,1\n");
+  constexpr std::size_t kRate = 8'000;
+  folder().write(
+      "hours.wav",
+      waveFile(sineSamples(3'650 * kRate, 0.1, 1) + std::string(10 * kRate * 2, '\0'), 1, kRate));
+  folder().write("hours.csv",
+                 "name,start,end\nA chapter whose title is a sentence of its own,0,3600.5\n"
+                 "Two,3600.5,3649.5\nThree,3652,3660\n");
   const std::vector<std::pair<std::string, std::vector<std::string>>> commands = {
+      {"hours", {"analyze", "hours.wav", "--chapters", "hours.csv"}},
+      {"targets", {"analyze", "slow.wav", "--targets", "ebu-r128-s1,spotify"}},
       {"block", {"analyze", kLongName, "--chapters", "chapters.csv"}},
       {"rows", {"analyze", "-q", "good.wav", kLongName, "slow.wav"}},
       {"identify", {"identify", kLongName, "slow.wav"}}};
@@ -86,6 +100,7 @@ TEST_F(ProgramNarrowTerminal, HelpIsACommandToo) {
 
 TEST_F(ProgramNarrowTerminal, AsksWhatWasMeant) {
   EXPECT_THAT(run({"analyse", "good.wav"}).errors, HasSubstr("did you mean analyze?"));
+  EXPECT_THAT(run({"edti", "good.wav"}).errors, HasSubstr("did you mean edit?"));
   EXPECT_THAT(run({"raw", "gues", "good.wav"}).errors, HasSubstr("did you mean guess?"));
   EXPECT_THAT(run({"analyze", "--jsno", "good.wav"}).errors, HasSubstr("did you mean --json?"));
   EXPECT_THAT(run({"analyze", "--cooking", "good.wav"}).errors, Not(HasSubstr("did you mean")));

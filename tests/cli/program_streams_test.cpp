@@ -57,6 +57,44 @@ TEST_F(ProgramStreams, JoinsSingleChannelsIntoTheProgrammeThatTheyAre) {
   }
 }
 
+/// As cameras and broadcasters deliver: a picture, and each channel in a stream of its own.
+TEST_F(ProgramStreams, TakesTheChannelsOfFilmsApartAndTogether) {
+  const Json whole = json({"both.wav"});
+  for (const std::string name : {"film.mxf", "film.mov"}) {
+    std::vector<std::string> arguments = {"-v",    "error", "-f",
+                                          "lavfi", "-i",    "color=size=64x64:rate=25:duration=4"};
+    for (const char* input : {"left.wav", "right.wav", "left.wav", "right.wav"})
+      arguments.insert(arguments.end(), {"-i", (folder() / input).string()});
+    arguments.insert(arguments.end(),
+                     {"-map", "0:v", "-map", "1:a", "-map", "2:a", "-map", "3:a", "-map", "4:a",
+                      "-c:v", "mpeg2video", "-c:a", "pcm_s24le", (folder() / name).string()});
+    orvane::test::runTool("ffmpeg", arguments);
+
+    const Json document = jsonLines(run({"identify", "--json", name}).output).at(0);
+    ASSERT_EQ(document.at("streams").size(), 4U) << name;
+    EXPECT_EQ(document.at("containerName"), name == "film.mxf" ? "MXF" : "MOV");
+    for (const Json& stream : document.at("streams")) {
+      EXPECT_EQ(stream.at("channelCount"), 1);
+      EXPECT_EQ(stream.at("encodingName"), "24-bit integer");
+      EXPECT_EQ(stream.at("sampleRate"), 48'000);
+    }
+    EXPECT_THAT(run({"identify", name}).output,
+                AllOf(HasSubstr("\n  stream 0 (default)"), HasSubstr("\n  stream 3")));
+
+    const Json joined = json({name, "--streams", "0,1"});
+    EXPECT_EQ(joined.at("streamCount"), 4);
+    for (const char* key : {"integratedLUFS", "truePeakDB", "channelPeakDB", "durationSeconds"})
+      EXPECT_EQ(joined.at(key), whole.at(key)) << name << " " << key;
+    const auto each = jsonLines(run({"analyze", "--json", "--streams", "all", name}).output);
+    ASSERT_EQ(each.size(), 4U);
+    for (std::size_t i = 0; i < each.size(); ++i) {
+      EXPECT_THAT(each[i].at("streams"), ElementsAre(i));
+      EXPECT_EQ(each[i].at("channelPeakDB").at(0), whole.at("channelPeakDB").at(i % 2));
+    }
+    EXPECT_THAT(run({"analyze", name}).output, HasSubstr("Audio stream 0 of 4, counted from 0"));
+  }
+}
+
 TEST_F(ProgramStreams, WeightsJoinedChannelsByTheirLabels) {
   combine("mono.mov", {"left.wav", "right.wav", "left.wav"});
   const double front =

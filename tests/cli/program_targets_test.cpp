@@ -215,6 +215,48 @@ TEST_F(ProgramTargets, OfTheHouseAreReadAsDocumented) {
   EXPECT_EQ(targets.back().at("id"), "house-radio");
 }
 
+TEST_F(ProgramTargets, OfTheHouseHaveColumns) {
+  folder().write("house.json", documentedTargets());
+  const auto end = analyze({"r128.wav", "good.wav", "-q", "--target-file", "house.json",
+                            "--targets", "house-radio,house-tv,spotify", "--summary", "s.csv"});
+  EXPECT_EQ(end.exitCode, 0) << end.errors;
+  EXPECT_THAT(end.output, HasSubstr("    spotify  by LU   house-tv  by LU  house-radio  by LU  "
+                                    "File\n"));
+  EXPECT_THAT(end.output,
+              HasSubstr("  normalize   -9.0       pass    0.0         pass   -7.0  r128.wav\n"));
+  EXPECT_THAT(end.output,
+              HasSubstr("  normalize   +8.0       fail  +17.0    normalize  +10.0  good.wav\n"));
+  const std::string summary = orvane::test::readFile(folder() / "s.csv");
+  EXPECT_THAT(summary, HasSubstr(",spotify.verdict,spotify.deltaLU,house-tv.verdict,"
+                                 "house-tv.deltaLU,house-radio.verdict,house-radio.deltaLU\n"));
+  EXPECT_THAT(summary,
+              ::testing::ContainsRegex("\nr128.wav,.*,pass,[-0-9.e]+,pass,-[67][.0-9]*\n"));
+  EXPECT_THAT(summary,
+              ::testing::ContainsRegex("\ngood.wav,.*,fail,1[67][.0-9]+,normalize,[.0-9]+\n"));
+}
+
+// Of several rules that could not be judged one was told, and none beside a broken one.
+TEST_F(ProgramTargets, TellEveryRuleThatCannotBeJudged) {
+  folder().write("silence.wav", waveFile(std::string(48'000 * 4 * 4, '\0')));
+  const auto silence = analyze({"silence.wav", "--targets", "acx"});
+  EXPECT_THAT(silence.output, HasSubstr("too quiet to judge\n"));
+  EXPECT_THAT(silence.output, HasSubstr("  and not judged: no noise floor\n"));
+  // All of it is taken for speech, which leaves nothing to measure the noise in.
+  folder().write("loud.wav", waveFile(sineSamples(48'000 * 5, 0.99)));
+  const std::vector<std::string> loud = {"loud.wav", "--targets", "acx", "--vad-threshold", "0"};
+  const auto table = analyze(loud).output;
+  EXPECT_THAT(table, HasSubstr("Not compliant · L (-3.1 dB RMS)\n"));
+  EXPECT_THAT(table, HasSubstr("  and TP (-0.1 dBTP)\n"));
+  EXPECT_THAT(table, HasSubstr("  and not judged: no noise floor\n"));
+  auto json = loud;
+  json.insert(json.end(), {"--json", "--html", "loud.html"});
+  const auto verdict = jsonLines(analyze(json).output).at(0).at("verdicts").at(0);
+  EXPECT_EQ(verdict.at("brokenRules").size(), 2U);
+  EXPECT_THAT(verdict.at("notJudged"), ::testing::ElementsAre("noiseFloorUnknown"));
+  EXPECT_THAT(orvane::test::readFile(folder() / "loud.html"),
+              HasSubstr("Also not judged: no noise floor."));
+}
+
 TEST_F(ProgramTargets, OfTheHouseThatAreWrongNameTheKey) {
   folder().write("house.json", "[{\"id\":\"a\",\"tolerance\":1}]");
   const auto end = analyze({"good.wav", "--target-file", "house.json"});

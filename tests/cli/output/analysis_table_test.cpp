@@ -4,7 +4,9 @@
 #include <gtest/gtest.h>
 
 #include <limits>
+#include <sstream>
 
+#include "cli/terminal/terminal_text.h"
 #include "tests/cli/output/sample_measurement.h"
 
 namespace orvane::cli {
@@ -88,6 +90,25 @@ TEST(AnalysisTable, ShowsWarnings) {
   MeasuredFile file = test::sampleMeasurement();
   file.detail.warnings = {{AudioFileWarning::Code::unusualLayout, "Odd\x1B[2J order."}};
   EXPECT_THAT(blockOf(file), HasSubstr("\n  Warning: Odd\\x1B[2J order.\n"));
+}
+
+// What is said of streams took 93 columns.
+TEST(AnalysisTable, BreaksItsSentencesOnANarrowTerminal) {
+  MeasuredFile file = test::sampleMeasurement();
+  file.streams = {0};
+  file.streamCount = 4;
+  file.notes = {
+      "A list of chapters that is longer than the programme names those \"that  lie\" "
+      "behind its end."};
+  EXPECT_THAT(blockOf(file), HasSubstr("\"that  lie\" behind its end.\n"));
+  ConsoleTraits traits;
+  traits.isOutputTerminal = true;
+  traits.outputColumns = 80;
+  const std::string text = AnalysisTable::block(file, Console(traits));
+  std::istringstream lines(text);
+  for (std::string line; std::getline(lines, line);)
+    EXPECT_LE(TerminalText::width(line), 80U) << line;
+  EXPECT_THAT(text, HasSubstr("joins them, --streams all\n  measures each.\n"));
 }
 
 TEST(AnalysisTable, EscapesHostileNames) {
