@@ -16,6 +16,9 @@ namespace {
 /// No block is as long. What lies between two blocks is passed over up to here.
 constexpr std::uint64_t kMostGapBytes = std::uint64_t{16} << 20;
 
+/// A block begins with so many bytes that are like in all of a stream (RFC 9639, 9.1).
+constexpr std::uint64_t kMarkBytes = 2;
+
 /// The number behind "WAVEFORMATEXTENSIBLE_CHANNEL_MASK=0x", RFC 9639, 8.6.2.
 std::optional<std::uint32_t> channelMaskIn(std::string_view comment) {
   constexpr std::string_view kName = "WAVEFORMATEXTENSIBLE_CHANNEL_MASK=";
@@ -91,9 +94,10 @@ struct FLACDecoder::Callbacks {
   static FLAC__StreamDecoderWriteStatus write(const FLAC__StreamDecoder* /*decoder*/,
                                               const FLAC__Frame* frame,
                                               const FLAC__int32* const channels[], void* client) {
-    return guarded(client, [&] { self(client).write(*frame, channels); })
-               ? FLAC__STREAM_DECODER_WRITE_STATUS_CONTINUE
-               : FLAC__STREAM_DECODER_WRITE_STATUS_ABORT;
+    bool goesOn = false;
+    guarded(client, [&] { goesOn = self(client).write(*frame, channels); });
+    return goesOn ? FLAC__STREAM_DECODER_WRITE_STATUS_CONTINUE
+                  : FLAC__STREAM_DECODER_WRITE_STATUS_ABORT;
   }
 
   static void metadata(const FLAC__StreamDecoder* /*decoder*/, const FLAC__StreamMetadata* metadata,
@@ -101,9 +105,9 @@ struct FLACDecoder::Callbacks {
     guarded(client, [&] { self(client).describe(*metadata); });
   }
 
-  static void error(const FLAC__StreamDecoder* /*decoder*/, FLAC__StreamDecoderErrorStatus status,
-                    void* client) {
-    self(client).fail(status);
+  static void error(const FLAC__StreamDecoder* /*decoder*/,
+                    FLAC__StreamDecoderErrorStatus /*status*/, void* client) {
+    self(client).isDamagePending_ = true;
   }
 };
 
@@ -135,8 +139,17 @@ std::optional<FLACStreamInfo> FLACDecoder::readInfo() {
 
 bool FLACDecoder::next(const Take& take) {
   take_ = &take;
-  for (hasTaken_ = false; !hasTaken_;)
-    if (!process(FLAC__stream_decoder_process_single)) return false;
+  hasTaken_ = false;
+  isSearching_ = false;
+  while (!hasTaken_) {
+    if (process(FLAC__stream_decoder_process_single)) continue;
+    if (!std::exchange(isFilling_, false)) return false;
+    // Behind the mark of the block that is damaged, with nothing to be filled up.
+    isSearching_ = true;
+    FLAC__stream_decoder_flush(decoder_.get());
+    position_ = blockEnd_ + kMarkBytes;
+    sinceBlock_ = 0;
+  }
   FLAC__stream_decoder_get_decode_position(decoder_.get(), &blockEnd_);
   return true;
 }
@@ -176,13 +189,14 @@ std::size_t FLACDecoder::read(std::span<std::byte> destination) {
   return count;
 }
 
-void FLACDecoder::write(const FLAC__Frame& frame, const FLAC__int32* const* channels) {
+/// False to stop the decoding.
+bool FLACDecoder::write(const FLAC__Frame& frame, const FLAC__int32* const* channels) {
   const FLAC__FrameHeader& header = frame.header;
+  // libFLAC puts silence into the place of blocks that it has lost, and overwrites the next sound
+  // one with it. That one is searched for anew.
+  isFilling_ = isDamagePending_ && blockEnd_ > 0 && !isSearching_;
+  if (isFilling_) return false;
   sinceBlock_ = 0;
-  if (std::exchange(isBlockDamaged_, false)) {
-    isDamagePending_ = true;
-    return;
-  }
   if (header.channels != info_.channelCount || header.sample_rate != info_.sampleRate)
     throw PlatformError(file_->path(), "The audio format changes in mid-stream");
   hasMetDamage_ = hasMetDamage_ || std::exchange(isDamagePending_, false);
@@ -190,14 +204,7 @@ void FLACDecoder::write(const FLAC__Frame& frame, const FLAC__int32* const* chan
   (*take_)({.channels = {channels, header.channels},
             .frameCount = header.blocksize,
             .bitsPerSample = header.bits_per_sample});
-}
-
-void FLACDecoder::fail(FLAC__StreamDecoderErrorStatus status) {
-  // The block whose checksum is wrong is given nevertheless, as silence.
-  if (status == FLAC__STREAM_DECODER_ERROR_STATUS_FRAME_CRC_MISMATCH)
-    isBlockDamaged_ = true;
-  else
-    isDamagePending_ = true;
+  return true;
 }
 
 void FLACDecoder::describe(const FLAC__StreamMetadata& metadata) {
@@ -228,7 +235,8 @@ bool FLACDecoder::breaksOff() const {
 }
 
 bool FLACDecoder::finishMD5() {
-  return FLAC__stream_decoder_finish(decoder_.get()) != 0;
+  // Having lost a block libFLAC no longer compares.
+  return FLAC__stream_decoder_finish(decoder_.get()) != 0 && !hasMetDamage_;
 }
 
 double FLACDecoder::shareRead() const noexcept {

@@ -80,8 +80,7 @@ class FLACDecoder {
   struct Callbacks;
 
   std::size_t read(std::span<std::byte> destination);
-  void write(const FLAC__Frame& frame, const FLAC__int32* const* channels);
-  void fail(FLAC__StreamDecoderErrorStatus status);
+  bool write(const FLAC__Frame& frame, const FLAC__int32* const* channels);
   void describe(const FLAC__StreamMetadata& metadata);
   void rethrowFailure();
   bool process(FLAC__bool (*step)(FLAC__StreamDecoder*));
@@ -98,7 +97,8 @@ class FLACDecoder {
   FLAC__uint64 blockEnd_ = 0;     ///< of the last one, in the file
   std::uint64_t sinceBlock_ = 0;  ///< bytes read since the last block
   bool isInAudio_ = false;
-  bool isBlockDamaged_ = false;   ///< the one that comes next, by its checksum
+  bool isFilling_ = false;        ///< libFLAC was about to put silence in
+  bool isSearching_ = false;      ///< for the block behind the damage
   bool isDamagePending_ = false;  ///< damage behind which no block has come yet
   bool hasMetDamage_ = false;
   std::exception_ptr failure_{};
