@@ -362,7 +362,7 @@ TEST_F(ProgramEdit, TakesAFewSecondsOfAFileThatNoMemoryHolds) {
   std::filesystem::resize_file(folder() / "day.raw", std::uintmax_t{1} << 30);
   expectDone(
       {"trim", "#1000000000", "#1000048000", "day.raw", "--raw", "u8,48000,1", "-o", "out.wav"});
-  EXPECT_EQ(read("out.wav"), Channels(1, std::vector<float>(48000, -1.0F)));
+  EXPECT_EQ(read("out.wav"), Channels(1, std::vector<float>(48000, -32'768.0F)));
 }
 
 TEST_F(ProgramEdit, RefusesWhatWouldDoOrLeaveNothing) {
