@@ -13,7 +13,7 @@ from pathlib import Path
 
 EXPORTED = re.compile(
     r"^((vtable|VTT|typeinfo|typeinfo name) for |(non-virtual|virtual) thunk to )?"
-    r"(orvane::|std::hash<orvane::)|^orvaneFFmpegModule$")
+    r"(orvane::|std::hash<orvane::)|^orvane(FFmpeg|FLAC)Module$")
 
 FORBIDDEN = {
     "abort", "exit", "_exit", "_Exit", "quick_exit", "__assert_fail",
