@@ -7,34 +7,15 @@ programme as floats. The peers do not sync to the disk; what that costs us is wa
 times have.
 """
 
-import argparse
 import json
-import os
 import re
-import statistics
 import subprocess
-import sys
 import tempfile
-import time
 from pathlib import Path
 
-RATE = 48000
+from runner import RATE, medians, options_of, race
+
 LOUDNORM = "loudnorm=I=-16:TP=-1:LRA=20"
-
-
-def run(*commands):
-    """Processor seconds, wall seconds and peak resident bytes of processes, one after the other."""
-    processor, peak = 0.0, 0
-    begin = time.perf_counter()
-    for command in commands:
-        process = subprocess.Popen([str(part) for part in command], stdin=subprocess.DEVNULL,
-                                   stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
-        _, status, usage = os.wait4(process.pid, 0)
-        if status != 0:
-            sys.exit(f"failed: {' '.join(map(str, command))}")
-        processor += usage.ru_utime + usage.ru_stime
-        peak = max(peak, usage.ru_maxrss * 1024)
-    return processor, time.perf_counter() - begin, peak
 
 
 def make_programme(path, minutes):
@@ -60,12 +41,7 @@ def loudnorm_passes(source, target):
 
 
 def main():
-    parser = argparse.ArgumentParser(description=__doc__)
-    parser.add_argument("build", type=Path)
-    parser.add_argument("--rounds", type=int, default=9)
-    parser.add_argument("--minutes", type=int, default=10)
-    options = parser.parse_args()
-    orvane = options.build / "bin" / "orvane"
+    options = options_of(__doc__, rounds=9, minutes=10)
     end = 60 * options.minutes
     with tempfile.TemporaryDirectory() as name:
         folder = Path(name)
@@ -73,7 +49,7 @@ def main():
         make_programme(source, options.minutes)
 
         def ours(*words):
-            return [[orvane, "edit", *words, source, "-o", folder / "o.wav", "--force", "-q"]]
+            return [[options.orvane, "edit", *words, source, "-o", folder / "o.wav", "--force", "-q"]]
 
         def ffmpeg(audio_filter):
             return [["ffmpeg", "-v", "error", "-y", "-i", source, "-af", audio_filter, "-c:a",
@@ -97,19 +73,14 @@ def main():
         floats = end * RATE * 2 * 4
         print(f"{options.minutes} min of stereo s24; median of {options.rounds} rounds")
         for edit, (own, peers) in edits.items():
-            times, ratios = [], {peer: [] for peer in peers}
-            for _ in range(options.rounds):
-                mine = run(*own)
-                times.append(mine)
-                for peer, commands in peers.items():
-                    theirs = run(*commands)
-                    ratios[peer].append((mine[0] / theirs[0], mine[1] / theirs[1]))
-            processor, wall, peak = (statistics.median(column) for column in zip(*times))
-            print(f"{edit}: {processor:.2f} s of processor time, {wall:.2f} s of wall time, "
-                  f"{peak / floats:.2f} of the float size resident ({peak / 2**20:.0f} MiB)")
-            for peer, pairs in ratios.items():
-                processor, wall = (statistics.median(column) for column in zip(*pairs))
-                print(f"  {processor:.3f} of the processor time of {peer}, {wall:.3f} of the wall time")
+            cost, ratios = race(options.rounds, own, peers)
+            print(f"{edit}: {cost.processor:.2f} s of processor time, {cost.wall:.2f} s of wall time, "
+                  f"{cost.memory / floats:.2f} of the float size resident "
+                  f"({cost.memory / 2**20:.0f} MiB)")
+            for peer, rounds in ratios.items():
+                ratio = medians(rounds)
+                print(f"  {ratio.processor:.3f} of the processor time of {peer}, "
+                      f"{ratio.wall:.3f} of the wall time")
 
 
 if __name__ == "__main__":

@@ -6,55 +6,30 @@ Times of whole processes, in alternation, and the medians of the ratios within a
 two such files against loading both (`load_files`), with the highest resident memory in buffers of one.
 """
 
-import argparse
-import os
-import statistics
-import subprocess
-import sys
 import tempfile
-import time
 from pathlib import Path
 
-RATE = 48000
-
-
-def resources_of(command):
-    """Seconds until the end and peak resident bytes of a run."""
-    begin = time.monotonic()
-    process = subprocess.Popen([str(part) for part in command], stdin=subprocess.DEVNULL,
-                               stdout=subprocess.DEVNULL)
-    _, status, usage = os.wait4(process.pid, 0)
-    if status != 0:
-        sys.exit(f"failed: {' '.join(map(str, command))}")
-    return time.monotonic() - begin, usage.ru_maxrss * 1024
+from runner import RATE, medians, options_of, race, run
 
 
 def compare(name, ours, reference, rounds):
     """Prints the times of both and the median of their ratios; gives the peak memory of ours."""
-    times, ratios = [], []
-    for _ in range(rounds):
-        seconds, memory = resources_of(ours)
-        times.append(seconds)
-        ratios.append(seconds / resources_of(reference)[0])
-    print(f"{name}: {statistics.median(times):.2f} s, {statistics.median(ratios):.2f} times that "
-          f"({min(ratios):.2f} to {max(ratios):.2f})")
-    return memory
+    cost, ratios = race(rounds, [ours], {"reference": [reference]})
+    walls = [ratio.wall for ratio in ratios["reference"]]
+    print(f"{name}: {cost.wall:.2f} s, {medians(ratios['reference']).wall:.2f} times that "
+          f"({min(walls):.2f} to {max(walls):.2f})")
+    return cost.memory
 
 
 def main():
-    parser = argparse.ArgumentParser(description=__doc__)
-    parser.add_argument("build", type=Path)
-    parser.add_argument("--rounds", type=int, default=7)
-    parser.add_argument("--minutes", type=int, default=10)
-    parser.add_argument("--compared-minutes", type=int, default=60)
-    options = parser.parse_args()
-    orvane = options.build / "bin" / "orvane"
+    options = options_of(__doc__, rounds=7, minutes=10, compared_minutes=60)
+    orvane = options.orvane
     with tempfile.TemporaryDirectory() as name:
         folder = Path(name)
 
         def noise(file, minutes, seed):
-            resources_of([orvane, "generate", "pink", "-o", file, "--channels", 2, "--bit-depth", "int24",
-                          "--rate", RATE, "--duration", 60 * minutes, "--seed", seed, "-q"])
+            run([orvane, "generate", "pink", "-o", file, "--channels", 2, "--bit-depth", "int24", "--rate",
+                 RATE, "--duration", 60 * minutes, "--seed", seed, "-q"])
 
         song = folder / "song.wav"
         noise(song, options.minutes, 1)

@@ -6,26 +6,11 @@ medians of the ratios within a round. What syncing to the disk costs is waiting 
 peers do not sync at all. Also the highest resident memory, for the length and for a tenth of it.
 """
 
-import argparse
 import array
-import os
-import statistics
-import subprocess
-import sys
 import tempfile
 from pathlib import Path
 
-RATE = 48000
-
-
-def resources_of(command):
-    """Processor seconds and peak resident bytes of a run."""
-    process = subprocess.Popen([str(part) for part in command], stdin=subprocess.DEVNULL,
-                               stdout=subprocess.DEVNULL)
-    _, status, usage = os.wait4(process.pid, 0)
-    if status != 0:
-        sys.exit(f"failed: {' '.join(map(str, command))}")
-    return usage.ru_utime + usage.ru_stime, usage.ru_maxrss * 1024
+from runner import RATE, medians, options_of, race, run
 
 
 def make_floats(path, minutes):
@@ -36,39 +21,27 @@ def make_floats(path, minutes):
 
 
 def main():
-    parser = argparse.ArgumentParser(description=__doc__)
-    parser.add_argument("build", type=Path)
-    parser.add_argument("--rounds", type=int, default=9)
-    parser.add_argument("--minutes", type=int, default=10)
-    options = parser.parse_args()
-    orvane = options.build / "bin" / "orvane"
+    options = options_of(__doc__, rounds=9, minutes=10)
     with tempfile.TemporaryDirectory() as name:
         folder = Path(name)
         source, short = folder / "floats", folder / "short"
         make_floats(source, options.minutes)
         make_floats(short, max(options.minutes // 10, 1))
-        raw = ["--raw", f"f32le,{RATE},2"]
-        ours = [orvane, "raw", "convert", source, *raw, "--encoding", "s24", "-o",
-                folder / "o.wav", "--force", "-q"]
+
+        def ours(file):
+            return [options.orvane, "raw", "convert", file, "--raw", f"f32le,{RATE},2", "--encoding",
+                    "s24", "-o", folder / "o.wav", "--force", "-q"]
+
         peers = {
-            "FFmpeg": ["ffmpeg", "-v", "error", "-y", "-f", "f32le", "-ar", RATE, "-ac", 2, "-i",
-                       source, "-c:a", "pcm_s24le", folder / "f.wav"],
-            "SoX": ["sox", "-t", "f32", "-r", RATE, "-c", 2, source, "-b", 24, folder / "s.wav"],
+            "FFmpeg": [["ffmpeg", "-v", "error", "-y", "-f", "f32le", "-ar", RATE, "-ac", 2, "-i",
+                        source, "-c:a", "pcm_s24le", folder / "f.wav"]],
+            "SoX": [["sox", "-t", "f32", "-r", RATE, "-c", 2, source, "-b", 24, folder / "s.wav"]],
         }
-        ratios = {peer: [] for peer in peers}
-        times = []
-        for _ in range(options.rounds):
-            seconds, _ = resources_of(ours)
-            times.append(seconds)
-            for peer, command in peers.items():
-                ratios[peer].append(seconds / resources_of(command)[0])
-        print(f"{options.minutes} min of stereo f32 to s24 WAV: "
-              f"{statistics.median(times):.2f} s of processor time")
-        for peer, values in ratios.items():
-            print(f"  {statistics.median(values):.2f} of {peer}'s")
-        long_peak = resources_of(ours)[1]
-        ours[3] = short
-        print(f"  {long_peak / 2**20:.0f} MiB resident, {resources_of(ours)[1] / 2**20:.0f} MiB for "
+        cost, ratios = race(options.rounds, [ours(source)], peers)
+        print(f"{options.minutes} min of stereo f32 to s24 WAV: {cost.processor:.2f} s of processor time")
+        for peer, rounds in ratios.items():
+            print(f"  {medians(rounds).processor:.2f} of {peer}'s")
+        print(f"  {cost.memory / 2**20:.0f} MiB resident, {run(ours(short)).memory / 2**20:.0f} MiB for "
               "a tenth of the length")
 
 

@@ -61,14 +61,10 @@ std::vector<fs::path> splitNames(const fs::path& output, const AudioFormat& form
 std::vector<WrittenAudio> outlined(const EditOptions& options, const AudioOutputOptions& output,
                                    const AudioSource& source, std::int64_t frameCount) {
   if (options.requests.empty() || options.requests.back().edit)
-    return {EditedAudio::outlined(output.file, output, source, source.format(), frameCount)};
+    return {EditedAudio::outlined(output.file, output, source, frameCount)};
   std::vector<WrittenAudio> files;
-  const AudioFormat mono{.sampleRate = source.format().sampleRate, .channelCount = 1};
-  for (const fs::path& path : splitNames(output.file, source.format())) {
-    const std::size_t channel = files.size();
-    files.push_back(EditedAudio::outlined(path, output, source, mono, frameCount));
-    files.back().channel = channel;
-  }
+  for (const fs::path& path : splitNames(output.file, source.format()))
+    files.push_back(EditedAudio::outlined(path, output, source, frameCount, files.size()));
   return files;
 }
 
@@ -203,9 +199,15 @@ ExitCode runEdit(const EditOptions& options, Console& console) {
       files = outlined(options, output, *source, chain.frameMap().frameCount);
     }
   }
+  if (output.dryRun) {
+    const auto isTrim = [](const Edit& edit) { return std::holds_alternative<TrimEdit>(edit); };
+    const bool changesSamples = !std::ranges::all_of(chain.edits(), isTrim);
+    for (WrittenAudio& file : files)
+      EditedAudio::foresee(file, output, {*source, chain.frameMap()}, changesSamples);
+  }
   const auto leftBehind = EditedAudio::leftBehind(*source, files.front());
   EditedAudio::warnOfSource(read ? *read : *source, options.input.shown(), leftBehind,
-                            files.front().keepsChunks, console);
+                            files.front().keepsSamples, console);
   if (!output.json && !output.quiet) {
     for (const Edit& edit : chain.edits())
       console.print(EditText::description(edit, source->format().sampleRate) + "\n");

@@ -1,6 +1,7 @@
 #include "cli/commands/edited_audio.h"
 
 #include <algorithm>
+#include <iterator>
 
 #include "cli/options/sample_rate_limits.h"
 #include "cli/output/abandoned_files.h"
@@ -37,6 +38,20 @@ std::string joined(const std::vector<std::string>& names) {
 /// Bits that a sample of a float has.
 constexpr std::int64_t kFloatBits = 24;
 
+AudioFormat formatOf(const AudioSource& source, std::optional<std::size_t> channel) {
+  if (!channel) return source.format();
+  return {.sampleRate = source.format().sampleRate, .channelCount = 1};
+}
+
+AudioRewrite::Options rewriteOptions(const WrittenAudio& written, const AudioOutputOptions& options,
+                                     const Origin& origin) {
+  AudioRewrite::Options rewrite{.frames = origin.frames, .loudness = written.loudness};
+  if (!written.keepsSamples) rewrite.encoding = PCMEncoding::fromFileFormat(written.settings);
+  if (origin.source.format().channelCount > 1) rewrite.channel = written.channel;
+  if (options.dither) rewrite.ditherSeed = 0;
+  return rewrite;
+}
+
 /// Throws `PlatformError` for a file that cannot state its loudness.
 void requirePlaceForLoudness(const std::filesystem::path& file, FourCC fileTypeID,
                              bool keepsChunks) {
@@ -46,9 +61,7 @@ void requirePlaceForLoudness(const std::filesystem::path& file, FourCC fileTypeI
     throw PlatformError(file,
                         "only WAV, RF64, BW64 and Wave64 files have a place for the loudness");
   if (!keepsChunks)
-    throw PlatformError(file,
-                        "the loudness is only stated in files of the source's container, encoding "
-                        "and channels");
+    throw PlatformError(file, "the loudness is only stated in files of the source's container");
 }
 
 /// Whether a sample that is not edited is stored as it was, without rounding.
@@ -58,11 +71,11 @@ bool holdsSamplesOf(const AudioSource& source, const SampleEncoding& stored) {
   return !isFloat && bits > 0 && bits <= std::min<std::int64_t>(stored.bits, kFloatBits);
 }
 
-/// A copy of the file as it is, "take.wav.bak" for "take.wav".
-void writeBackup(const AudioSource& source, bool force) {
+/// A copy of the file as it is, "take.wav.bak" for "take.wav", that has no name yet.
+AtomicFile backupOf(const AudioSource& source, bool force) {
   std::filesystem::path path = source.url();
   path += ".bak";
-  OutputFile::writing(path, [&] {
+  return OutputFile::writing(path, [&] {
     AtomicFile backup(path, OutputFile::existing(force));
     std::vector<std::byte> piece(std::size_t{1} << 20);
     for (std::uint64_t at = 0; at < source.file().size();) {
@@ -71,7 +84,7 @@ void writeBackup(const AudioSource& source, bool force) {
       backup.write(std::span(piece).first(count));
       at += count;
     }
-    backup.commit();
+    return backup;
   });
 }
 
@@ -88,6 +101,8 @@ AudioOutputOptions settled(AudioOutputOptions options, const AudioSource& source
   if (!options.inPlace) return options;
   if (!source.identity() || !source.identity()->isRewritableInPlace())
     throw PlatformError(source.url(), "only linear PCM in WAV, AIFF and CAF is saved in place");
+  InPlaceSave::requirePossible(source.url(), source.format().channelCount,
+                               source.format().sampleRate);
   options.file = source.url();
   options.container = audioContainerFromFileTypeID(source.identity()->containerTypeID);
   return options;
@@ -103,23 +118,24 @@ void requireWritable(const std::vector<std::filesystem::path>& files,
 }
 
 WrittenAudio outlined(const std::filesystem::path& file, const AudioOutputOptions& options,
-                      const AudioSource& source, const AudioFormat& format,
-                      std::int64_t frameCount) {
+                      const AudioSource& source, std::int64_t frameCount,
+                      std::optional<std::size_t> channel) {
   const PCMEncoding encoding = options.encodingFor(source);
-  auto settings = PCMWriteSettings::make(containerFor(options, source, encoding), format, encoding);
+  auto settings = PCMWriteSettings::make(containerFor(options, source, encoding),
+                                         formatOf(source, channel), encoding);
   const auto outline = PCMFileWriter::outline(file, settings, frameCount);
   settings.fileTypeID = outline.fileTypeID;
   const auto& identity = source.identity();
   const bool keepsChunks = options.inPlace || (identity && identity->isRewritableInPlace() &&
-                                               outline.fileTypeID == identity->containerTypeID &&
-                                               encoding == identity->pcmEncoding &&
-                                               format.channelCount == source.format().channelCount);
+                                               outline.fileTypeID == identity->containerTypeID);
   if (options.updateLoudness) requirePlaceForLoudness(file, outline.fileTypeID, keepsChunks);
   return {.file = file,
           .settings = std::move(settings),
           .frameCount = frameCount,
           .sample = outline.sample,
+          .channel = channel,
           .keepsChunks = keepsChunks,
+          .keepsSamples = keepsChunks && encoding == identity->pcmEncoding,
           .warnings = keepsChunks ? std::vector<std::string>{} : outline.warnings};
 }
 
@@ -127,20 +143,25 @@ void write(WrittenAudio& written, const AudioOutputOptions& options, const Origi
            const SlicedAudio& all, const Execution& execution) {
   const AudioSource& source = origin.source;
   const SlicedAudio audio = written.channel ? all.channel(*written.channel) : all;
-  const auto ditherSeed = options.dither ? std::optional<std::uint64_t>(0) : std::nullopt;
   if (options.updateLoudness)
-    written.loudness = measureBroadcastLoudness(audio, source.format(), written.sample, execution);
-  const AudioRewrite::Options rewrite{
-      .frames = origin.frames, .ditherSeed = ditherSeed, .loudness = written.loudness};
+    written.loudness = measureBroadcastLoudness(audio, formatOf(source, written.channel),
+                                                written.sample, execution);
+  const AudioRewrite::Options rewrite = rewriteOptions(written, options, origin);
   const auto tell = [&](const AudioRewrite::Outcome& outcome) {
     written.losses = outcome.samples;
     written.warnings.insert(written.warnings.end(), outcome.notes.begin(), outcome.notes.end());
   };
   if (options.inPlace) {
-    if (options.backup) writeBackup(source, options.force);
-    const auto outcome = InPlaceSave::write(
-        audio, source.format().sampleRate, written.file,
-        {.version = source.file().stamp(), .rewrite = rewrite, .execution = execution});
+    InPlaceSave::Options save{.version = source.file().stamp(),
+                              .rewrite = rewrite,
+                              .beforehand = {},
+                              .execution = execution};
+    std::optional<AtomicFile> backup;
+    if (options.backup) {
+      backup = backupOf(source, options.force);
+      save.beforehand = [&] { backup->commit(); };
+    }
+    const auto outcome = InPlaceSave::write(audio, source.format().sampleRate, written.file, save);
     tell(outcome.rewrite);
     for (const std::string& loss : outcome.metadata.descriptions())
       written.warnings.push_back("could not keep " + loss);
@@ -154,8 +175,8 @@ void write(WrittenAudio& written, const AudioOutputOptions& options, const Origi
     } else {
       PCMFileWriter writer(
           written.file, written.settings, written.frameCount,
-          {.existing = OutputFile::existing(options.force), .ditherSeed = ditherSeed});
-      if (ditherSeed && holdsSamplesOf(source, written.sample))
+          {.existing = OutputFile::existing(options.force), .ditherSeed = rewrite.ditherSeed});
+      if (rewrite.ditherSeed && holdsSamplesOf(source, written.sample))
         copyEdited(audio, origin.open(), origin.frames, written.channel, writer, execution);
       else
         copyAudio(audio, writer, execution);
@@ -163,6 +184,16 @@ void write(WrittenAudio& written, const AudioOutputOptions& options, const Origi
       written.losses = writer.losses();
     }
   });
+}
+
+void foresee(WrittenAudio& written, const AudioOutputOptions& options, const Origin& origin,
+             bool changesSamples) {
+  if (!written.keepsChunks) return;
+  AudioRewrite::Options rewrite = rewriteOptions(written, options, origin);
+  if (options.updateLoudness) rewrite.loudness.emplace();  // whatever it will be
+  std::ranges::move(AudioRewrite::foreseenNotes(origin.source.file(), written.file, origin.frames,
+                                                changesSamples, rewrite),
+                    std::back_inserter(written.warnings));
 }
 
 LeftBehind leftBehind(const AudioSource& source, const WrittenAudio& written) {

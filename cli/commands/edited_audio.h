@@ -22,8 +22,8 @@ namespace orvane::cli::EditedAudio {
 /// Throws `PlatformError` for a rate outside of `SampleRateLimits`.
 void requireRate(const AudioSource& source);
 
-/// The options with `--in-place` understood: the file is the source, which must be one that can be
-/// saved in place, else a `PlatformError`.
+/// The options with `--in-place` understood: the file is the source. Throws `PlatformError` or
+/// `InPlaceSaveError` for one that cannot be saved in place.
 AudioOutputOptions settled(AudioOutputOptions options, const AudioSource& source);
 
 /// Finds out whether the files can be written, none of which is one of `read`, and tells of what
@@ -31,12 +31,12 @@ AudioOutputOptions settled(AudioOutputOptions options, const AudioSource& source
 void requireWritable(const std::vector<std::filesystem::path>& files,
                      const AudioOutputOptions& options, const ReadFiles& read, Console& console);
 
-/// Audio of `format` as it will be written to `file`; what the options leave open is as in the
-/// source. A file of the same container, encoding and channels keeps the source's chunks. Throws
+/// Audio of the source, or one channel of it, as it will be written to `file`; what the options
+/// leave open is as in the source. A file of the same container keeps the source's chunks. Throws
 /// what outlining a file throws.
 WrittenAudio outlined(const std::filesystem::path& file, const AudioOutputOptions& options,
-                      const AudioSource& source, const AudioFormat& format,
-                      std::int64_t frameCount);
+                      const AudioSource& source, std::int64_t frameCount,
+                      std::optional<std::size_t> channel = {});
 
 /// Where edited audio comes from.
 struct Origin {
@@ -49,6 +49,11 @@ struct Origin {
 /// throws.
 void write(WrittenAudio& written, const AudioOutputOptions& options, const Origin& origin,
            const SlicedAudio& audio, const Execution& execution);
+
+/// Adds to the warnings what writing would say of the chunks, if the edit changes samples. Throws
+/// what outlining a file throws.
+void foresee(WrittenAudio& written, const AudioOutputOptions& options, const Origin& origin,
+             bool changesSamples);
 
 /// What of a source is not written, beside its audio.
 struct LeftBehind {

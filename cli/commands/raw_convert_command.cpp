@@ -34,8 +34,7 @@ ExitCode runConvert(const ConvertOptions& options, Console& console) {
   const auto source = withTypedName(options.file, [&] {
     return AudioSource::open(options.file, options.source.rawFormat, {.execution = execution});
   });
-  auto written =
-      EditedAudio::outlined(output.file, output, *source, source->format(), source->frameLength());
+  auto written = EditedAudio::outlined(output.file, output, *source, source->frameLength());
   if (!output.dryRun)
     written.losses = OutputFile::writing(output.file, [&] {
       PCMFileWriter writer(

@@ -148,8 +148,10 @@ ExitCode runSplice(const SpliceOptions& options, Console& console) {
           ? RecordingSplice::replaceMap(frameCount, start, end, seams.takeFrames,
                                         seams.crossfadeFrames)
           : RecordingSplice::insertMap(frameCount, start, seams.takeFrames, seams.crossfadeFrames);
-  auto written = EditedAudio::outlined(output.file, output, *base, format, map.frameCount);
-  if (!output.dryRun) {
+  auto written = EditedAudio::outlined(output.file, output, *base, map.frameCount);
+  if (output.dryRun) {
+    EditedAudio::foresee(written, output, {*base, map}, true);
+  } else {
     const auto result =
         isReplacement ? RecordingSplice::replaceSplice(std::move(channels), start, end, taken,
                                                        seams.crossfadeFrames, format.sampleRate)
@@ -162,7 +164,7 @@ ExitCode runSplice(const SpliceOptions& options, Console& console) {
   }
 
   const auto leftBehind = EditedAudio::leftBehind(*base, written);
-  EditedAudio::warnOfSource(*base, options.base, leftBehind, written.keepsChunks, console);
+  EditedAudio::warnOfSource(*base, options.base, leftBehind, written.keepsSamples, console);
   EditedAudio::warnOfSource(*take, options.take, {}, false, console);
   warnOfLayouts(*base, *take, console);
   if (!output.json && !output.quiet) console.print(description(seams, format.sampleRate) + "\n");

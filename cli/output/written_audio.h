@@ -24,6 +24,7 @@ struct WrittenAudio {
   SampleEncoding sample{};
   std::optional<std::size_t> channel{};  ///< that it is of; absent for all
   bool keepsChunks = false;              ///< of the file that the audio came from
+  bool keepsSamples = false;             ///< of it that do not change, as they are stored there
   SampleLosses losses{};
   std::optional<BroadcastLoudness> loudness{};  ///< that it states anew
   std::vector<std::string> warnings{};

@@ -1,5 +1,8 @@
 #include "orvane/container/metadata_changes.h"
 
+#include <algorithm>
+#include <iterator>
+
 #include "orvane/container/audio_container.h"
 #include "orvane/container/chunked/aiff_positions.h"
 #include "orvane/container/chunked/broadcast_extension.h"
@@ -19,6 +22,12 @@ void dropMeasurements(ChunkEdits& edits) {
 }
 
 }  // namespace
+
+void MetadataChanges::add(MetadataChanges more) {
+  std::ranges::move(more.chunkChanges, std::back_inserter(chunkChanges));
+  std::ranges::move(more.newChunks, std::back_inserter(newChunks));
+  std::ranges::move(more.notes, std::back_inserter(notes));
+}
 
 MetadataChanges followEdit(const InputFile& file, const PCMStream& stream,
                            const FrameFollower& frames, bool hasChangedAudio,

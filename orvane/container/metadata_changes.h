@@ -25,6 +25,9 @@ struct MetadataChanges {
   /// stand in them as they are.
   std::vector<std::string> notes{};
 
+  /// Those of another kind too, which are of other chunks.
+  void add(MetadataChanges more);
+
   bool operator==(const MetadataChanges&) const = default;
 };
 

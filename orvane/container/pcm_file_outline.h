@@ -43,6 +43,19 @@ struct PCMFileOutline {
   std::vector<std::string> warnings{};
 };
 
+/// How a container stores samples of that encoding.
+constexpr SampleEncoding sampleIn(AudioContainer container, const PCMEncoding& encoding,
+                                  bool isBigEndian) {
+  using enum AudioContainer;
+  const auto bits = static_cast<std::uint32_t>(encoding.bitDepth);
+  if (encoding.isFloat) return SampleEncoding::floatingPoint(bits / 8, isBigEndian);
+  // WAVE stores up to eight bits with an offset, more with a sign.
+  const bool isWave = container != aiff && container != aifc && container != caf;
+  const auto kind = isWave && bits <= 8 ? SampleEncoding::Kind::unsignedInteger
+                                        : SampleEncoding::Kind::signedInteger;
+  return {kind, bits, (bits + 7) / 8, isBigEndian && bits > 8};
+}
+
 /// What a container cannot hold, in one sentence.
 class ORVANE_API UnwritableFormat : public Error {
  public:

@@ -75,9 +75,13 @@ Planner::Planner(const InputFile& file, const PCMStream& stream, const RewriteRe
     throw UnwritableFormat("only linear PCM in WAV, RF64, BW64, Wave64, AIFF and CAF is rewritten");
   if (audio_ == nullptr) throw UnwritableFormat("the file has no place for audio");
   container_ = *container;
-  const std::uint64_t frameBytes = stream.description.dataFormat.bytesPerFrame;
-  oldAudioBytes_ = static_cast<std::uint64_t>(stream.frameCount) * frameBytes;
-  newAudioBytes_ = static_cast<std::uint64_t>(request.frameCount) * frameBytes;
+  const std::uint32_t oldFrameBytes = stream.description.dataFormat.bytesPerFrame;
+  const std::uint32_t newFrameBytes = request.frameBytes.value_or(oldFrameBytes);
+  oldAudioBytes_ = static_cast<std::uint64_t>(stream.frameCount) * oldFrameBytes;
+  newAudioBytes_ = static_cast<std::uint64_t>(request.frameCount) * newFrameBytes;
+  // Part of a frame, behind the last one, would be frames where those are shorter.
+  if (newFrameBytes != oldFrameBytes)
+    oldAudioBytes_ = audio_->bodyOffset + audio_->size - stream.dataOffset;
 }
 
 RewritePlan Planner::plan() {
@@ -125,7 +129,16 @@ std::uint64_t Planner::field(std::uint64_t offset, std::size_t size) const {
 }
 
 void Planner::setField(std::uint64_t offset, std::size_t size, std::uint64_t value) {
-  if (field(offset, size) != value) replace(offset, size, number(value, size));
+  std::vector<std::byte> bytes = number(value, size);
+  for (Replacement& part : replacements_) {
+    // A chunk that gets another body has the field there.
+    const std::uint64_t replaced = std::min<std::uint64_t>(part.removed, part.bytes.size());
+    if (offset < part.offset || offset + size > part.offset + replaced) continue;
+    std::ranges::copy(bytes,
+                      part.bytes.begin() + static_cast<std::ptrdiff_t>(offset - part.offset));
+    return;
+  }
+  if (field(offset, size) != value) replace(offset, size, std::move(bytes));
 }
 
 std::optional<std::uint64_t> Planner::longSizes() const {
@@ -210,7 +223,7 @@ void Planner::setFrameCounts() {
     setField(list_.find(fourCCFrom("COMM"))->bodyOffset + 2, 4, frames);
     return;
   }
-  if (newAudioBytes_ == oldAudioBytes_) return;
+  if (request_.frameCount == stream_.frameCount && newAudioBytes_ == oldAudioBytes_) return;
   if (const auto sizes = longSizes()) setField(*sizes + 16, 8, frames);
   const Chunk* const fact = list_.find(fourCCFrom("fact"));
   if (fact == nullptr) return;

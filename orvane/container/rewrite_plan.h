@@ -17,8 +17,9 @@ namespace orvane {
 
 /// What becomes of a file that gets other audio and keeps everything else.
 struct RewriteRequest {
-  std::int64_t frameCount = 0;   ///< of the new audio, in the encoding that the file has
-  bool hasChangedAudio = false;  ///< CAF files count such edits
+  std::int64_t frameCount = 0;                ///< of the new audio
+  std::optional<std::uint32_t> frameBytes{};  ///< of it; absent: as in the file
+  bool hasChangedAudio = false;               ///< CAF files count such edits
   /// Chunks, by their place in the list, that get another body, or none: they are left out.
   std::vector<std::pair<std::size_t, std::optional<std::vector<std::byte>>>> chunkChanges{};
   /// Chunks that are put in front of the audio.

@@ -95,6 +95,12 @@ std::vector<std::uint32_t> fileOrder(const AudioFormat& fileFormat) {
   throw InPlaceSaveError::channelOrderUnknown(names);
 }
 
+void requirePossible(const fs::path& over, std::size_t channelCount, double sampleRate) {
+  const AudioFormat format = openMatching(over, channelCount, sampleRate)->processingFormat();
+  requireWritable(over);
+  fileOrder(format);
+}
+
 Outcome write(const PCMBuffer& buffer, const fs::path& over) {
   return write(buffer, over, {});
 }
@@ -106,17 +112,15 @@ Outcome write(const PCMBuffer& buffer, const fs::path& over, const Options& opti
 Outcome write(const SlicedAudio& audio, double sampleRate, const fs::path& over,
               const Options& options) {
   const auto version = options.version ? options.version : FileStamp::of(over);
-  const AudioFormat fileFormat =
-      openMatching(over, audio.channelCount, sampleRate)->processingFormat();
-  requireWritable(over);
+  requirePossible(over, audio.channelCount, sampleRate);
   try {
-    fileOrder(fileFormat);  // what it refuses is refused before anything is written
     if (!version) throw PlatformError(over, "the file is gone");
     AtomicFile target(over, *version);
     AudioRewrite::Options rewrite = options.rewrite;
     rewrite.isReadBack = true;
     Outcome outcome{
         .rewrite = AudioRewrite::write(audio, InputFile(over), target, rewrite, options.execution)};
+    if (options.beforehand) options.beforehand();
     target.commit();
     outcome.metadata = target.takeLosses();
     return outcome;

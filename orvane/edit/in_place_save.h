@@ -1,7 +1,9 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <optional>
 #include <set>
 #include <string>
@@ -26,6 +28,8 @@ struct Options {
   /// Of the file when its audio was read; without one the version that stands there now.
   std::optional<FileStamp> version{};
   AudioRewrite::Options rewrite{};  ///< always read back
+  /// Runs when all is written and has been read back, before it takes the file's place.
+  std::function<void()> beforehand{};
   Execution execution{};
 };
 
@@ -34,6 +38,11 @@ struct Outcome {
   AudioRewrite::Outcome rewrite{};
   MetadataLosses metadata{};  ///< of the file as such
 };
+
+/// Throws `InPlaceSaveError` for a file that cannot be saved with audio of that rate and as many
+/// channels.
+ORVANE_API void requirePossible(const std::filesystem::path& over, std::size_t channelCount,
+                                double sampleRate);
 
 /// Replaces the audio of the file at `over` by the edited one, in canonical channel order. A
 /// symbolic link is followed. Throws `InPlaceSaveError`, before anything is written for what is

@@ -31,34 +31,47 @@ std::vector<std::uint32_t> fileOrder(const PCMStream& stream) {
   return order;
 }
 
+/// Whether integers are stored without rounding.
+bool holds(const SampleEncoding& encoding, const SampleEncoding& samples) {
+  constexpr std::uint32_t kFloatBits = 24;  // they go through a float
+  return samples.kind != SampleEncoding::Kind::floatingPoint &&
+         samples.bits <= std::min(encoding.bits, kFloatBits);
+}
+
 }  // namespace
 
-KeptSamples::KeptSamples(const InputFile& file, const PCMStream& stream, FrameMap frames)
+KeptSamples::KeptSamples(const InputFile& file, const PCMStream& stream, const Storing& storing)
     : file_(file),
       stream_(stream),
-      frames_(std::move(frames)),
       order_(fileOrder(stream)),
-      frameBytes_(stream.description.dataFormat.bytesPerFrame),
-      floats_(order_.size()),
-      pointers_(order_.size()) {}
+      encoding_(storing.encoding),
+      isStoredAlike_(storing.encoding == stream.sample),
+      isHeld_(isStoredAlike_ || holds(storing.encoding, stream.sample)) {
+  if (storing.channel) {
+    onlyChannel_ =
+        static_cast<std::size_t>(std::ranges::find(order_, *storing.channel) - order_.begin());
+    order_ = {0};
+  }
+  frameBytes_ = static_cast<std::int64_t>(order_.size() * encoding_.bytes);
+  floats_.resize(order_.size());
+  pointers_.resize(order_.size());
+}
 
-FrameMap KeptSamples::commonFrames(const InputFile& file, const PCMStream& stream,
-                                   const SlicedAudio& edited) {
-  const std::int64_t before = stream.frameCount;
+FrameMap KeptSamples::commonFrames(const SlicedAudio& edited) {
+  const std::int64_t before = stream_.frameCount;
   const std::int64_t after = edited.frameCount;
   if (before == after) return FrameMap::identity(after);
   const std::int64_t least = std::min(before, after);
-  KeptSamples samples(file, stream, {});
   std::int64_t firstOther = least;             // as both begin
   std::int64_t lastOther = after - least - 1;  // as both end
   std::int64_t first = 0;
   edited.deliver([&](PlanarView slice) {
-    const PlanarView audio = samples.inFileOrder(slice);
+    const PlanarView audio = inFileOrder(slice);
     const FrameRange held{first, first + lengthOf(slice)};
     const auto differs = [&](const FrameRange& range, std::int64_t shift, auto found) {
       if (range.isEmpty()) return;
       const PlanarView a = part(audio, first, range);
-      const PlanarView b = samples.floatsAt(range.start + shift, range.length());
+      const PlanarView b = floatsAt(range.start + shift, range.length());
       if (ChangedSamples::areSame(a, b)) return;
       for (std::size_t i = 0; i < a.frameCount(); ++i)
         if (!ChangedSamples::areSame(a.slice(i, 1), b.slice(i, 1)))
@@ -84,10 +97,21 @@ PlanarView KeptSamples::inFileOrder(PlanarView audio) {
   return {ordered_, audio.frameCount()};
 }
 
-PlanarView KeptSamples::floatsAt(std::int64_t sourceFrame, std::int64_t count) {
-  stored_.resize(static_cast<std::size_t>(count * frameBytes_));
-  file_.readExactlyAt(stream_.dataOffset + static_cast<std::uint64_t>(sourceFrame * frameBytes_),
+/// As in the file, of its one channel where that is asked for.
+void KeptSamples::readStored(std::int64_t sourceFrame, std::int64_t count) {
+  const std::size_t frameBytes = stream_.description.dataFormat.bytesPerFrame;
+  stored_.resize(static_cast<std::size_t>(count) * frameBytes);
+  file_.readExactlyAt(stream_.dataOffset + static_cast<std::uint64_t>(sourceFrame) * frameBytes,
                       stored_);
+  if (!onlyChannel_) return;
+  const std::size_t width = stream_.sample.bytes;
+  auto to = stored_.begin();
+  for (std::size_t at = *onlyChannel_ * width; at < stored_.size(); at += frameBytes)
+    to = std::copy_n(stored_.begin() + static_cast<std::ptrdiff_t>(at), width, to);
+}
+
+PlanarView KeptSamples::floatsAt(std::int64_t sourceFrame, std::int64_t count) {
+  readStored(sourceFrame, count);
   const auto frames = static_cast<std::size_t>(count);
   for (std::size_t channel = 0; channel < floats_.size(); ++channel) {
     floats_[channel].resize(std::max(floats_[channel].size(), frames));
@@ -99,7 +123,8 @@ PlanarView KeptSamples::floatsAt(std::int64_t sourceFrame, std::int64_t count) {
 }
 
 bool KeptSamples::hasChanged(const SlicedAudio& edited) {
-  bool hasChanged = frames_ != FrameMap::identity(stream_.frameCount);
+  bool hasChanged =
+      !isStoredAlike_ || onlyChannel_ || frames_ != FrameMap::identity(stream_.frameCount);
   if (hasChanged) return true;
   std::int64_t first = 0;
   edited.deliver([&](PlanarView slice) {
@@ -119,7 +144,10 @@ std::span<const std::byte> KeptSamples::store(PlanarView audio,
     convert(part(edited, all.start, {position_, end}), ditherSeed, all);
     position_ = end;
   };
+  // Without dither samples that are held are stored so or so alike.
+  const bool keeps = isStoredAlike_ || (isHeld_ && ditherSeed);
   for (const FrameMap::Piece& piece : frames_.pieces) {
+    if (!keeps) break;
     // Where two pieces overlap the first one counts; what is mixed of both differs from it.
     const auto range =
         FrameRange{piece.place, piece.place + piece.count}.within({position_, all.end});
@@ -139,15 +167,17 @@ std::byte* KeptSamples::bytesAt(const FrameRange& slice) {
 
 void KeptSamples::convert(PlanarView edited, std::optional<std::uint64_t> ditherSeed,
                           const FrameRange& slice) {
-  losses_ += ditherSeed ? interleaveDithered(stream_.sample, edited, {*ditherSeed, position_},
-                                             bytesAt(slice))
-                        : interleaveFromFloat(stream_.sample, edited, bytesAt(slice));
+  losses_ += ditherSeed
+                 ? interleaveDithered(encoding_, edited, {*ditherSeed, position_}, bytesAt(slice))
+                 : interleaveFromFloat(encoding_, edited, bytesAt(slice));
 }
 
 /// Of frames that were moved as a whole, and perhaps changed.
 void KeptSamples::keep(PlanarView edited, std::int64_t sourceFrame,
                        std::optional<std::uint64_t> ditherSeed, const FrameRange& slice) {
   const PlanarView before = floatsAt(sourceFrame, lengthOf(edited));
+  stored_.resize(edited.frameCount() * static_cast<std::size_t>(frameBytes_));
+  if (!isStoredAlike_) interleaveFromFloat(encoding_, before, stored_.data());
   std::byte* const bytes = bytesAt(slice);
   if (ChangedSamples::areSame(before, edited)) {
     std::ranges::copy(stored_, bytes);
@@ -155,7 +185,7 @@ void KeptSamples::keep(PlanarView edited, std::int64_t sourceFrame,
   }
   const ChangedSamples changes(edited, before);
   convert(changes.changed(), ditherSeed, slice);
-  changes.copyUnchanged(stored_.data(), stream_.sample.bytes, bytes);
+  changes.copyUnchanged(stored_.data(), encoding_.bytes, bytes);
 }
 
 }  // namespace orvane

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <optional>
 #include <span>
+#include <utility>
 #include <vector>
 
 #include "orvane/container/pcm_stream.h"
@@ -11,24 +12,33 @@
 #include "orvane/platform/input_file.h"
 #include "orvane/platform/planar_view.h"
 #include "orvane/platform/sample_conversion.h"
+#include "orvane/platform/sample_encoding.h"
 
 namespace orvane {
 
 /// The stored samples of a file after an edit: those whose float value the edit did not change keep
 /// the bytes that they had, wherever it moved them, so that what a float does not hold (32-bit
-/// integers, doubles, payloads of NaN) survives, and nothing is dithered that was not edited.
+/// integers, doubles, payloads of NaN) survives, and nothing is dithered that was not edited. Where
+/// they are stored otherwise all are made anew, and dithered if the new kind cannot hold the old.
 class KeptSamples {
  public:
-  /// `frames`: where the edit put the file's frames. All audio has the file's channels, in
-  /// canonical order.
-  KeptSamples(const InputFile& file, const PCMStream& stream, FrameMap frames);
+  /// How the edited samples are stored, and of which channel they alone are, in canonical order.
+  struct Storing {
+    SampleEncoding encoding{};
+    std::optional<std::size_t> channel{};
+  };
+
+  /// All edited audio has the file's channels, in canonical order, or the one.
+  KeptSamples(const InputFile& file, const PCMStream& stream, const Storing& storing);
 
   /// Where an edit has put the frames of which only the result is known: those that both begin with
   /// or end with, all of them where the length is the same.
-  static FrameMap commonFrames(const InputFile& file, const PCMStream& stream,
-                               const SlicedAudio& edited);
+  FrameMap commonFrames(const SlicedAudio& edited);
 
-  /// Whether any sample or the length is another one.
+  /// Where the edit has put the file's frames.
+  void follow(FrameMap frames) { frames_ = std::move(frames); }
+
+  /// Whether any stored sample or the length is another one.
   bool hasChanged(const SlicedAudio& edited);
 
   /// The bytes of a slice of the edited audio, in order. They stand until the next call.
@@ -37,10 +47,9 @@ class KeptSamples {
   /// Of changed samples that were clipped or not finite.
   const SampleLosses& losses() const noexcept { return losses_; }
 
-  std::int64_t frameBytes() const noexcept { return frameBytes_; }
-
  private:
   PlanarView inFileOrder(PlanarView audio);
+  void readStored(std::int64_t sourceFrame, std::int64_t count);
   PlanarView floatsAt(std::int64_t sourceFrame, std::int64_t count);
   std::byte* bytesAt(const FrameRange& slice);
   void convert(PlanarView edited, std::optional<std::uint64_t> ditherSeed, const FrameRange& slice);
@@ -49,9 +58,13 @@ class KeptSamples {
 
   const InputFile& file_;
   const PCMStream& stream_;
-  FrameMap frames_;
-  std::vector<std::uint32_t> order_;  ///< canonical channel of each stored one
-  std::int64_t frameBytes_;
+  FrameMap frames_{};
+  std::vector<std::uint32_t> order_;          ///< edited channel of each stored one
+  std::optional<std::size_t> onlyChannel_{};  ///< of the file
+  SampleEncoding encoding_;
+  std::int64_t frameBytes_ = 0;  ///< of the edited audio
+  bool isStoredAlike_;
+  bool isHeld_;                ///< every sample of the file, without rounding
   std::int64_t position_ = 0;  ///< next frame to be stored
   SampleLosses losses_{};
   std::vector<std::byte> stored_{};

@@ -1,14 +1,20 @@
 // What the program writes is the old or the new file, whole, whatever call of the system fails and
 // whenever the program is killed.
 
+#include <signal.h>
+#include <sys/wait.h>
+
 #include <cerrno>
 
 #include "tests/cli/program_fixture.h"
 #include "tests/support/faulty_saving.h"
 #include "tests/support/test_places.h"
+#include "tests/support/whole_file.h"
 
 namespace orvane::cli::test {
 namespace {
+
+namespace faults = orvane::test::SystemCallFaults;
 
 using orvane::test::FaultySaving;
 
@@ -83,6 +89,39 @@ TEST_F(ProgramFaultySaving, AnEditInPlace) {
   edit.failEveryCall({ENOSPC});
   edit.killAtEveryCall();
   edit.failAllocations(5);
+}
+
+/// One saver is stopped on its way while another one saves from beginning to end.
+TEST_F(ProgramFaultySaving, TwoEditsInPlaceOfWhichOneIsStopped) {
+  const auto content = [&] { return orvane::test::readFile(folder() / "good.wav"); };
+  const std::string original = content();
+  const std::vector<std::string> kInvert = {"edit", "invert", "good.wav", "--in-place", "-q"};
+  ASSERT_EQ(run(kInvert).exitCode, 0);
+  const std::string inverted = content();
+  for (const std::string call : {"fallocate", "pwrite", "fsync", "linkat", "renameat2"}) {
+    SCOPED_TRACE(call);
+    folder().write("good.wav", original);
+    ProgramSetup setup;
+    setup.folder = folder().path();
+    setup.arguments = {"edit", "gain", "-6", "good.wav", "--in-place", "-q"};
+    setup.environment = faults::variablesFor({.kind = faults::Kind::stop, .only = call},
+                                             orvane::test::places::faults, folder() / "calls");
+    setup.meanwhile = [&](int process) {
+      siginfo_t state{};
+      ::waitid(P_PID, static_cast<id_t>(process), &state, WSTOPPED | WEXITED | WNOWAIT);
+      EXPECT_EQ(state.si_code, CLD_STOPPED);
+      EXPECT_EQ(run(kInvert).exitCode, 0);
+      ::kill(process, SIGCONT);
+    };
+    const ProgramEnd told = orvane::test::runProgram(orvane::test::places::program, setup);
+    EXPECT_EQ(told.exitCode, 1);
+    EXPECT_EQ(told.errors,
+              "orvane: Saving failed and the original file was left unchanged: the file was "
+              "changed by another program meanwhile\n");
+    EXPECT_TRUE(content() == inverted);
+    std::filesystem::remove(folder() / "calls");
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder().path()), {}), 1);
+  }
 }
 
 TEST_F(ProgramFaultySaving, ATakeInPlace) {

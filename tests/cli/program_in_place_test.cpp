@@ -92,6 +92,17 @@ TEST_F(ProgramInPlace, KeepsACopyOnRequest) {
   EXPECT_EQ(content("take.wav"), edited);
 }
 
+/// A copy once stayed of a file that was not saved, and was in the way of the next one.
+TEST_F(ProgramInPlace, KeepsNoCopyOfWhatIsNotSaved) {
+  std::filesystem::rename(folder() / "take.wav", folder() / "take.caf");
+  for (const std::string more : {"--backup", "--dry-run"}) {
+    const ProgramEnd end = edit({"invert", "take.caf", "--in-place", more});
+    EXPECT_EQ(end.exitCode, 1);
+    EXPECT_THAT(end.errors, HasSubstr("Inside, this file is a WAVE container"));
+    EXPECT_FALSE(std::filesystem::exists(folder() / "take.caf.bak"));
+  }
+}
+
 TEST_F(ProgramInPlace, SavesIntoANewFileOfTheSameKindJustSo) {
   const std::string before = content("take.wav");
   const ProgramEnd copied = edit({"trim", "0.5", "2", "take.wav", "-o", "new.wav", "--json"});
@@ -108,6 +119,78 @@ TEST_F(ProgramInPlace, SavesIntoANewFileOfTheSameKindJustSo) {
   EXPECT_TRUE(content("new.wav") == content("take.wav"));
   const ProgramEnd again = edit({"invert", "take.wav", "-o", "new.wav"});
   EXPECT_EQ(again.errors, "orvane: new.wav: File exists; --force replaces it\n");
+}
+
+TEST_F(ProgramInPlace, KeepsChunksWhereSamplesAreStoredAnotherWay) {
+  const ProgramEnd end = edit({"trim", "0", "1", "take.wav", "-o", "new.wav", "--encoding", "f32"});
+  EXPECT_EQ(end.exitCode, 0) << end.errors;
+  EXPECT_THAT(end.output, HasSubstr("new.wav: WAV, 32-bit float, 48 kHz, 2 channels, 0:01.000"));
+  EXPECT_EQ(end.errors,
+            "orvane: warning: new.wav: 1 marker lay in removed audio and is gone: Out\n");
+  EXPECT_THAT(content("new.wav"), HasSubstr("nobody knows this"));
+  EXPECT_THAT(markers("new.wav"), testing::ElementsAre(0.25));
+  edit({"trim", "0", "1", "take.wav", "-o", "same.wav", "-q"});
+  const ProgramEnd difference = run({"diff", "same.wav", "new.wav", "--at-most", "-190"});
+  EXPECT_EQ(difference.exitCode, 0) << difference.output;
+
+  const ProgramEnd sliced = edit({"trim", "0", "1", "take.wav", "-o", "sliced.wav", "--encoding",
+                                  "f32", "--memory", "0", "-q"});
+  EXPECT_EQ(sliced.exitCode, 0) << sliced.errors;
+  EXPECT_TRUE(content("sliced.wav") == content("new.wav"));
+
+  folder().write("more.wav", waveFile(sineSamples(24'000, 0.5)));
+  const ProgramEnd spliced =
+      run({"splice", "append", "take.wav", "more.wav", "-o", "long.wav", "--encoding", "s24"});
+  EXPECT_EQ(spliced.errors, "");
+  EXPECT_THAT(content("long.wav"), HasSubstr("nobody knows this"));
+  EXPECT_THAT(markers("long.wav"), testing::ElementsAre(0.25, 1.5));
+}
+
+TEST_F(ProgramInPlace, GivesTheChunksToEachChannelOfAFileThatIsSplit) {
+  const ProgramEnd end =
+      edit({"trim", "0.5", "2", "take.wav", "-o", "one.wav", "--then", "split", "--json"});
+  EXPECT_EQ(end.exitCode, 0) << end.errors;
+  EXPECT_THAT(end.output, HasSubstr("\"leftBehind\":[]"));
+  for (const std::string channel : {"L", "R"}) {
+    const std::string name = "one." + channel + ".wav";
+    EXPECT_THAT(end.errors, HasSubstr(name + ": 1 marker lay in removed audio and is gone: In\n"));
+    EXPECT_THAT(content(name), HasSubstr("nobody knows this"));
+    EXPECT_THAT(markers(name), testing::ElementsAre(1));
+    const Json measured = Json::parse(run({"analyze", "--json", name}).output);
+    EXPECT_EQ(measured["channelCount"], 1);
+    EXPECT_EQ(measured["durationSeconds"], 1.5);
+  }
+  ASSERT_EQ(edit({"split", "take.wav", "-o", "two.caf", "-q"}).exitCode, 0);
+  EXPECT_THAT(content("two.L.caf"), testing::Not(HasSubstr("nobody knows this")));
+  EXPECT_EQ(edit({"split", "take.wav", "-o", "three.caf"}).errors,
+            "orvane: warning: take.wav: these chunks are left behind: cue, LIST, bext, mine\n");
+}
+
+TEST_F(ProgramInPlace, ForeseesWhatBecomesOfChunks) {
+  folder().write("more.wav", waveFile(sineSamples(24'000, 0.5)));
+  const std::vector<std::vector<std::string>> kEdits = {
+      {"edit", "trim", "0.5", "2", "take.wav", "-o", "new.wav"},
+      {"edit", "trim", "0.5", "2", "take.wav", "-o", "new.wav", "--encoding", "f32"},
+      {"edit", "trim", "0.5", "2", "take.wav", "-o", "new.wav", "--update-loudness"},
+      {"edit", "trim", "0.5", "2", "take.wav", "-o", "new.wav", "--then", "split"},
+      {"edit", "gain", "-3", "take.wav", "--in-place"},
+      {"edit", "trim", "0", "2", "take.wav", "--in-place"},
+      {"splice", "replace", "--from", "0.2", "--to", "0.3", "take.wav", "more.wav", "--in-place"}};
+  std::string loud = content("take.wav");
+  loud[loud.find("bext") + 8 + 346] = 2;
+  for (const auto& arguments : kEdits) {
+    folder().write("take.wav", loud);
+    auto asked = arguments;
+    asked.emplace_back("--dry-run");
+    const ProgramEnd foreseen = run(asked);
+    EXPECT_EQ(foreseen.exitCode, 0);
+    EXPECT_TRUE(content("take.wav") == loud);
+    const ProgramEnd done = run(arguments);
+    EXPECT_EQ(foreseen.errors, done.errors) << testing::PrintToString(arguments);
+    const bool keepsAll = arguments[1] == "trim" && arguments[2] == "0";
+    EXPECT_EQ(done.errors.empty(), keepsAll);
+    std::filesystem::remove(folder() / "new.wav");
+  }
 }
 
 TEST_F(ProgramInPlace, SplicesATakeIn) {

@@ -344,6 +344,19 @@ TEST_F(RewritePlanTest, SurvivesDamagedFiles) {
   EXPECT_GT(plans, 500);
 }
 
+/// Bytes that made up no frame once became frames when those were shorter.
+TEST_F(RewritePlanTest, LeavesNoPartOfAFrameBehindShorterOnes) {
+  const Parsed file = parsed(test::formFile(
+      "RIFF", "WAVE", {{"fmt ", test::waveFormatBody({.bits = 16})}, {"data", filled(4 * 5 + 3)}}));
+  const RewriteRequest request{
+      .frameCount = 5,
+      .frameBytes = 1,
+      .chunkChanges = {{0, test::waveFormatBody({.channels = 1, .bits = 8})}}};
+  const Parsed result = parsed(apply(plan(file, request), file.bytes, filled(5)));
+  EXPECT_EQ(result.stream.frameCount, 5);
+  EXPECT_EQ(result.bytes, test::waveFile({.channels = 1, .bits = 8}, filled(5)));
+}
+
 TEST_F(RewritePlanTest, PutsNewChunksInFrontOfTheAudio) {
   const RawChunk format{"fmt ", test::waveFormatBody({.channels = 1, .bits = 8})};
   const RawChunk audio{"data", filled(7)};

@@ -71,6 +71,9 @@ std::optional<int> met(const char* name) {
     case Kind::terminate:
       if (number == current.at) raise(SIGTERM);
       break;
+    case Kind::stop:
+      if (number == current.at) raise(SIGSTOP);
+      break;
     case Kind::none:
     case Kind::shorten:
       break;

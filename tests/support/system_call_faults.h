@@ -20,6 +20,7 @@ enum class Kind {
   interrupt,     ///< call number `at`, if it writes, fails with EINTR
   kill,          ///< the process dies by SIGKILL just before call number `at`
   terminate,     ///< it gets SIGTERM there
+  stop,          ///< it stops there, until it is told to go on
 };
 
 struct Plan {

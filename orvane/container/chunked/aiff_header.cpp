@@ -29,21 +29,33 @@ std::vector<std::byte> layoutBodyOf(const AudioFormat& format) {
 
 }  // namespace
 
+std::vector<std::byte> aiffCompression(const SampleEncoding& sample) {
+  HeaderBytes compression(std::endian::big);
+  // The name is a Pascal string: its length in a byte, the whole of even length.
+  if (sample.kind != SampleEncoding::Kind::floatingPoint)
+    compression.text("NONE").text("\x0Enot compressed");
+  else if (sample.bits == 32)
+    compression.text("fl32").text(
+        "\x15"
+        "32-bit floating point");
+  else
+    compression.text("fl64").text(
+        "\x15"
+        "64-bit floating point");
+  return compression.padTo(2).bytes();
+}
+
 PCMFileOutline outlineAIFF(const PCMFileSpecification& specification) {
   const AudioFormat& audio = specification.format;
   const std::string name(displayName(specification.container));
   const bool isCompressible = specification.container == AudioContainer::aifc;
-  const bool isFloat = specification.encoding.isFloat;
-  const auto bits = static_cast<std::uint32_t>(specification.encoding.bitDepth);
-  if (isFloat && !isCompressible)
-    throw UnwritableFormat("AIFF stores integer PCM only; AIFF-C and CAF store floating point too");
+  if (specification.encoding.isFloat && !isCompressible)
+    throw UnwritableFormat(std::string(kNoFloatInAIFF));
   if (audio.channelCount > kMostChannels)
     throw UnwritableFormat(name + " cannot hold so many channels; a CAF file can");
 
   PCMFileOutline outline{.fileTypeID = fileTypeID(specification.container)};
-  outline.sample =
-      isFloat ? SampleEncoding::floatingPoint(bits / 8, true)
-              : SampleEncoding{SampleEncoding::Kind::signedInteger, bits, (bits + 7) / 8, bits > 8};
+  outline.sample = sampleIn(specification.container, specification.encoding, true);
   outline.channelOrder.resize(audio.channelCount);
   std::iota(outline.channelOrder.begin(), outline.channelOrder.end(), 0U);
   outline.audioBytes = specification.audioBytes(outline.sample);
@@ -52,19 +64,10 @@ PCMFileOutline outlineAIFF(const PCMFileSpecification& specification) {
   HeaderBytes chunks(std::endian::big);
   HeaderBytes common(std::endian::big);
   common.u16(audio.channelCount).u32(static_cast<std::uint64_t>(specification.frameCount));
-  common.u16(bits).float80(audio.sampleRate);
+  common.u16(outline.sample.bits).float80(audio.sampleRate);
   if (isCompressible) {
     chunks.text("FVER").u32(4).u32(kVersion);
-    // The name is a Pascal string: its length in a byte, the whole of even length.
-    if (!isFloat)
-      common.text("NONE").text("\x0Enot compressed");
-    else
-      common.text(bits == 32 ? "fl32" : "fl64")
-          .text(bits == 32 ? "\x15"
-                             "32-bit floating point"
-                           : "\x15"
-                             "64-bit floating point");
-    common.padTo(2);
+    common.append(aiffCompression(outline.sample));
   }
   chunks.text("COMM").u32(common.size()).append(common.bytes());
   if (const auto layout = layoutBodyOf(audio); !layout.empty())

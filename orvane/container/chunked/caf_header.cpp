@@ -12,9 +12,7 @@ PCMFileOutline outlineCAF(const PCMFileSpecification& specification) {
   const bool isFloat = specification.encoding.isFloat;
   const auto bits = static_cast<std::uint32_t>(specification.encoding.bitDepth);
   PCMFileOutline outline{.fileTypeID = fileTypeID(specification.container)};
-  outline.sample = isFloat
-                       ? SampleEncoding::floatingPoint(bits / 8)
-                       : SampleEncoding{SampleEncoding::Kind::signedInteger, bits, (bits + 7) / 8};
+  outline.sample = sampleIn(specification.container, specification.encoding, false);
   outline.channelOrder.resize(audio.channelCount);
   std::iota(outline.channelOrder.begin(), outline.channelOrder.end(), 0U);
   outline.audioBytes = specification.audioBytes(outline.sample);

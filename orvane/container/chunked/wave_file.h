@@ -18,6 +18,9 @@ ORVANE_TESTING_API PCMStream parseRIFF(const InputFile& file, std::uint64_t star
 /// chunk.
 ORVANE_TESTING_API PCMStream parseWave64(const InputFile& file, std::uint64_t start);
 
+/// Throws `UnwritableFormat` for frames that are too large for a format chunk.
+void requireWaveFrame(AudioContainer container, std::uint64_t frameBytes);
+
 /// A WAVE file to be: RIFF, from 4 GiB on RF64, or RF64 and BW64 from the first byte on. Throws
 /// `UnwritableFormat`.
 PCMFileOutline outlineWave(const PCMFileSpecification& specification);

@@ -12,10 +12,6 @@ namespace {
 /// Bytes of a format chunk's body that are of use.
 constexpr std::uint64_t kFormatBytes = 40;
 
-constexpr std::uint16_t kTagPCM = 0x0001;
-constexpr std::uint16_t kTagFloat = 0x0003;
-constexpr std::uint16_t kTagExtensible = 0xFFFE;
-
 /// Speaker masks that files without one are taken to have, by channel count from 1 on. Channels
 /// beyond eight have no common order.
 constexpr std::array<std::uint32_t, 8> kDefaultMasks = {0x4,  0x3,  0x7,   0x33,
@@ -68,23 +64,21 @@ void applyFormat(PCMStream& stream, const HeaderFields& body, bool isBigEndian) 
   sample.isBigEndian = isBigEndian;
   bool hasOwnMask = false;
   std::uint32_t mask = 0;
-  if (tag == kTagExtensible) {
-    if (body.size() >= kFormatBytes) {
-      const Extension extension = readExtension(body);
-      tag = extension.tag;
-      mask = extension.mask;
-      hasOwnMask = true;
-      if (extension.validBits > 0 && extension.validBits < storedBits)
-        sample.bits = extension.validBits;
-    } else {
-      tag = kTagPCM;  // the extension is missing; integers are what such files hold
-    }
+  if (isExtensibleWave(body)) {
+    const Extension extension = readExtension(body);
+    tag = extension.tag;
+    mask = extension.mask;
+    hasOwnMask = true;
+    if (extension.validBits > 0 && extension.validBits < storedBits)
+      sample.bits = extension.validBits;
+  } else if (tag == kWaveTagExtensible) {
+    tag = kWaveTagPCM;  // the extension is missing; integers are what such files hold
   }
-  if (tag == kTagPCM || tag == kTagFloat) {
+  if (tag == kWaveTagPCM || tag == kWaveTagFloat) {
     // The frame size is often wrong; it counts where it says that 24-bit samples take four bytes.
     sample.bytes = (storedBits + 7) / 8;
     if (sample.bytes == 3 && blockAlign == 4 * channels) sample.bytes = 4;
-    if (tag == kTagFloat) {
+    if (tag == kWaveTagFloat) {
       sample.kind = SampleEncoding::Kind::floatingPoint;
       sample.bits = storedBits;
     } else if (storedBits <= 8) {
@@ -100,6 +94,10 @@ void applyFormat(PCMStream& stream, const HeaderFields& body, bool isBigEndian) 
 }
 
 }  // namespace
+
+bool isExtensibleWave(const HeaderFields& format) {
+  return format.u16(0) == kWaveTagExtensible && format.size() >= kFormatBytes;
+}
 
 FourCC codecOfWaveTag(std::uint16_t tag) {
   switch (tag) {

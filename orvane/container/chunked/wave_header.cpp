@@ -15,9 +15,6 @@
 namespace orvane {
 namespace {
 
-constexpr std::uint16_t kTagPCM = 0x0001;
-constexpr std::uint16_t kTagFloat = 0x0003;
-constexpr std::uint16_t kTagExtensible = 0xFFFE;
 /// The last fourteen bytes of the sub-format XXXX-0000-0010-8000-00AA00389B71.
 constexpr std::uint8_t kSubFormatTail[] = {0,    0, 0x00, 0x00, 0x10, 0x00, 0x80,
                                            0x00, 0, 0xAA, 0x00, 0x38, 0x9B, 0x71};
@@ -48,25 +45,16 @@ struct Format {
   std::vector<std::string> warnings{};
 };
 
-SampleEncoding sampleOf(const PCMEncoding& encoding) {
-  const auto bits = static_cast<std::uint32_t>(encoding.bitDepth);
-  if (encoding.isFloat) return SampleEncoding::floatingPoint(bits / 8);
-  // WAVE stores up to eight bits with an offset, more with a sign.
-  const auto kind =
-      bits <= 8 ? SampleEncoding::Kind::unsignedInteger : SampleEncoding::Kind::signedInteger;
-  return {kind, bits, (bits + 7) / 8};
-}
-
 Format formatOf(const PCMFileSpecification& specification) {
   const AudioFormat& audio = specification.format;
-  Format format{.body = {}, .sample = sampleOf(specification.encoding), .channelOrder = {}};
+  Format format{.body = {},
+                .sample = sampleIn(specification.container, specification.encoding, false),
+                .channelOrder = {}};
   const std::uint64_t frameBytes = specification.frameBytes(format.sample);
   if (audio.sampleRate != std::floor(audio.sampleRate) || audio.sampleRate > 0xFFFFFFFFU)
     throw UnwritableFormat(std::string(displayName(specification.container)) +
                            " states whole sample rates only; a CAF file holds any");
-  if (frameBytes > 0xFFFF)
-    throw UnwritableFormat(std::string(displayName(specification.container)) +
-                           " cannot hold so many channels; a CAF file can");
+  requireWaveFrame(specification.container, frameBytes);
 
   std::uint32_t mask = 0;
   if (audio.layout) {
@@ -86,10 +74,10 @@ Format formatOf(const PCMFileSpecification& specification) {
   const bool isFloat = specification.encoding.isFloat;
   const bool isPlain = isUsualMonoOrStereo(audio) &&
                        (isFloat || format.sample.bits == 8 || format.sample.bits == 16);
-  const std::uint16_t tag = isFloat ? kTagFloat : kTagPCM;
+  const std::uint16_t tag = isFloat ? kWaveTagFloat : kWaveTagPCM;
   const auto rate = static_cast<std::uint64_t>(audio.sampleRate);
   HeaderBytes body;
-  body.u16(isPlain ? tag : kTagExtensible).u16(audio.channelCount).u32(rate);
+  body.u16(isPlain ? tag : kWaveTagExtensible).u16(audio.channelCount).u32(rate);
   body.u32(std::min(rate * frameBytes, kAllOnes32)).u16(frameBytes).u16(8 * format.sample.bytes);
   if (!isPlain) {
     constexpr std::uint64_t kExtensionBytes = 22;
@@ -111,6 +99,12 @@ PCMFileOutline outlineOf(Format format, const PCMFileSpecification& specificatio
 }
 
 }  // namespace
+
+void requireWaveFrame(AudioContainer container, std::uint64_t frameBytes) {
+  if (frameBytes > 0xFFFF)
+    throw UnwritableFormat(std::string(displayName(container)) +
+                           " cannot hold so many channels; a CAF file can");
+}
 
 PCMFileOutline outlineWave(const PCMFileSpecification& specification) {
   Format format = formatOf(specification);

@@ -16,7 +16,7 @@ using test::ByteWriter;
 using test::FollowedChunk;
 using test::FollowedFile;
 using test::markedWave;
-using Notes = std::vector<std::string>;
+using test::Notes;
 
 using BroadcastExtensionTest = test::FollowedFileTest;
 

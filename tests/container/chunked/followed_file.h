@@ -51,10 +51,12 @@ struct FollowedChunk {
   bool operator==(const FollowedChunk&) const = default;
 };
 
+using Notes = std::vector<std::string>;
+
 /// What is left of the chunks that a test gave, and what the user is told.
 struct FollowedFile {
   std::vector<FollowedChunk> chunks{};
-  std::vector<std::string> notes{};
+  Notes notes{};
   std::vector<FollowedChunk> added{};
 
   bool operator==(const FollowedFile&) const = default;
@@ -137,7 +139,7 @@ class FollowedFileTest : public testing::Test {
 
   /// The only chunk of a WAVE file after an edit; absent when it is gone.
   std::optional<Bytes> after(const FrameFollower& frames, const std::string& id, const Bytes& body,
-                             std::vector<std::string>* notes = nullptr) const {
+                             Notes* notes = nullptr) const {
     const FollowedFile result = followed(markedWave({{id, body}}), frames);
     if (notes != nullptr) *notes = result.notes;
     if (result.chunks.empty()) return std::nullopt;

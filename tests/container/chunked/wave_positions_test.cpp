@@ -15,8 +15,8 @@ using test::FollowedChunk;
 using test::FollowedFile;
 using test::markedWave;
 using test::markedWave64;
+using test::Notes;
 using test::RawChunk;
-using Notes = std::vector<std::string>;
 
 using WavePositionsTest = test::FollowedFileTest;
 

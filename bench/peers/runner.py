@@ -1,0 +1,66 @@
+"""What the programs of this folder share: whole processes, run in alternation and weighed."""
+
+import argparse
+import os
+import statistics
+import subprocess
+import sys
+import time
+from dataclasses import dataclass
+from pathlib import Path
+
+RATE = 48000
+
+
+@dataclass
+class Cost:
+    """Of processes: seconds of processor and wall time, peak resident bytes."""
+
+    processor: float = 0
+    wall: float = 0
+    memory: int = 0
+
+
+def run(*commands):
+    """What commands cost, one after the other; the memory is that of the largest."""
+    cost = Cost()
+    begin = time.monotonic()
+    for command in commands:
+        process = subprocess.Popen([str(part) for part in command], stdin=subprocess.DEVNULL,
+                                   stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        _, status, usage = os.wait4(process.pid, 0)
+        if status != 0:
+            sys.exit(f"failed: {' '.join(map(str, command))}")
+        cost.processor += usage.ru_utime + usage.ru_stime
+        cost.memory = max(cost.memory, usage.ru_maxrss * 1024)
+    cost.wall = time.monotonic() - begin
+    return cost
+
+
+def race(rounds, ours, peers):
+    """Runs lists of commands in alternation. Gives the medians of what ours cost, and by the peers'
+    names the ratios of ours to theirs within each round."""
+    costs, ratios = [], {peer: [] for peer in peers}
+    for _ in range(rounds):
+        mine = run(*ours)
+        costs.append(mine)
+        for peer, commands in peers.items():
+            theirs = run(*commands)
+            ratios[peer].append(Cost(mine.processor / theirs.processor, mine.wall / theirs.wall))
+    return medians(costs), ratios
+
+
+def medians(costs):
+    return Cost(*(statistics.median(getattr(cost, field) for cost in costs)
+                  for field in ("processor", "wall", "memory")))
+
+
+def options_of(description, rounds, **numbers):
+    """The build folder, `--rounds`, and more numbers by their names with their defaults."""
+    parser = argparse.ArgumentParser(description=description)
+    parser.add_argument("build", type=Path)
+    for name, default in {"rounds": rounds, **numbers}.items():
+        parser.add_argument("--" + name.replace("_", "-"), type=int, default=default)
+    options = parser.parse_args()
+    options.orvane = options.build / "bin" / "orvane"
+    return options
