@@ -1,0 +1,96 @@
+#!/usr/bin/env python3
+"""formats.py BUILD_FOLDER [--rounds N] [--minutes N]
+
+`orvane analyze` on each kind of file, whole processes in alternation: against FFmpeg merely decoding it
+and measuring it, on one second against a program made of libsndfile and libebur128, loud material and
+speech detection against the plain run. Prints medians of the ratios within a round.
+"""
+
+import subprocess
+
+from runner import medians, options_of, race
+
+SECOND_RUNS = 40  # of the shortest files in a row, which end too soon to be timed alone
+
+
+def encoders():
+    """Arguments of FFmpeg by the file that they make of the programme."""
+    return {
+        "wav": ["-c:a", "pcm_s24le"],
+        "flac": ["-c:a", "flac", "-sample_fmt", "s16"],
+        "mp3": ["-c:a", "libmp3lame", "-b:a", "192k"],
+        "ogg": ["-c:a", "libvorbis", "-q:a", "6"],
+        "opus": ["-c:a", "libopus", "-b:a", "128k"],
+        "m4a": ["-c:a", "aac", "-b:a", "192k"],
+        "5.1.wav": ["-af", "pan=5.1|c0=c0|c1=c1|c2=c0|c3=c1|c4=c1|c5=c0", "-c:a", "pcm_s24le"],
+        "192k.wav": ["-ar", "192000", "-c:a", "pcm_s24le"],
+        "clipped.wav": ["-af", "volume=12dB", "-c:a", "pcm_s24le"],
+    }
+
+
+def make(folder, programme, seconds, name, arguments):
+    path = folder / f"formats_{seconds}s.{name}"
+    if not path.exists():
+        unfinished = path.with_name("unfinished." + path.name)
+        subprocess.run(["ffmpeg", "-v", "error", "-y", "-i", programme, *arguments, unfinished],
+                       check=True, stdin=subprocess.DEVNULL)
+        unfinished.rename(path)
+    with open(path, "rb") as file:  # into the page cache
+        while file.read(1 << 20):
+            pass
+    return path
+
+
+def programme_of(build, folder, seconds):
+    path = folder / f"{seconds}s_1.wav"
+    if not path.exists():
+        subprocess.run([build / "bin" / "make_programme", path, str(seconds), "1"], check=True)
+    return path
+
+
+def row(name, cost, ratios):
+    cells = [f"{peer}: {ratio.processor:.2f} processor, {ratio.wall:.2f} wall"
+             for peer, ratio in ((peer, medians(costs)) for peer, costs in ratios.items())]
+    print(f"| {name} | {cost.processor:.2f} | {cost.wall:.2f} | {cost.memory / 2**20:.0f} | "
+          f"{'; '.join(cells)} |", flush=True)
+
+
+def ffmpeg(path, *filters):
+    return ["ffmpeg", "-nostdin", "-nostats", "-v", "error", "-i", path, *filters, "-f", "null", "-"]
+
+
+def main():
+    options = options_of(__doc__, 5, minutes=20)
+    folder = options.build / "programmes"
+    folder.mkdir(exist_ok=True)
+    seconds = options.minutes * 60
+    programme = programme_of(options.build, folder, seconds)
+    files = {name: make(folder, programme, seconds, name, arguments)
+             for name, arguments in encoders().items()}
+    orvane = [options.orvane, "analyze", "-q"]
+    print(f"\n{options.minutes} minutes, {options.rounds} rounds\n")
+    print("| file | processor s | wall s | MiB | ours ÷ others' (medians) |\n|---|---|---|---|---|")
+    for name, path in files.items():
+        peers = {"decoding": [ffmpeg(path)],
+                 "ebur128": [ffmpeg(path, "-filter_complex", "ebur128=peak=true:framelog=verbose")]}
+        if name == "clipped.wav":
+            peers = {"unclipped": [[*orvane, files["wav"]]]}
+        cost, ratios = race(options.rounds, [[*orvane, path]], peers)
+        row(name, cost, ratios)
+    cost, ratios = race(options.rounds, [[*orvane, "--speech", files["wav"]]],
+                        {"without": [[*orvane, files["wav"]]]})
+    row("wav --speech", cost, ratios)
+
+    second = programme_of(options.build, folder, 1)
+    for name in ("wav", "flac", "mp3"):
+        path = make(folder, second, 1, name, encoders()[name])
+        cost, ratios = race(options.rounds, [[*orvane, path]] * SECOND_RUNS,
+                            {"libebur128": [[options.build / "bin" / "peer_libebur128", path]]
+                                           * SECOND_RUNS})
+        row(f"one second of {name}, {SECOND_RUNS} runs", cost, ratios)
+    cost, ratios = race(options.rounds, [[options.orvane, "--help"]] * SECOND_RUNS, {})
+    row(f"--help, {SECOND_RUNS} runs", cost, ratios)
+
+
+if __name__ == "__main__":
+    main()
