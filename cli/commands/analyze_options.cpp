@@ -102,7 +102,7 @@ void AnalyzeOptions::settle() {
   targets.settle();
   auto& selection = parts.parts.selection;
   if (targets.needSpeech() && !dialogue) speech = true;
-  if (targets.needNoiseFloor() && !selection) selection.emplace();
+  if (targets.needNoiseFloor() && !selection) selection = ReportParts::Selection{};
   requireSense(*this);
 }
 
