@@ -65,7 +65,7 @@ void AlbumMeasurement::add(const Result& result, const AnalysisDetail& detail) {
   if (fileCount_++ == 0) {
     highest_.truePeakDB = highest_.samplePeakDB = highest_.maxMomentaryLUFS =
         highest_.maxShortTermLUFS = -std::numeric_limits<float>::infinity();
-    speech_.emplace();
+    speech_ = Speech{};
     channels_.assign(result.channelPeakDB.size(), {});
   }
   seconds_ += result.durationSeconds;
