@@ -31,8 +31,8 @@ std::string asUTF8(std::string_view text) {
   if (!isBig && !text.starts_with("\xFF\xFE")) return std::string(text);
   const auto unit = [&](std::size_t i) -> char32_t {
     if (i + 1 >= text.size()) return 0;
-    const auto first = static_cast<unsigned char>(text[i]);
-    const auto second = static_cast<unsigned char>(text[i + 1]);
+    const char32_t first = static_cast<unsigned char>(text[i]);
+    const char32_t second = static_cast<unsigned char>(text[i + 1]);
     return isBig ? first << 8U | second : second << 8U | first;
   };
   const auto isIn = [](char32_t value, char32_t first) {
