@@ -176,7 +176,7 @@ TEST_F(ProgramSidecars, AreDetectedByTuningsOnlyWhereSpeechIsLookedFor) {
 }
 
 TEST_F(ProgramSidecars, AreDetectedInSeveralFilesAtOnce) {
-  if (!SpeechModel::installed()) GTEST_SKIP() << "run scripts/install-model for the speech model";
+  ASSERT_TRUE(SpeechModel::installed()) << "run scripts/install-model for the speech model";
   std::vector<std::string> arguments = {"dialogue", "detect", "--json", "--jobs", "3"};
   for (int i = 1; i <= 6; ++i) {
     const std::string name = std::to_string(i) + ".wav";
@@ -198,7 +198,7 @@ TEST_F(ProgramSidecars, AreDetectedInSeveralFilesAtOnce) {
 // told by which model it came about.
 TEST_F(ProgramSidecars, NameTheModelThatEveryCommandFinds) {
   const auto model = SpeechModel::installed();
-  if (!model) GTEST_SKIP() << "run scripts/install-model for the speech model";
+  ASSERT_TRUE(model) << "run scripts/install-model for the speech model";
   const Json here = {{"version", "6"}, {"sha256", model->hash()}};
   EXPECT_EQ(figures({"--speech", "good.wav"})["speechModel"], here);
   EXPECT_FALSE(figures({"good.wav"}).contains("speechModel"));
