@@ -19,8 +19,6 @@ extern "C" {
 namespace orvane {
 namespace {
 
-constexpr std::size_t kMostThreads = 16;
-
 bool isOpusHeader(const AVPacket& packet, const char* signature) {
   return packet.size >= 8 && std::memcmp(packet.data, signature, 8) == 0;
 }
@@ -32,14 +30,9 @@ bool hasPreSkip(const AVPacket& packet) {
   return side != nullptr && size >= 4 && AV_RL32(side) > 0;
 }
 
-/// Refuses frames larger than any codec's longest of sixteen channels: forged numbers of samples
-/// and channels would take gigabytes on each of a decoder's threads.
-int allocateFrame(AVCodecContext* codec, AVFrame* frame, int flags) {
-  constexpr std::int64_t kMostBytes = std::int64_t{32} << 20;
-  const auto bytesPerFrame = std::int64_t{frame->ch_layout.nb_channels} *
-                             av_get_bytes_per_sample(static_cast<AVSampleFormat>(frame->format));
-  if (bytesPerFrame * frame->nb_samples > kMostBytes) return AVERROR_INVALIDDATA;
-  return avcodec_default_get_buffer2(codec, frame, flags);
+/// A decoder that meets the packet knows what others, opened for the stream's headers, do not.
+bool bringsNewHeaders(const AVPacket& packet) {
+  return av_packet_get_side_data(&packet, AV_PKT_DATA_NEW_EXTRADATA, nullptr) != nullptr;
 }
 
 void replaceExtradata(AVCodecParameters& parameters, const AVPacket& packet) {
@@ -55,74 +48,59 @@ void replaceExtradata(AVCodecParameters& parameters, const AVPacket& packet) {
 
 }  // namespace
 
-FramePointer makeFrame() {
-  FramePointer frame(av_frame_alloc());
-  if (!frame) throw std::bad_alloc();
-  return frame;
-}
-
-CodecContextPointer openCodec(const Demuxer& demuxer, std::size_t threadCount, int flags2) {
-  const AVStream& stream = demuxer.stream();
-  const std::string name = avcodec_get_name(stream.codecpar->codec_id);
-  if (stream.codecpar->codec_id == AV_CODEC_ID_NONE)
-    throw PlatformError(demuxer.path(), "There is no decoder for its codec");
-  if (demuxer.codec() == nullptr)
-    throw PlatformError(demuxer.path(), "There is no decoder for its codec, " + name);
-  CodecContextPointer context(avcodec_alloc_context3(demuxer.codec()));
-  if (!context) throw std::bad_alloc();
-  int result = avcodec_parameters_to_context(context.get(), stream.codecpar);
-  context->pkt_timebase = stream.time_base;
-  context->thread_count = static_cast<int>(std::clamp<std::size_t>(threadCount, 1, kMostThreads));
-  context->flags2 |= flags2;
-  context->get_buffer2 = allocateFrame;
-  if (result >= 0) result = avcodec_open2(context.get(), demuxer.codec(), nullptr);
-  if (result == AVERROR_PATCHWELCOME || result == AVERROR(ENOSYS))
-    throw PlatformError(demuxer.path(),
-                        "There is no decoder for this variant of its codec, " + name);
-  if (result < 0) throw PlatformError(demuxer.path(), ffmpegErrorText(result));
-  return context;
-}
-
 Decoder::Decoder(Demuxer& demuxer, std::size_t threadCount)
     : demuxer_(demuxer),
-      threadCount_(threadCount),
-      codec_(openCodec(demuxer, threadCount)),
+      codec_(openCodec(demuxer)),
       packet_(makePacket()),
       frame_(makeFrame()),
+      segments_(SegmentedDecoding::of(demuxer, threadCount)),
       isChainable_(codec_->codec_id == AV_CODEC_ID_OPUS &&
                    std::string_view(demuxer.format().iformat->name) == "ogg") {}
 
 const AVFrame* Decoder::next() {
-  while (framesLeft_ > 0 && receive()) {
-    if (frame_->nb_samples <= 0) continue;
-    checkFormat();
-    frame_->nb_samples = static_cast<int>(std::min<std::int64_t>(frame_->nb_samples, framesLeft_));
-    framesLeft_ -= frame_->nb_samples;
-    return frame_.get();
+  while (framesLeft_ > 0) {
+    AVFrame* const frame = receive();
+    if (frame == nullptr) break;
+    if (frame->nb_samples <= 0) continue;
+    checkFormat(*frame);
+    frame->nb_samples = static_cast<int>(std::min<std::int64_t>(frame->nb_samples, framesLeft_));
+    framesLeft_ -= frame->nb_samples;
+    return frame;
   }
   return nullptr;
 }
 
-bool Decoder::receive() {
+AVFrame* Decoder::receive() {
   for (;;) {
+    if (segments_)
+      if (AVFrame* const frame = segments_->nextFrame()) return frame;
     const int result = avcodec_receive_frame(codec_.get(), frame_.get());
-    if (result >= 0) return true;
+    if (result >= 0) {
+      if (segments_) segments_->note(*frame_);
+      return frame_.get();
+    }
     if (result == AVERROR(ENOMEM)) throw std::bad_alloc();
     if (std::exchange(isBetweenLinks_, false)) {
       // Another link is another stream, whose decoder knows nothing of the last one.
-      codec_ = openCodec(demuxer_, threadCount_);
+      codec_ = openCodec(demuxer_);
+      segments_.reset();
       continue;
     }
-    if (result == AVERROR_EOF) return false;
+    if (result == AVERROR_EOF) return nullptr;
     if (result != AVERROR(EAGAIN)) hasJustFailed_ = true;
     // A decoder that fails while it is drained has nothing more to give.
-    if (isDraining_) return false;
+    if (isDraining_) return nullptr;
     send();
   }
 }
 
 void Decoder::send() {
   if (!std::exchange(isPacketWaiting_, false)) {
+    if (segments_ && segments_->decodeStretch(codec_, framesLeft_)) {
+      hasMetDamage_ = hasMetDamage_ || hasJustFailed_;
+      hasJustFailed_ = segments_->hasFailed();
+      return;
+    }
     if (!demuxer_.read(*packet_)) {
       avcodec_send_packet(codec_.get(), nullptr);
       isDraining_ = true;
@@ -132,6 +110,7 @@ void Decoder::send() {
     hasJustFailed_ = false;
     const bool isFirst = !std::exchange(hasMetPackets_, true);
     if (!isFirst && isChainable_ && endsLink()) return;
+    if (bringsNewHeaders(*packet_)) segments_.reset();
   }
   // A packet is only sent when the decoder has asked for one, so every failure is the packet's.
   if (avcodec_send_packet(codec_.get(), packet_.get()) < 0) hasJustFailed_ = true;
@@ -150,15 +129,15 @@ bool Decoder::endsLink() {
   return true;
 }
 
-void Decoder::checkFormat() {
-  const int channels = frame_->ch_layout.nb_channels;
+void Decoder::checkFormat(const AVFrame& frame) {
+  const int channels = frame.ch_layout.nb_channels;
   if (sampleRate_ == 0 && channelCount_ == 0) {
-    sampleRate_ = frame_->sample_rate;
+    sampleRate_ = frame.sample_rate;
     channelCount_ = channels;
     if (sampleRate_ <= 0 || channelCount_ <= 0)
       throw PlatformError(demuxer_.path(), "The audio has no sample rate or no channels");
     framesLeft_ = demuxer_.stated().framesAt(sampleRate_).value_or(INT64_MAX);
-  } else if (frame_->sample_rate != sampleRate_ || channels != channelCount_) {
+  } else if (frame.sample_rate != sampleRate_ || channels != channelCount_) {
     throw PlatformError(demuxer_.path(), "The audio format changes in mid-stream");
   }
 }

@@ -4,28 +4,11 @@
 #include <cstdint>
 #include <memory>
 
-extern "C" {
-#include <libavcodec/avcodec.h>
-#include <libavutil/frame.h>
-}
-
+#include "orvane/container/ffmpeg/codec_context.h"
 #include "orvane/container/ffmpeg/demuxer.h"
+#include "orvane/container/ffmpeg/segmented_decoding.h"
 
 namespace orvane {
-
-struct FreeCodecContext {
-  void operator()(AVCodecContext* context) const noexcept { avcodec_free_context(&context); }
-};
-using CodecContextPointer = std::unique_ptr<AVCodecContext, FreeCodecContext>;
-
-struct FreeFrame {
-  void operator()(AVFrame* frame) const noexcept { av_frame_free(&frame); }
-};
-using FramePointer = std::unique_ptr<AVFrame, FreeFrame>;
-FramePointer makeFrame();
-
-/// A decoder ready for the demuxer's stream. Throws `PlatformError` when there is none.
-CodecContextPointer openCodec(const Demuxer& demuxer, std::size_t threadCount, int flags2 = 0);
 
 /// Decodes the demuxer's stream from its start to its end, with priming and padding trimmed as the
 /// container says. Packets that cannot be decoded are left out.
@@ -48,16 +31,16 @@ class Decoder {
   bool hasMetPackets() const noexcept { return hasMetPackets_; }
 
  private:
-  bool receive();
+  AVFrame* receive();
   void send();
   bool endsLink();
-  void checkFormat();
+  void checkFormat(const AVFrame& frame);
 
   Demuxer& demuxer_;
-  std::size_t threadCount_;
   CodecContextPointer codec_;
   PacketPointer packet_;
   FramePointer frame_;
+  std::unique_ptr<SegmentedDecoding> segments_;  ///< null where only serial decoding is exact
   bool isChainable_;  ///< Opus in Ogg, whose decoder must be told of another link
   int sampleRate_ = 0;
   int channelCount_ = 0;

@@ -201,6 +201,29 @@ double Demuxer::shareRead() const noexcept {
 }
 
 bool Demuxer::read(AVPacket& packet) {
+  if (ahead_.empty()) return !hasEnded_ && readFromFile(packet);
+  av_packet_unref(&packet);
+  av_packet_move_ref(&packet, ahead_.front().get());
+  ahead_.pop_front();
+  return true;
+}
+
+const AVPacket* Demuxer::peek(std::size_t index) {
+  while (ahead_.size() <= index && !hasEnded_) {
+    PacketPointer packet = makePacket();
+    if (readFromFile(*packet))
+      ahead_.push_back(std::move(packet));
+    else
+      hasEnded_ = true;
+  }
+  return index < ahead_.size() ? ahead_[index].get() : nullptr;
+}
+
+void Demuxer::drop(std::size_t count) noexcept {
+  ahead_.erase(ahead_.begin(), ahead_.begin() + static_cast<std::ptrdiff_t>(count));
+}
+
+bool Demuxer::readFromFile(AVPacket& packet) {
   for (int retries = 0; retries < kMostRetries;) {
     av_packet_unref(&packet);
     const int result = av_read_frame(format_.get(), &packet);

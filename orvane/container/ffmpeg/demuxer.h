@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <deque>
 #include <filesystem>
 #include <memory>
 #include <optional>
@@ -50,6 +51,13 @@ class Demuxer {
   /// is one that goes on without any packet.
   bool read(AVPacket& packet);
 
+  /// The packet that `read` will give after `index` others; null behind the last one. Reads ahead
+  /// as far as that needs, and throws as `read` does.
+  const AVPacket* peek(std::size_t index);
+
+  /// Passes over the next `count` packets, which `peek` has given.
+  void drop(std::size_t count) noexcept;
+
   /// How far into the file the reading has come, 0 … 1.
   double shareRead() const noexcept;
 
@@ -63,13 +71,16 @@ class Demuxer {
 
   void open(FourCC containerHint);
   void chooseStream(std::optional<int> streamIndex);
+  bool readFromFile(AVPacket& packet);
 
   ByteSource source_;
   std::unique_ptr<AVFormatContext, CloseInput> format_{};
   AVStream* stream_ = nullptr;
   const AVCodec* codec_ = nullptr;
   StatedAudio stated_{};
-  bool isPrimed_ = false;  ///< the first packet has been read
+  std::deque<PacketPointer> ahead_{};  ///< read before they were asked for
+  bool hasEnded_ = false;              ///< as reading ahead has found
+  bool isPrimed_ = false;              ///< the first packet has been read
   bool isTruncated_ = false;
 };
 

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <cstddef>
+#include <span>
+#include <vector>
+
+#include "orvane/container/ffmpeg/codec_context.h"
+
+namespace orvane {
+
+/// Decoded frames laid end to end in a few long ones, whose memory serves again.
+class FrameRun {
+ public:
+  /// Forgets all frames.
+  void clear() noexcept { used_ = 0; }
+
+  /// Copies a frame's samples. One of another format begins a piece of its own.
+  void append(const AVFrame& frame);
+
+  /// Whether `other` is not empty, and what this run ends with, bit for bit.
+  bool endsWith(const FrameRun& other) const;
+
+  /// What was appended, in order.
+  std::span<const FramePointer> pieces() const noexcept { return {pieces_.data(), used_}; }
+
+ private:
+  bool takes(const AVFrame& frame) const;
+  void beginPiece(const AVFrame& frame);
+
+  std::vector<FramePointer> pieces_{};
+  std::size_t used_ = 0;
+};
+
+}  // namespace orvane

@@ -1,0 +1,89 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+#include "orvane/container/ffmpeg/codec_context.h"
+#include "orvane/container/ffmpeg/demuxer.h"
+#include "orvane/container/ffmpeg/frame_run.h"
+
+namespace orvane {
+
+/// How a codec's decoder may begin in mid-stream: what it must have decoded before its output is
+/// that of a decoder that has read from the start.
+struct EntryRule {
+  AVCodecID codec = AV_CODEC_ID_NONE;
+  std::size_t warmUpPackets = 0;
+  std::size_t warmUpBytes = 0;
+  /// Decoded by both neighbours behind the warm-up, and compared.
+  std::size_t comparedPackets = 0;
+};
+
+/// Decodes stretches of a stream by several decoders at once, each in a segment of its own.
+///
+/// All but the first begin some packets early. A segment counts only when what its decoder makes of
+/// the last packets before it is, bit for bit, what its neighbour made of them: then the decoder
+/// has the state that decoding from the start would have brought it to. Otherwise the neighbour
+/// goes on, and the rest of the stream is decoded serially. So what comes out is always what one
+/// decoder gives. Stretches hold packets without side data and flags only: no priming, padding, new
+/// headers or links of a chained file.
+class SegmentedDecoding {
+ public:
+  /// Null for a single thread, and where a decoder cannot be entered in mid-stream: because it
+  /// draws random numbers all along (noise substitution of AAC, dither of AC-3) or never quite
+  /// forgets.
+  static std::unique_ptr<SegmentedDecoding> of(Demuxer& demuxer, std::size_t threadCount);
+
+  /// To be told of every frame that is decoded packet by packet.
+  void note(const AVFrame& frame);
+
+  /// To be called when `codec` is to be given the demuxer's next packet. False when it is to get
+  /// it. Otherwise `nextFrame` has what the next packets decode to, they are gone from the demuxer,
+  /// and `codec` is as if it had decoded them. Never decodes more than `framesLeft` frames.
+  bool decodeStretch(CodecContextPointer& codec, std::int64_t framesLeft);
+
+  /// The stretch's next frame, longer than a decoder's, valid until the next stretch is decoded;
+  /// null when there is none.
+  AVFrame* nextFrame() noexcept;
+
+  /// Whether the last packet of the stretch could not be decoded.
+  bool hasFailed() const noexcept { return hasFailed_; }
+
+ private:
+  struct Segment {
+    CodecContextPointer ownCodec{};  ///< of all but the first
+    AVCodecContext* codec = nullptr;
+    std::vector<const AVPacket*> packets{};  ///< the demuxer's; those of the lead-in first
+    std::size_t leadInPackets = 0;
+    FrameRun compared{};  ///< of the lead-in's last packets
+    FrameRun frames{};
+    std::size_t decodedPackets = 0;  ///< without those of the lead-in, the failing one included
+    bool hasFailed = false;
+  };
+
+  SegmentedDecoding(Demuxer& demuxer, const EntryRule& rule, std::size_t threadCount);
+
+  bool isPlain(const AVPacket& packet) const;
+  std::size_t countPlainPackets(std::size_t most);
+  std::size_t leadIn(std::size_t border);
+  std::size_t cut(std::size_t packets);
+  void decode(Segment& segment) const;
+  void join(std::size_t count, CodecContextPointer& codec);
+
+  Demuxer& demuxer_;
+  EntryRule rule_;
+  std::size_t threadCount_;
+  std::vector<Segment> segments_{};
+  std::vector<AVFrame*> frames_{};  ///< of those segments that count
+  std::size_t givenFrames_ = 0;     ///< of `frames_`
+  std::int64_t notedFrames_ = 0;
+  std::size_t longestFrame_ = 0;   ///< in frames of the audio
+  std::size_t largestFrame_ = 0;   ///< in bytes
+  std::size_t packetsToPass_ = 0;  ///< before the next stretch is looked for
+  bool isGivenUp_ = false;
+  bool hasFailed_ = false;
+};
+
+}  // namespace orvane
