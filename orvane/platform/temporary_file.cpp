@@ -135,6 +135,12 @@ void TemporaryFile::replaceAny() {
 }
 
 void TemporaryFile::replaceVersion(const FileStamp& version) {
+  // Of several who want to replace the same version, each marks it and so comes in turn: a third
+  // one between another's exchange and its look would put back what belongs to nobody. The mark
+  // also tells that what comes out of the exchange is in use. Other programs do not know of it.
+  const FileDescriptor turn(
+      openat(folder_, name_.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+  if (turn) UseMark::await(turn);
   const auto standing = FileStamp::at(folder_, name_);
   if (!standing && errno != ENOENT) fail(errno);
   if (standing != version) throw changedMeanwhile(target_);

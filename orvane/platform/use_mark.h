@@ -13,6 +13,9 @@ namespace orvane::UseMark {
 /// ever counts as abandoned.
 bool set(const FileDescriptor& file) noexcept;
 
+/// Waits until nobody else has marked the file, for half a second at most, and marks it.
+void await(const FileDescriptor& file) noexcept;
+
 /// The file or folder of this user at `path`, open and marked, if nobody uses it; else none.
 FileDescriptor takeAbandoned(const std::filesystem::path& path) noexcept;
 

@@ -129,7 +129,7 @@ TEST_F(StoredFormatTest, NamesTheCompressionOfAIFFC) {
   const auto common = [](int bits, std::string_view type, std::string_view name) {
     Bytes body = test::commonBody(2, 12, bits, 48000, type);
     body.resize(22);
-    const Bytes text = test::ByteWriter().u8(static_cast<int>(name.size())).text(name).bytes();
+    const Bytes text = test::ByteWriter().u8(name.size()).text(name).bytes();
     body.insert(body.end(), text.begin(), text.end());
     body.resize(body.size() + body.size() % 2);
     return body;

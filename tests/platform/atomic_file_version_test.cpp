@@ -1,6 +1,7 @@
 // Replacing one version of a file and no other: what another program saves meanwhile is never lost.
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <functional>
@@ -137,30 +138,46 @@ TEST_F(AtomicFileVersionTest, LosesNoneOfTwoSavesThatComeInBetween) {
   EXPECT_EQ(readFile(left.front()), "second");
 }
 
-TEST_F(AtomicFileVersionTest, OfTwoSaversAtOnceOneWinsAndTheOtherIsTold) {
-  for (int round = 0; round < 50; ++round) {
-    writeFile(target, "as it was read");
-    const auto stamp = FileStamp::of(target).value();
-    const auto save = [&](const std::string& content) {
-      return test::startInChild([&, content] {
-        try {
-          AtomicFile file(target, stamp);
-          file.write(content);
-          file.commit();
-          return 0;
-        } catch (const PlatformError& error) {
-          return error.errorDescription() == kChanged ? 1 : 2;
-        }
-      });
+/// Saves from a process of its own, which dawdles before it gives the file its name and before it
+/// puts anything back. Ends with 0 when it has saved, with 1 when it was told of a change.
+pid_t startSaver(const std::filesystem::path& target, const FileStamp& stamp,
+                 const std::string& content) {
+  return test::startInChild([=] {
+    faults::Plan plan;
+    plan.meanwhile = [](std::string_view name) {
+      if (name == "renameat2") usleep(500);
     };
-    const auto first = save("first");
-    const auto second = save("second");
-    const int endOfFirst = test::waitFor(first).exitCode;
-    const int endOfSecond = test::waitFor(second).exitCode;
-    EXPECT_EQ(endOfFirst + endOfSecond, 1);
-    EXPECT_EQ(readFile(target), endOfFirst == 0 ? "first" : "second");
-    EXPECT_EQ(names(), std::vector<std::string>{"take.wav"});
-  }
+    faults::begin(plan);
+    try {
+      AtomicFile file(target, stamp);
+      file.write(content);
+      file.commit();
+      return 0;
+    } catch (const PlatformError& error) {
+      return error.errorDescription() == kChanged ? 1 : 2;
+    }
+  });
+}
+
+TEST_F(AtomicFileVersionTest, OfSeveralSaversAtOnceOneWinsAndTheOthersAreTold) {
+  for (const int savers : {2, 3, 5})
+    for (int round = 0; round < 20; ++round) {
+      writeFile(target, "as it was read");
+      const auto stamp = FileStamp::of(target).value();
+      std::vector<pid_t> all;
+      for (int i = 0; i < savers; ++i)
+        all.push_back(startSaver(target, stamp, "saver " + std::to_string(i)));
+      int winner = -1;
+      int told = 0;
+      for (int i = 0; i < savers; ++i) {
+        const int end = test::waitFor(all[static_cast<std::size_t>(i)]).exitCode;
+        if (end == 0) winner = i;
+        told += end == 1 ? 1 : 0;
+      }
+      EXPECT_EQ(told, savers - 1);
+      EXPECT_EQ(readFile(target), "saver " + std::to_string(winner));
+      EXPECT_EQ(names(), std::vector<std::string>{"take.wav"});
+    }
 }
 
 TEST_F(AtomicFileVersionTest, SaysThatItIsSavedWhenTheChangeCannotBePutBack) {
