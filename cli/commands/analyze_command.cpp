@@ -16,13 +16,13 @@
 #include "cli/output/source_date.h"
 #include "cli/terminal/progress_bar.h"
 #include "cli/usage_error.h"
+#include "orvane/platform/pcm_buffer.h"
 
 namespace orvane::cli {
 namespace {
 
 MeasuredFile measure(const InputName& file, const AnalyzeOptions& options, const ReportParts& parts,
-                     std::size_t threads, ProgressObserver& observer) {
-  const Execution execution{.threadCount = threads, .observer = &observer};
+                     const Execution& execution) {
   const auto source = AnalysisStreams::open(file, options, execution);
   MeasuredFile measured{
       .name = file, .identity = source->identity(), .sourceBitDepth = source->sourceBitDepth()};
@@ -44,7 +44,7 @@ MeasuredFile measure(const InputName& file, const AnalyzeOptions& options, const
                                             measured.result.sampleRate));
   if (options.json && options.speech && !measured.detail.isSpeechDetectionMissing)
     measured.speechModel = nameOfSpeechModel();
-  AnalysisStreams::describe(measured, options, observer);
+  AnalysisStreams::describe(measured, options, *execution.observer);
   if (options.parts.chaptersAreInFile) measured.chapterMarks = source->chapters();
   measured.isJudged = options.targets.areRequested();
   if (options.needsReport()) makeReport(measured, options.parts, parts, execution);
@@ -96,6 +96,7 @@ ExitCode runAnalyze(AnalyzeOptions options, Console& console) {
   parts.targets = options.targets.selection();
   const auto jobs = std::min(static_cast<std::size_t>(options.jobs), files.size());
   const std::size_t threads = JobRunner::threadsPerJob(jobs);
+  PCMBufferPool buffers;
   ProgressBar progress(console, files.size(), !options.quiet);
   AnalysisPrinter printer(console, {.layout = layoutOf(options, outputs),
                                     .curves = options.curves,
@@ -119,8 +120,10 @@ ExitCode runAnalyze(AnalyzeOptions options, Console& console) {
           ~Done() { bar.fileDone(); }
         } done{progress};
         const auto version = batch.versionOf(file);
+        const Execution execution{
+            .threadCount = threads, .observer = observer.get(), .buffers = &buffers};
         const auto measured =
-            std::make_shared<MeasuredFile>(measure(file, options, parts, threads, *observer));
+            std::make_shared<MeasuredFile>(measure(file, options, parts, execution));
         std::string report;
         if (measured->report && date) measured->report->generatedAt = *date;
         if (outputs.isAny())

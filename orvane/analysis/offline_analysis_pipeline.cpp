@@ -60,7 +60,7 @@ MeasuredSource measureInPassing(AudioSource& source, const Options& options, boo
                                 format.sampleRate, format.channelCount, options.vadTuning)
                           : nullptr;
   auto measurement = measureProgramme(source, options.computeStereoWidth, choices.dualMono,
-                                      choices.execution.threadCount, speech.get());
+                                      choices.execution, speech.get());
   return {.measurement = std::move(measurement),
           .speechHistory = speech ? speech->finish() : std::nullopt};
 }

@@ -105,9 +105,9 @@ ProgrammeMeasurement measureProgramme(const ProgrammeView& programme, bool compu
 }
 
 ProgrammeMeasurement measureProgramme(AudioSource& source, bool computeStereoWidth, bool dualMono,
-                                      std::size_t threadCount, SpeechDetection* speech) {
+                                      const Execution& execution, SpeechDetection* speech) {
   const std::uint32_t capacity = sliceFramesOf(source);
-  auto slice = source.makeBuffer(capacity);
+  auto slice = source.makeBuffer(capacity, execution.buffers);
   std::shared_ptr<PCMBuffer> next;  // not made for what fits into one slice
 
   Meters meters(ProgrammeView::of(*slice, dualMono), computeStereoWidth, storedBits(source));
@@ -122,14 +122,14 @@ ProgrammeMeasurement measureProgramme(AudioSource& source, bool computeStereoWid
     // Only what the slice holds tells whether it is the last one: a decoder may deliver fewer
     // frames than its container promises, or more.
     const std::size_t reads = count == capacity ? 1 : 0;
-    if (reads > 0 && !next) next = source.makeBuffer(capacity);
-    parallelFor(threadCount, reads + all.size(), [&](std::size_t task) {
+    if (reads > 0 && !next) next = source.makeBuffer(capacity, execution.buffers);
+    parallelFor(execution.threadCount, reads + all.size(), [&](std::size_t task) {
       if (task < reads)
         source.read(*next);
       else
         all[task - reads](audio);
     });
-    if (speech != nullptr) speech->detect(threadCount);
+    if (speech != nullptr) speech->detect(execution.threadCount);
     measured += count;
     if (reads == 0) break;
     std::swap(slice, next);

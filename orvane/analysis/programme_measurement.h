@@ -28,7 +28,7 @@ ProgrammeMeasurement measureProgramme(const ProgrammeView& programme, bool compu
 /// while one is measured the next one is read. `speech`, when not null, detects in it, too,
 /// short of ending it. `dualMono` as in `ProgrammeView::of`.
 ProgrammeMeasurement measureProgramme(AudioSource& source, bool computeStereoWidth, bool dualMono,
-                                      std::size_t threadCount, SpeechDetection* speech);
+                                      const Execution& execution, SpeechDetection* speech);
 
 /// Bits of a source's integer samples; 0 where it has none.
 int storedBits(const AudioSource& source);

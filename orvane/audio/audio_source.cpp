@@ -172,8 +172,10 @@ std::int64_t AudioSource::frameLength() {
   return frames;
 }
 
-std::shared_ptr<PCMBuffer> AudioSource::makeBuffer(std::uint32_t frames) const {
-  auto buffer = core::PCMBufferAllocation::make(facts_.format, frames);
+std::shared_ptr<PCMBuffer> AudioSource::makeBuffer(std::uint32_t frames,
+                                                   PCMBufferPool* pool) const {
+  auto buffer = pool != nullptr ? pool->make(facts_.format, frames)
+                                : core::PCMBufferAllocation::make(facts_.format, frames);
   if (buffer) return buffer;
   if (facts_.rawFormat) throw RawPCMImportError(RawPCMImportError::BufferAllocationFailed{});
   throw Failure(Failure::Case::allocation, facts_.url);

@@ -65,8 +65,9 @@ class ORVANE_API AudioSource {
   /// What the header makes expect, right or wrong; absent when it says nothing.
   virtual std::optional<std::int64_t> expectedFrameLength() const = 0;
 
-  /// A buffer of the source's format for that many frames. Throws the source's allocation error.
-  std::shared_ptr<PCMBuffer> makeBuffer(std::uint32_t frames) const;
+  /// A buffer of the source's format for that many frames, from the pool if there is one. Throws
+  /// the source's allocation error.
+  std::shared_ptr<PCMBuffer> makeBuffer(std::uint32_t frames, PCMBufferPool* pool = nullptr) const;
 
   /// The whole source, of which nothing has been read. Throws what loading throws.
   std::shared_ptr<PCMBuffer> load();
