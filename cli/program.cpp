@@ -8,6 +8,7 @@
 #include <set>
 #include <span>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -42,6 +43,40 @@ constexpr const char* kFooter =
     "Exit codes: 0 all done, 1 a file failed, 2 wrong usage, 3 a requested target is\n"
     "missed, 129, 130, 143 stopped by a hang-up, Ctrl-C or a request to end.";
 
+/// The commands in the order in which the help lists them. Only the one that is asked for is given
+/// its options: making those of all takes longer than measuring a second of audio.
+struct Command {
+  const char* name;
+  const char* description;
+  void (*complete)(CLI::App& command, ChosenCommand& chosen);
+};
+constexpr Command kCommands[] = {
+    {"analyze", "Measure loudness, true peak, dynamics and channel statistics",
+     completeAnalyzeCommand},
+    {"identify", "Tell what files really hold: container, codec, rate and channels",
+     completeIdentifyCommand},
+    {"dialogue",
+     "Find, show and exchange the stretches of speech that are kept beside a file, in "
+     "FILE.dlg.json",
+     completeDialogueCommand},
+    {"report", "Render a record of \"analyze --report\", or judge it, again",
+     completeReportCommand},
+    {"targets", "List the delivery targets that files can be judged by", completeTargetsCommand},
+    {"diff", "Subtract one file from another and measure what remains", completeDiffCommand},
+    {"edit",
+     "Edit the audio of a file and write it to another one or into the "
+     "file itself. A TIME is in seconds, "
+     "[h:]mm:ss[.fff] or #FRAME",
+     completeEditCommand},
+    {"splice",
+     "Join a new take to a recording, at its rate and with its channels, and write both to "
+     "another file or into the recording. A TIME is in seconds, [h:]mm:ss[.fff] or #FRAME",
+     completeSpliceCommand},
+    {"generate", "Write a test signal", completeGenerateCommand},
+    {"raw", "Work with headerless PCM", completeRawCommand},
+    {"music", "Work with music analyses (JSON)", completeMusicCommand},
+};
+
 std::string versionText() {
   const auto model = nameOfSpeechModel();
   return "orvane " ORVANE_VERSION "\nFFmpeg " + ffmpegVersion().value_or("is not installed") +
@@ -58,7 +93,8 @@ void nameHelpOfSubcommands(CLI::App& command) {
   }
 }
 
-std::unique_ptr<CLI::App> makeProgram(ChosenCommand& chosen) {
+/// The program with the command that is `asked` for.
+std::unique_ptr<CLI::App> makeProgram(std::string_view asked, ChosenCommand& chosen) {
   auto program = std::make_unique<CLI::App>(
       "Measures, compares and edits audio files. Goes by what a file holds, not by its "
       "name.",
@@ -68,17 +104,10 @@ std::unique_ptr<CLI::App> makeProgram(ChosenCommand& chosen) {
   program->get_help_ptr()->description("Print this help");
   program->formatter(std::make_shared<HelpFormatter>());
   program->footer(kFooter);
-  addAnalyzeCommand(*program, chosen);
-  addIdentifyCommand(*program, chosen);
-  addDialogueCommand(*program, chosen);
-  addReportCommand(*program, chosen);
-  addTargetsCommand(*program, chosen);
-  addDiffCommand(*program, chosen);
-  addEditCommand(*program, chosen);
-  addSpliceCommand(*program, chosen);
-  addGenerateCommand(*program, chosen);
-  addRawCommand(*program, chosen);
-  addMusicCommand(*program, chosen);
+  for (const Command& each : kCommands) {
+    CLI::App* const command = program->add_subcommand(each.name, each.description);
+    if (each.name == asked) each.complete(*command, chosen);
+  }
   nameHelpOfSubcommands(*program);
   return program;
 }
@@ -177,6 +206,12 @@ std::vector<std::string> wordsOf(int count, const char* const* arguments) {
   return words;
 }
 
+/// The word that names the command; empty without one.
+std::string_view commandIn(std::span<const std::string> words) {
+  if (!words.empty() && words.front() == "help") words = words.subspan(1);
+  return words.empty() ? std::string_view() : words.front();
+}
+
 /// Takes `--color` from the words, which may stand anywhere; a sentence when it makes no sense.
 std::optional<std::string> applyColour(std::vector<std::string>& words, ConsoleTraits& traits) {
   constexpr std::string_view kName = "--color";
@@ -236,7 +271,7 @@ int runProgram(int argumentCount, const char* const* arguments) {
   const auto misuse = applyColour(words, traits);
   Console console(traits);
   ChosenCommand chosen;
-  const auto program = makeProgram(chosen);
+  const auto program = makeProgram(commandIn(words), chosen);
   try {
     if (misuse) {
       console.error(usageText(*program, *misuse));

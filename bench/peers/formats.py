@@ -1,15 +1,18 @@
 #!/usr/bin/env python3
-"""formats.py BUILD_FOLDER [--rounds N] [--minutes N]
+"""formats.py BUILD_FOLDER [--rounds N] [--minutes N] [--only NAME] [--before PROGRAM] [--plot FILE.svg]
 
 `orvane analyze` on each kind of file, whole processes in alternation: against FFmpeg merely decoding it
-and measuring it, on one second against a program made of libsndfile and libebur128, loud material and
-speech detection against the plain run. Prints medians of the ratios within a round.
+and measuring it, WAV against a program that only converts it, on one second against a program made of
+libsndfile and libebur128, loud material and speech detection against the plain run, and 500 files of
+five seconds against an earlier build of the program. Prints medians of the ratios within a round.
 """
 
 import subprocess
 
+from plot import plot_bars
 from runner import medians, options_of, race
 
+CHANNELS_OF_PCM = {"wav": 2, "5.1.wav": 6, "192k.wav": 2}  # those that a program merely converts, too
 SECOND_RUNS = 40  # of the shortest files in a row, which end too soon to be timed alone
 
 
@@ -55,32 +58,44 @@ def row(name, cost, ratios):
           f"{'; '.join(cells)} |", flush=True)
 
 
+def short_files(folder, programme, count, seconds):
+    """So many different files, cut from the programme over and over."""
+    short = folder / f"{count}x{seconds}s"
+    if not short.exists():
+        unfinished = short.with_name("unfinished." + short.name)
+        unfinished.mkdir(exist_ok=True)
+        for i in range(count):
+            subprocess.run(["ffmpeg", "-v", "error", "-y", "-ss", str(seconds * i % 250), "-t", str(seconds),
+                            "-i", programme, "-c:a", "pcm_s24le", unfinished / f"{i:03}.wav"],
+                           check=True, stdin=subprocess.DEVNULL)
+        unfinished.rename(short)
+    return sorted(short.iterdir())
+
+
 def ffmpeg(path, *filters):
     return ["ffmpeg", "-nostdin", "-nostats", "-v", "error", "-i", path, *filters, "-f", "null", "-"]
 
 
-def main():
-    options = options_of(__doc__, 5, minutes=20)
-    folder = options.build / "programmes"
-    folder.mkdir(exist_ok=True)
-    seconds = options.minutes * 60
-    programme = programme_of(options.build, folder, seconds)
-    files = {name: make(folder, programme, seconds, name, arguments)
-             for name, arguments in encoders().items()}
-    orvane = [options.orvane, "analyze", "-q"]
-    print(f"\n{options.minutes} minutes, {options.rounds} rounds\n")
-    print("| file | processor s | wall s | MiB | ours ÷ others' (medians) |\n|---|---|---|---|---|")
+def measure_kinds(options, orvane, files):
+    """Rows of all kinds; gives the wall time of each in that of FFmpeg decoding it."""
+    shares = {}
     for name, path in files.items():
+        if options.only and options.only != name:
+            continue
         peers = {"decoding": [ffmpeg(path)],
                  "ebur128": [ffmpeg(path, "-filter_complex", "ebur128=peak=true:framelog=verbose")]}
         if name == "clipped.wav":
             peers = {"unclipped": [[*orvane, files["wav"]]]}
+        if name in CHANNELS_OF_PCM:
+            peers["converting"] = [[options.build / "bin" / "map_and_convert", path, CHANNELS_OF_PCM[name]]]
         cost, ratios = race(options.rounds, [[*orvane, path]], peers)
         row(name, cost, ratios)
-    cost, ratios = race(options.rounds, [[*orvane, "--speech", files["wav"]]],
-                        {"without": [[*orvane, files["wav"]]]})
-    row("wav --speech", cost, ratios)
+        if "decoding" in ratios:
+            shares[name] = medians(ratios["decoding"]).wall
+    return shares
 
+
+def measure_starts(options, orvane, folder):
     second = programme_of(options.build, folder, 1)
     for name in ("wav", "flac", "mp3"):
         path = make(folder, second, 1, name, encoders()[name])
@@ -90,6 +105,33 @@ def main():
         row(f"one second of {name}, {SECOND_RUNS} runs", cost, ratios)
     cost, ratios = race(options.rounds, [[options.orvane, "--help"]] * SECOND_RUNS, {})
     row(f"--help, {SECOND_RUNS} runs", cost, ratios)
+
+
+def main():
+    options = options_of(__doc__, 5, minutes=20, only="", before="", plot="")
+    folder = options.build / "programmes"
+    folder.mkdir(exist_ok=True)
+    seconds = options.minutes * 60
+    programme = programme_of(options.build, folder, seconds)
+    files = {name: make(folder, programme, seconds, name, arguments)
+             for name, arguments in encoders().items() if options.only in ("", name)}
+    orvane = [options.orvane, "analyze", "-q"]
+    print(f"\n{options.minutes} minutes, {options.rounds} rounds\n")
+    print("| file | processor s | wall s | MiB | ours ÷ others' (medians) |\n|---|---|---|---|---|")
+    shares = measure_kinds(options, orvane, files)
+    if options.plot:
+        plot_bars(options.plot, "wall time of measuring, in that of FFmpeg decoding the same file", shares)
+    if options.only:
+        return
+    cost, ratios = race(options.rounds, [[*orvane, "--speech", files["wav"]]],
+                        {"without": [[*orvane, files["wav"]]]})
+    row("wav --speech", cost, ratios)
+    measure_starts(options, orvane, folder)
+    short = short_files(folder, programme, 500, 5)
+    command = ["analyze", "-q", "--jobs", "2", *short]
+    cost, ratios = race(options.rounds, [[options.orvane, *command]],
+                        {"before": [[options.before, *command]]} if options.before else {})
+    row("500 files of 5 s, two jobs", cost, ratios)
 
 
 if __name__ == "__main__":

@@ -55,12 +55,12 @@ def medians(costs):
                   for field in ("processor", "wall", "memory")))
 
 
-def options_of(description, rounds, **numbers):
-    """The build folder, `--rounds`, and more numbers by their names with their defaults."""
+def options_of(description, rounds, **others):
+    """The build folder, `--rounds`, and more numbers and texts by their names with their defaults."""
     parser = argparse.ArgumentParser(description=description)
     parser.add_argument("build", type=Path)
-    for name, default in {"rounds": rounds, **numbers}.items():
-        parser.add_argument("--" + name.replace("_", "-"), type=int, default=default)
+    for name, default in {"rounds": rounds, **others}.items():
+        parser.add_argument("--" + name.replace("_", "-"), type=type(default), default=default)
     options = parser.parse_args()
     options.orvane = options.build / "bin" / "orvane"
     return options

@@ -142,12 +142,10 @@ ExitCode runAnalyze(AnalyzeOptions options, Console& console) {
 
 }  // namespace
 
-void addAnalyzeCommand(CLI::App& program, ChosenCommand& chosen) {
+void completeAnalyzeCommand(CLI::App& command, ChosenCommand& chosen) {
   auto options = std::make_shared<AnalyzeOptions>();
-  CLI::App* command = program.add_subcommand(
-      "analyze", "Measure loudness, true peak, dynamics and channel statistics");
-  addAnalyzeOptions(*command, *options);
-  command->callback([options, &chosen] {
+  addAnalyzeOptions(command, *options);
+  command.callback([options, &chosen] {
     chosen = [options](Console& console) { return runAnalyze(*options, console); };
   });
 }

@@ -5,6 +5,6 @@
 namespace orvane::cli {
 
 /// `orvane analyze FILE…`: every figure of files.
-void addAnalyzeCommand(CLI::App& program, ChosenCommand& chosen);
+void completeAnalyzeCommand(CLI::App& command, ChosenCommand& chosen);
 
 }  // namespace orvane::cli

@@ -85,17 +85,13 @@ void addDialogueClearCommand(CLI::App& dialogue, ChosenCommand& chosen) {
   });
 }
 
-void addDialogueCommand(CLI::App& program, ChosenCommand& chosen) {
-  CLI::App* command = program.add_subcommand(
-      "dialogue",
-      "Find, show and exchange the stretches of speech that are kept beside a file, in "
-      "FILE.dlg.json");
-  command->require_subcommand(1);
-  addDialogueDetectCommand(*command, chosen);
-  addDialogueShowCommand(*command, chosen);
-  addDialogueImportCommand(*command, chosen);
-  addDialogueExportCommand(*command, chosen);
-  addDialogueClearCommand(*command, chosen);
+void completeDialogueCommand(CLI::App& command, ChosenCommand& chosen) {
+  command.require_subcommand(1);
+  addDialogueDetectCommand(command, chosen);
+  addDialogueShowCommand(command, chosen);
+  addDialogueImportCommand(command, chosen);
+  addDialogueExportCommand(command, chosen);
+  addDialogueClearCommand(command, chosen);
 }
 
 }  // namespace orvane::cli

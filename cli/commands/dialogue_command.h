@@ -5,6 +5,6 @@
 namespace orvane::cli {
 
 /// `orvane dialogue detect|show|import|export|clear`: the dialogue regions kept beside files.
-void addDialogueCommand(CLI::App& program, ChosenCommand& chosen);
+void completeDialogueCommand(CLI::App& command, ChosenCommand& chosen);
 
 }  // namespace orvane::cli

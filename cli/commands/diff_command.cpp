@@ -102,31 +102,28 @@ ExitCode runDiff(const DiffOptions& options, Console& console) {
 
 }  // namespace
 
-void addDiffCommand(CLI::App& program, ChosenCommand& chosen) {
+void completeDiffCommand(CLI::App& command, ChosenCommand& chosen) {
   auto options = std::make_shared<DiffOptions>();
-  CLI::App* command =
-      program.add_subcommand("diff", "Subtract one file from another and measure what remains");
-  command->add_option("A", options->a, "The one file")->required();
-  command->add_option("B", options->b, "The other one, which is subtracted from it")->required();
-  addSourceOptions(*command, options->source);
-  addRawOptionsFor(*command, "A", options->what.rawFormatA);
-  addRawOptionsFor(*command, "B", options->what.rawFormatB);
+  command.add_option("A", options->a, "The one file")->required();
+  command.add_option("B", options->b, "The other one, which is subtracted from it")->required();
+  addSourceOptions(command, options->source);
+  addRawOptionsFor(command, "A", options->what.rawFormatA);
+  addRawOptionsFor(command, "B", options->what.rawFormatB);
   command
-      ->add_flag("--match-loudness", options->what.matchLoudness,
-                 "Bring B to A's integrated loudness first")
+      .add_flag("--match-loudness", options->what.matchLoudness,
+                "Bring B to A's integrated loudness first")
       ->group("Comparison");
-  addNumberOption(*command,
+  addNumberOption(command,
                   {"--at-most", "DB", "Comparison", -1000, 1000,
                    "Exit with code 3 when a sample of the residual lies above DB dBFS"},
                   [options](double value) { options->atMostDB = value; });
-  command->add_option("-o,--output", options->output, "Write the residual, a WAV of 32-bit floats")
+  command.add_option("-o,--output", options->output, "Write the residual, a WAV of 32-bit floats")
       ->option_text("RESIDUAL.wav")
       ->group("Output");
-  command->add_flag("--force", options->force, "Replace RESIDUAL.wav if it exists")
-      ->group("Output");
-  command->add_flag("--json", options->json, "Print JSON")->group("Output");
-  command->add_flag("-q,--quiet", options->quiet, "Print no table")->group("Output");
-  command->callback([options, &chosen] {
+  command.add_flag("--force", options->force, "Replace RESIDUAL.wav if it exists")->group("Output");
+  command.add_flag("--json", options->json, "Print JSON")->group("Output");
+  command.add_flag("-q,--quiet", options->quiet, "Print no table")->group("Output");
+  command.callback([options, &chosen] {
     chosen = [options](Console& console) { return runDiff(*options, console); };
   });
 }

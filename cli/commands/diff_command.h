@@ -5,6 +5,6 @@
 namespace orvane::cli {
 
 /// `orvane diff`: the null test of two files.
-void addDiffCommand(CLI::App& program, ChosenCommand& chosen);
+void completeDiffCommand(CLI::App& command, ChosenCommand& chosen);
 
 }  // namespace orvane::cli

@@ -275,15 +275,10 @@ void addLoudnessCommand(CLI::App& edit, ChosenCommand& chosen) {
 
 }  // namespace
 
-void addEditCommand(CLI::App& program, ChosenCommand& chosen) {
-  CLI::App* const edit =
-      program.add_subcommand("edit",
-                             "Edit the audio of a file and write it to another one or into the "
-                             "file itself. A TIME is in seconds, "
-                             "[h:]mm:ss[.fff] or #FRAME");
-  edit->require_subcommand(1);
+void completeEditCommand(CLI::App& edit, ChosenCommand& chosen) {
+  edit.require_subcommand(1);
   addEditOperations(
-      *edit, "IN",
+      edit, "IN",
       [&chosen](CLI::App& command, const EditOperation& operation,
                 const std::shared_ptr<OperationWords>& words) {
         const auto options = std::make_shared<EditOptions>();
@@ -317,7 +312,7 @@ void addEditCommand(CLI::App& program, ChosenCommand& chosen) {
           chosen = [options](Console& console) { return runEditOfInput(*options, console); };
         });
       });
-  addLoudnessCommand(*edit, chosen);
+  addLoudnessCommand(edit, chosen);
 }
 
 }  // namespace orvane::cli

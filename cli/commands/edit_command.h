@@ -5,6 +5,6 @@
 namespace orvane::cli {
 
 /// "orvane edit": edits the audio of a file and writes it to another one.
-void addEditCommand(CLI::App& program, ChosenCommand& chosen);
+void completeEditCommand(CLI::App& edit, ChosenCommand& chosen);
 
 }  // namespace orvane::cli

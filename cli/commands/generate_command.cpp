@@ -190,11 +190,10 @@ void addSignalOptions(CLI::App& command, const std::shared_ptr<GenerateOptions>&
 
 }  // namespace
 
-void addGenerateCommand(CLI::App& program, ChosenCommand& chosen) {
+void completeGenerateCommand(CLI::App& command, ChosenCommand& chosen) {
   auto options = std::make_shared<GenerateOptions>();
-  CLI::App* command = program.add_subcommand("generate", "Write a test signal");
   command
-      ->add_option_function<std::string>(
+      .add_option_function<std::string>(
           "SIGNAL",
           [options](const std::string& name) {
             options->spec.waveform = namedChoice(kWaveforms, "SIGNAL", name);
@@ -202,9 +201,9 @@ void addGenerateCommand(CLI::App& program, ChosenCommand& chosen) {
           "sine, dual (two sines), square, saw, triangle, sweep, white, pink or brown (noise), "
           "impulse, clicks, silence or ident (channel n gives n bursts)")
       ->required();
-  addSignalOptions(*command, options);
-  addAudioOutputOptions(*command, options->output);
-  command->callback([options, &chosen] {
+  addSignalOptions(command, options);
+  addAudioOutputOptions(command, options->output);
+  command.callback([options, &chosen] {
     chosen = [options](Console& console) { return runGenerate(*options, console); };
   });
 }

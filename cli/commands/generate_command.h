@@ -5,6 +5,6 @@
 namespace orvane::cli {
 
 /// `orvane generate`: test signals.
-void addGenerateCommand(CLI::App& program, ChosenCommand& chosen);
+void completeGenerateCommand(CLI::App& command, ChosenCommand& chosen);
 
 }  // namespace orvane::cli

@@ -226,19 +226,17 @@ ExitCode runIdentify(const IdentifyOptions& options, Console& console) {
 
 }  // namespace
 
-void addIdentifyCommand(CLI::App& program, ChosenCommand& chosen) {
+void completeIdentifyCommand(CLI::App& command, ChosenCommand& chosen) {
   auto options = std::make_shared<IdentifyOptions>();
-  CLI::App* command = program.add_subcommand(
-      "identify", "Tell what files really hold: container, codec, rate and channels");
-  addFileArguments(*command, options->files);
-  addFolderOption(*command, options->files);
+  addFileArguments(command, options->files);
+  addFolderOption(command, options->files);
   command
-      ->add_flag("--verify", options->verify,
-                 "Decode to the end: find damage, and check the MD5 that a FLAC states")
+      .add_flag("--verify", options->verify,
+                "Decode to the end: find damage, and check the MD5 that a FLAC states")
       ->group("Input");
-  command->add_flag("--json", options->json, "Print one JSON document per file and line")
+  command.add_flag("--json", options->json, "Print one JSON document per file and line")
       ->group("Output");
-  command->callback([options, &chosen] {
+  command.callback([options, &chosen] {
     chosen = [options](Console& console) { return runIdentify(*options, console); };
   });
 }

@@ -5,6 +5,6 @@
 namespace orvane::cli {
 
 /// `orvane identify FILE…`: container and codec of files, by their bytes.
-void addIdentifyCommand(CLI::App& program, ChosenCommand& chosen);
+void completeIdentifyCommand(CLI::App& command, ChosenCommand& chosen);
 
 }  // namespace orvane::cli

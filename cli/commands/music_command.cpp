@@ -121,16 +121,15 @@ CLI::App* addCommand(CLI::App& music, ChosenCommand& chosen,
 
 }  // namespace
 
-void addMusicCommand(CLI::App& program, ChosenCommand& chosen) {
-  CLI::App* music = program.add_subcommand("music", "Work with music analyses (JSON)");
-  music->require_subcommand(1);
+void completeMusicCommand(CLI::App& command, ChosenCommand& chosen) {
+  command.require_subcommand(1);
   const auto options = std::make_shared<MusicOptions>();
 
-  CLI::App* show = addCommand(*music, chosen, options, "show",
+  CLI::App* show = addCommand(command, chosen, options, "show",
                               "Show key, tempo, stems over time and sections", runShow);
   show->add_flag("--json", options->json, "Print one JSON document")->group("Output");
 
-  CLI::App* chapters = addCommand(*music, chosen, options, "chapters",
+  CLI::App* chapters = addCommand(command, chosen, options, "chapters",
                                   "Make a chapter list of the sections", runChapters);
   addNumberOption(*chapters,
                   {.name = "--minimum-length",
@@ -147,7 +146,7 @@ void addMusicCommand(CLI::App& program, ChosenCommand& chosen) {
       ->group("Chapters");
   addTextOutputOptions(*chapters, options->output);
 
-  CLI::App* clip = addCommand(*music, chosen, options, "clip",
+  CLI::App* clip = addCommand(command, chosen, options, "clip",
                               "Cut the analysis of a file that has been cut itself", runClip);
   clip->add_option_function<std::string>(
           "--length", [options](const std::string& text) { options->length = lengthIn(text); },

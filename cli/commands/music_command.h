@@ -5,6 +5,6 @@
 namespace orvane::cli {
 
 /// `orvane music`: music analyses.
-void addMusicCommand(CLI::App& program, ChosenCommand& chosen);
+void completeMusicCommand(CLI::App& command, ChosenCommand& chosen);
 
 }  // namespace orvane::cli

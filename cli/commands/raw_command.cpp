@@ -4,12 +4,11 @@
 
 namespace orvane::cli {
 
-void addRawCommand(CLI::App& program, ChosenCommand& chosen) {
-  CLI::App* raw = program.add_subcommand("raw", "Work with headerless PCM");
-  raw->require_subcommand(1);
-  addRawGuessCommand(*raw, chosen);
-  addRawConvertCommand(*raw, chosen);
-  addRawPresetsCommand(*raw, chosen);
+void completeRawCommand(CLI::App& command, ChosenCommand& chosen) {
+  command.require_subcommand(1);
+  addRawGuessCommand(command, chosen);
+  addRawConvertCommand(command, chosen);
+  addRawPresetsCommand(command, chosen);
 }
 
 }  // namespace orvane::cli

@@ -5,6 +5,6 @@
 namespace orvane::cli {
 
 /// `orvane raw`: headerless PCM.
-void addRawCommand(CLI::App& program, ChosenCommand& chosen);
+void completeRawCommand(CLI::App& command, ChosenCommand& chosen);
 
 }  // namespace orvane::cli

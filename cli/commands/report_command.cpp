@@ -72,17 +72,15 @@ ExitCode runReport(ReportOptions options, Console& console) {
 
 }  // namespace
 
-void addReportCommand(CLI::App& program, ChosenCommand& chosen) {
+void completeReportCommand(CLI::App& command, ChosenCommand& chosen) {
   auto options = std::make_shared<ReportOptions>();
-  CLI::App* command = program.add_subcommand(
-      "report", "Render a record of \"analyze --report\", or judge it, again");
-  command->add_option("REPORT", options->record, "The record; - is standard input")->required();
-  addReportFileOptions(*command, options->outputs);
-  addReportForceOption(*command, options->outputs);
-  addTargetOptions(*command, options->targets);
-  command->add_flag("--json", options->json, "Print the verdicts as a JSON document")
+  command.add_option("REPORT", options->record, "The record; - is standard input")->required();
+  addReportFileOptions(command, options->outputs);
+  addReportForceOption(command, options->outputs);
+  addTargetOptions(command, options->targets);
+  command.add_flag("--json", options->json, "Print the verdicts as a JSON document")
       ->group("Output");
-  command->callback([options, &chosen] {
+  command.callback([options, &chosen] {
     chosen = [options](Console& console) { return runReport(*options, console); };
   });
 }

@@ -5,6 +5,6 @@
 namespace orvane::cli {
 
 /// `orvane report`: renders the record of a report again.
-void addReportCommand(CLI::App& program, ChosenCommand& chosen);
+void completeReportCommand(CLI::App& command, ChosenCommand& chosen);
 
 }  // namespace orvane::cli

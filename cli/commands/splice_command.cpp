@@ -204,15 +204,11 @@ void addKind(CLI::App& splice, Kind kind, const std::string& description, Chosen
 
 }  // namespace
 
-void addSpliceCommand(CLI::App& program, ChosenCommand& chosen) {
-  CLI::App& splice = *program.add_subcommand(
-      "splice",
-      "Join a new take to a recording, at its rate and with its channels, and write both to "
-      "another file or into the recording. A TIME is in seconds, [h:]mm:ss[.fff] or #FRAME");
-  splice.require_subcommand(1);
-  addKind(splice, Kind::append, "Put TAKE behind the end of BASE", chosen);
-  addKind(splice, Kind::insert, "Put TAKE into BASE, which loses nothing", chosen);
-  addKind(splice, Kind::replace, "Put TAKE in place of what lies between two times", chosen);
+void completeSpliceCommand(CLI::App& command, ChosenCommand& chosen) {
+  command.require_subcommand(1);
+  addKind(command, Kind::append, "Put TAKE behind the end of BASE", chosen);
+  addKind(command, Kind::insert, "Put TAKE into BASE, which loses nothing", chosen);
+  addKind(command, Kind::replace, "Put TAKE in place of what lies between two times", chosen);
 }
 
 }  // namespace orvane::cli

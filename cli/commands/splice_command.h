@@ -5,6 +5,6 @@
 namespace orvane::cli {
 
 /// "orvane splice": joins a take to a recording and writes both to another file.
-void addSpliceCommand(CLI::App& program, ChosenCommand& chosen);
+void completeSpliceCommand(CLI::App& command, ChosenCommand& chosen);
 
 }  // namespace orvane::cli

@@ -80,22 +80,20 @@ ExitCode runTargets(const TargetsOptions& options, Console& console) {
 
 }  // namespace
 
-void addTargetsCommand(CLI::App& program, ChosenCommand& chosen) {
+void completeTargetsCommand(CLI::App& command, ChosenCommand& chosen) {
   auto options = std::make_shared<TargetsOptions>();
-  CLI::App* command =
-      program.add_subcommand("targets", "List the delivery targets that files can be judged by");
   command
-      ->add_option_function<std::string>(
+      .add_option_function<std::string>(
           "--mode", [options](const std::string& name) { options->mode = targetModeNamed(name); },
           "Only those for music, podcast, vod or broadcast")
       ->option_text("MODE")
       ->group("Output");
-  addTargetFileOption(*command, options->file, "List the targets of a JSON file too");
+  addTargetFileOption(command, options->file, "List the targets of a JSON file too");
   command
-      ->add_flag("--json", options->json,
-                 "Print one JSON document per target and line, with the source of its figures")
+      .add_flag("--json", options->json,
+                "Print one JSON document per target and line, with the source of its figures")
       ->group("Output");
-  command->callback([options, &chosen] {
+  command.callback([options, &chosen] {
     chosen = [options](Console& console) { return runTargets(*options, console); };
   });
 }

@@ -5,6 +5,6 @@
 namespace orvane::cli {
 
 /// `orvane targets`: lists the delivery targets that the product knows.
-void addTargetsCommand(CLI::App& program, ChosenCommand& chosen);
+void completeTargetsCommand(CLI::App& command, ChosenCommand& chosen);
 
 }  // namespace orvane::cli

@@ -1,4 +1,5 @@
 #include "tests/cli/program_fixture.h"
+#include "tests/support/tool_runner.h"
 
 namespace orvane::cli::test {
 namespace {
@@ -43,6 +44,23 @@ TEST_F(ProgramBatch, GivesTheSameOutputWhateverTheJobs) {
   arguments.insert(arguments.begin(), "analyze");
   const std::string alone = run(arguments).output;
   arguments.insert(arguments.end(), {"--jobs", "3"});
+  EXPECT_EQ(run(arguments).output, alone);
+}
+
+/// A single file is decoded on all cores, each of several on one.
+TEST_F(ProgramBatch, GivesTheSameFiguresOfCompressedFilesWhateverTheJobs) {
+  constexpr std::pair<const char*, const char*> kFiles[] = {
+      {"a.mp3", "libmp3lame"}, {"a.ogg", "libvorbis"}, {"a.opus", "libopus"},
+      {"a.m4a", "alac"},       {"a.flac", "flac"},     {"b.m4a", "aac"}};
+  std::vector<std::string> arguments = {"analyze", "--json", "--jobs", "4"};
+  std::string alone;
+  for (const auto& [name, codec] : kFiles) {
+    orvane::test::runTool(
+        "ffmpeg", {"-v", "error", "-f", "lavfi", "-i", "anoisesrc=d=30:c=pink:r=48000:a=0.3:seed=7",
+                   "-c:a", codec, "-b:a", "128k", (folder() / name).string()});
+    arguments.emplace_back(name);
+    alone += run({"analyze", "--json", name}).output;
+  }
   EXPECT_EQ(run(arguments).output, alone);
 }
 

@@ -25,8 +25,11 @@ constexpr std::uint32_t kMaskOfCount[] = {0x4, 0x3, 0x7, 0x33, 0x37, 0x3F, 0x70F
 
 constexpr std::size_t kFramesBetweenReports = 65536;
 
-/// Frames from which on halves of a piece are worth a second decoder, which has to find its place.
-constexpr std::size_t kFewestFramesToShare = std::size_t{1} << 18;
+/// Frames that are worth a decoder of their own, which has to find its place.
+constexpr std::size_t kFewestFramesOfPart = std::size_t{1} << 17;
+/// Several parts for each thread end together even though others, like those that measure, take
+/// their time from the same processors.
+constexpr std::size_t kMostPartsPerThread = 2;
 
 class FLACAudioFile final : public AudioFile {
  public:
@@ -35,8 +38,9 @@ class FLACAudioFile final : public AudioFile {
       : AudioFile(std::move(file)),
         options_(options),
         openByFFmpeg_(openByFFmpeg),
-        stream_(makeStream()),
-        isShared_(options.execution.threadCount > 1 && !options.verifiesChecksum) {}
+        isShared_(options.execution.threadCount > 1 && !options.verifiesChecksum) {
+    streams_.push_back(makeStream());
+  }
 
   /// Reads up to the first block; false when there is none.
   bool begin();
@@ -58,16 +62,19 @@ class FLACAudioFile final : public AudioFile {
     return std::make_unique<FLACStream>(sharedFile(), options_.execution.observer,
                                         options_.verifiesChecksum);
   }
-  std::size_t readShared(MutablePlanarView room);
+  std::size_t partsOf(std::size_t frames) const;
+  std::size_t readShared(MutablePlanarView room, std::size_t partCount);
+  struct Part;
+  void readPart(std::size_t index, std::int64_t start, Part& part);
   void tellOfEnd();
   void reportProgress();
   void warn(AudioFileWarning::Code code, const char* text);
 
   AudioFileOpenOptions options_;
   FLACModule::OpenByFFmpeg openByFFmpeg_;
-  std::unique_ptr<FLACStream> stream_;
-  std::unique_ptr<FLACStream> ahead_{};  ///< another one, for second halves
-  bool isShared_;                        ///< among two threads
+  /// The first has come to where the next frames are; the others read ahead.
+  std::vector<std::unique_ptr<FLACStream>> streams_{};
+  bool isShared_;  ///< among several threads
   FLACStreamInfo info_{};
   AudioFileDescription description_{};
   std::optional<std::int64_t> countedFrames_{};
@@ -77,7 +84,7 @@ class FLACAudioFile final : public AudioFile {
 };
 
 bool FLACAudioFile::begin() {
-  const auto info = stream_->begin();
+  const auto info = streams_.front()->begin();
   if (!info) return false;
   info_ = *info;
   const std::uint32_t channels = info_.channelCount;
@@ -120,61 +127,84 @@ void FLACAudioFile::read(PCMBuffer& buffer) {
   precondition(buffer.channelCount() == info_.channelCount,
                "a buffer to read into must have the file's channel count");
   const MutablePlanarView room = buffer.room();
-  const auto wanted = static_cast<std::int64_t>(room.frameCount());
-  const bool isShared = isShared_ && room.frameCount() >= kFewestFramesToShare &&
-                        position_ + wanted < info_.frameCount;
+  const std::size_t parts = partsOf(room.frameCount());
   std::size_t filled = 0;
-  if (isShared) {
-    filled = readShared(room);
+  if (parts > 1) {
+    filled = readShared(room, parts);
   } else {
     for (std::size_t count = 1; count > 0 && filled < room.frameCount(); filled += count) {
-      count = stream_->read(
+      count = streams_.front()->read(
           room.from(filled).slice(0, std::min(kFramesBetweenReports, room.frameCount() - filled)));
       position_ += static_cast<std::int64_t>(count);
       reportProgress();
     }
   }
   buffer.setFrameLength(static_cast<std::uint32_t>(filled));
-  if (stream_->hasEnded() && !std::exchange(hasToldOfEnd_, true)) tellOfEnd();
+  if (streams_.front()->hasEnded() && !std::exchange(hasToldOfEnd_, true)) tellOfEnd();
 }
 
-/// Both halves at once. They are joined only where the first one's decoder, which has just come to
-/// the middle, goes on as the second half begins, and nothing but sound blocks was met; else the
-/// first one decodes the second half, and all that follows.
-std::size_t FLACAudioFile::readShared(MutablePlanarView room) {
-  const std::size_t half = room.frameCount() / 2;
-  const MutablePlanarView second = room.from(half);
-  std::size_t filled = 0;
-  bool isSecondDone = false;
-  parallelFor(2, 2, [&](std::size_t task) {
-    if (task == 0) {
-      filled = stream_->read(room.slice(0, half));
-      return;
-    }
-    if (!ahead_) {
-      ahead_ = makeStream();
-      if (!ahead_->begin()) return;
-    }
-    isSecondDone = ahead_->seek(position_ + static_cast<std::int64_t>(half)) &&
-                   ahead_->read(second) == second.frameCount();
+/// Among how many decoders so many frames are shared out; the last ones of a file are not.
+std::size_t FLACAudioFile::partsOf(std::size_t frames) const {
+  if (!isShared_ || position_ + static_cast<std::int64_t>(frames) >= info_.frameCount) return 1;
+  return std::clamp<std::size_t>(frames / kFewestFramesOfPart, 1,
+                                 kMostPartsPerThread * options_.execution.threadCount);
+}
+
+/// What one of several decoders that read at once gives.
+struct FLACAudioFile::Part {
+  MutablePlanarView room{};
+  std::size_t frames = 0;
+  std::uint64_t firstBlockEnd = 0;  ///< in the file
+};
+
+/// All parts at once. They are joined only where the decoder of one, which has just come to its
+/// end, goes on with the very block that the next one begins with, and nothing but sound blocks was
+/// met; else the decoder of the last one that counts decodes the rest, and all that follows.
+std::size_t FLACAudioFile::readShared(MutablePlanarView room, std::size_t partCount) {
+  const std::size_t length = room.frameCount() / partCount;
+  if (streams_.size() < partCount) streams_.resize(partCount);
+  std::vector<Part> parts(partCount);
+  parallelFor(options_.execution.threadCount, partCount, [&](std::size_t i) {
+    const std::size_t start = i * length;
+    parts[i].room = i + 1 < partCount ? room.slice(start, length) : room.from(start);
+    readPart(i, position_ + static_cast<std::int64_t>(start), parts[i]);
   });
-  isShared_ = filled == half && isSecondDone && stream_->goesOnWith(second) &&
-              !stream_->hasEnded() && !stream_->decoder().hasMetFaults() &&
-              !ahead_->decoder().hasMetFaults();
-  if (isShared_) {
-    std::swap(stream_, ahead_);
-    filled = room.frameCount();
-  } else if (filled == half) {
-    ahead_.reset();
-    filled += stream_->read(second);
+  const auto isSound = [&](std::size_t i) {
+    return parts[i].frames == parts[i].room.frameCount() && !streams_[i]->hasEnded() &&
+           !streams_[i]->decoder().hasMetFaults();
+  };
+  // A file that is there twice has two blocks of every number.
+  const auto goesOn = [&](std::size_t i) {
+    return streams_[i]->decoder().blockEnd() == parts[i + 1].firstBlockEnd &&
+           streams_[i]->goesOnWith(parts[i + 1].room);
+  };
+  std::size_t valid = 1;
+  while (valid < partCount && isSound(valid - 1) && isSound(valid) && goesOn(valid - 1)) ++valid;
+  std::size_t frames = (valid - 1) * length + parts[valid - 1].frames;
+  std::swap(streams_.front(), streams_[valid - 1]);
+  isShared_ = valid == partCount;
+  if (!isShared_) {
+    streams_.resize(1);
+    frames += streams_.front()->read(room.from(frames));
   }
-  position_ += static_cast<std::int64_t>(filled);
+  position_ += static_cast<std::int64_t>(frames);
   reportProgress();
-  return filled;
+  return frames;
+}
+
+void FLACAudioFile::readPart(std::size_t index, std::int64_t start, Part& part) {
+  auto& stream = streams_[index];
+  if (!stream) {
+    stream = makeStream();
+    if (!stream->begin()) return;
+  }
+  if (index > 0 && !stream->seek(start)) return;
+  part.firstBlockEnd = stream->decoder().blockEnd();
+  part.frames = stream->read(part.room);
 }
 
 void FLACAudioFile::tellOfEnd() {
-  FLACDecoder& decoder = stream_->decoder();
+  FLACDecoder& decoder = streams_.front()->decoder();
   if (decoder.hasMetDamage())
     warn(AudioFileWarning::Code::damagedAudio,
          "Parts of the audio are damaged and could not be decoded; they are left out.");
@@ -188,7 +218,8 @@ void FLACAudioFile::reportProgress() {
   ProgressObserver* const observer = options_.execution.observer;
   if (observer == nullptr) return;
   if (observer->isCancelled()) throw Cancelled();
-  observer->onProgress("Reading", stream_->hasEnded() ? 1.0 : stream_->decoder().shareRead());
+  observer->onProgress(
+      "Reading", streams_.front()->hasEnded() ? 1.0 : streams_.front()->decoder().shareRead());
 }
 
 void FLACAudioFile::warn(AudioFileWarning::Code code, const char* text) {

@@ -161,6 +161,7 @@ bool FLACDecoder::seek(std::int64_t frame, const Take& take) {
   const bool isFound =
       FLAC__stream_decoder_seek_absolute(decoder_.get(), static_cast<FLAC__uint64>(frame)) != 0;
   rethrowFailure();
+  FLAC__stream_decoder_get_decode_position(decoder_.get(), &blockEnd_);
   return isFound && hasTaken_;
 }
 

@@ -56,6 +56,9 @@ class FLACDecoder {
   /// it cannot be found; nothing more can be decoded then.
   bool seek(std::int64_t frame, const Take& take);
 
+  /// Where in the file the last block ended.
+  std::uint64_t blockEnd() const noexcept { return blockEnd_; }
+
   /// Whether blocks were passed over, with others behind them.
   bool hasMetDamage() const noexcept { return hasMetDamage_; }
 
