@@ -13,10 +13,15 @@
 #include <stdexcept>
 #include <thread>
 
+#include "tests/support/sanitized.h"
+
 namespace orvane::test {
 namespace {
 
-constexpr auto kPatience = std::chrono::minutes(1);
+/// After which a program counts as hanging.
+std::chrono::minutes patience() {
+  return std::chrono::minutes(isSanitized() ? 10 : 1);
+}
 
 struct Pipe {
   int readEnd = -1;
@@ -122,7 +127,7 @@ void collect(Streams& streams, const ProgramSetup& setup, pid_t child, ProgramEn
   const int output = setup.isOnTerminal ? streams.terminal.master : streams.output.readEnd;
   std::array<pollfd, 2> sources = {pollfd{output, POLLIN, 0},
                                    pollfd{streams.errors.readEnd, POLLIN, 0}};
-  const auto deadline = std::chrono::steady_clock::now() + kPatience;
+  const auto deadline = std::chrono::steady_clock::now() + patience();
   while (sources[0].fd != -1 || sources[1].fd != -1) {
     ::poll(sources.data(), sources.size(), 1000);
     if (sources[0].revents != 0 && !take(sources[0].fd, end.output)) sources[0].fd = -1;
