@@ -14,6 +14,7 @@
 #include <utility>
 #include <vector>
 
+#include "orvane/audio/slice_relay.h"
 #include "orvane/platform/parallel.h"
 #include "orvane/platform/stage_progress.h"
 
@@ -53,10 +54,8 @@ class Meters {
     loudness_.isRecording = true;
   }
 
-  using Meter = std::function<void(PlanarView)>;
-
   /// The longest first, so that the others fill the second thread beside it.
-  std::vector<Meter> all() {
+  std::vector<SliceTaker> all() {
     return {[this](PlanarView audio) { loudness_.process(audio); },
             [this](PlanarView audio) { statistics_.process(audio); },
             [this](PlanarView audio) { loudness_.updateTruePeak(audio); }};
@@ -106,34 +105,17 @@ ProgrammeMeasurement measureProgramme(const ProgrammeView& programme, bool compu
 
 ProgrammeMeasurement measureProgramme(AudioSource& source, bool computeStereoWidth, bool dualMono,
                                       const Execution& execution, SpeechDetection* speech) {
-  const std::uint32_t capacity = sliceFramesOf(source);
-  auto slice = source.makeBuffer(capacity, execution.buffers);
-  std::shared_ptr<PCMBuffer> next;  // not made for what fits into one slice
-
-  Meters meters(ProgrammeView::of(*slice, dualMono), computeStereoWidth, storedBits(source));
-  auto all = meters.all();
-  if (speech != nullptr) all.emplace_back([&](PlanarView audio) { speech->take(audio); });
-
-  std::size_t measured = 0;
-  source.read(*slice);
-  while (slice->frameLength() > 0) {
-    const PlanarView audio = slice->view();
-    const std::size_t count = audio.frameCount();
-    // Only what the slice holds tells whether it is the last one: a decoder may deliver fewer
-    // frames than its container promises, or more.
-    const std::size_t reads = count == capacity ? 1 : 0;
-    if (reads > 0 && !next) next = source.makeBuffer(capacity, execution.buffers);
-    parallelFor(execution.threadCount, reads + all.size(), [&](std::size_t task) {
-      if (task < reads)
-        source.read(*next);
-      else
-        all[task - reads](audio);
+  const auto form = source.makeBuffer(0);
+  Meters meters(ProgrammeView::of(*form, dualMono), computeStereoWidth, storedBits(source));
+  auto takers = meters.all();
+  if (speech != nullptr)
+    takers.emplace_back([&](PlanarView audio) {
+      speech->take(audio);
+      speech->detect(execution.threadCount);
     });
-    if (speech != nullptr) speech->detect(execution.threadCount);
-    measured += count;
-    if (reads == 0) break;
-    std::swap(slice, next);
-  }
+  std::size_t measured = 0;
+  takers.emplace_back([&](PlanarView audio) { measured += audio.frameCount(); });
+  relaySlices(source, sliceFramesOf(source), execution, takers);
   return meters.finish(measured);
 }
 

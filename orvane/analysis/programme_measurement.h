@@ -24,8 +24,8 @@ struct ProgrammeMeasurement {
 ProgrammeMeasurement measureProgramme(const ProgrammeView& programme, bool computeStereoWidth,
                                       const Execution& execution, int storedBits = 0);
 
-/// The same, to the bit, for the rest of a source of which only two slices are in memory at a time:
-/// while one is measured the next one is read. `speech`, when not null, detects in it, too,
+/// The same, to the bit, for the rest of a source of which only a few slices are in memory at a
+/// time: while some are measured the next one is read. `speech`, when not null, detects in it, too,
 /// short of ending it. `dualMono` as in `ProgrammeView::of`.
 ProgrammeMeasurement measureProgramme(AudioSource& source, bool computeStereoWidth, bool dualMono,
                                       const Execution& execution, SpeechDetection* speech);

@@ -76,14 +76,21 @@ bool SegmentedDecoding::decodeStretch(CodecContextPointer& codec, std::int64_t f
   }
   const std::size_t perSegment = std::min(kMostDecodedBytes / largestFrame_, kMostPackets);
   const auto bounded = static_cast<std::size_t>(framesLeft) / longestFrame_;
-  const std::size_t packets = countPlainPackets(std::min(threadCount_ * perSegment, bounded));
+  const std::size_t most = std::min(threadCount_ * perSegment, bounded);
+  const std::size_t packets = countPlainPackets(most);
   const std::size_t count = cut(packets);
   if (count < 2) {
     packetsToPass_ = packets;
     return false;
   }
   segments_.front().codec = codec.get();
-  parallelFor(threadCount_, count, [&](std::size_t i) { decode(segments_[i]); });
+  // Who comes first to the end reads what the next stretch is made of.
+  parallelFor(threadCount_, count + 1, [&](std::size_t i) {
+    if (i < count)
+      decode(segments_[i]);
+    else
+      readAhead(packets, std::min(most, bounded - packets));
+  });
   join(count, codec);
   return true;
 }
@@ -113,6 +120,16 @@ std::size_t SegmentedDecoding::countPlainPackets(std::size_t most) {
     ++count;
   }
   return count;
+}
+
+/// Has the demuxer read as much as one stretch may hold, behind that packet.
+void SegmentedDecoding::readAhead(std::size_t first, std::size_t most) {
+  std::size_t bytes = 0;
+  for (std::size_t i = 0; i < most && bytes < threadCount_ * kMostCodedBytes; ++i) {
+    const AVPacket* packet = demuxer_.peek(first + i);
+    if (packet == nullptr) break;
+    bytes += static_cast<std::size_t>(packet->size);
+  }
 }
 
 /// How many packets before `border` a decoder has to begin.

@@ -67,6 +67,7 @@ class SegmentedDecoding {
 
   bool isPlain(const AVPacket& packet) const;
   std::size_t countPlainPackets(std::size_t most);
+  void readAhead(std::size_t first, std::size_t most);
   std::size_t leadIn(std::size_t border);
   std::size_t cut(std::size_t packets);
   void decode(Segment& segment) const;

@@ -1,10 +1,8 @@
 #include "orvane/speech/detector/speech_detection.h"
 
 #include <span>
-#include <utility>
 
-#include "orvane/audio/audio_source.h"
-#include "orvane/platform/parallel.h"
+#include "orvane/audio/slice_relay.h"
 #include "orvane/speech/detector/silero_vad_analyser.h"
 #include "orvane/speech/detector/speech_input_maker.h"
 
@@ -49,22 +47,11 @@ std::int64_t SpeechDetection::frameCount() const noexcept {
 void detectSpeech(AudioSource& source, SpeechDetection& detection, std::size_t threadCount) {
   // Enough for each thread to have several of the network's tiles.
   constexpr std::uint32_t kPieceFrames = 1U << 20;
-  auto piece = source.makeBuffer(kPieceFrames);
-  std::shared_ptr<PCMBuffer> next;  // not made for what fits into one piece
-  source.read(*piece);
-  while (piece->frameLength() > 0) {
-    const std::size_t reads = piece->frameLength() == kPieceFrames ? 1 : 0;
-    if (reads > 0 && !next) next = source.makeBuffer(kPieceFrames);
-    detection.take(piece->view());
-    parallelFor(threadCount, reads + 1, [&](std::size_t task) {
-      if (task < reads)
-        source.read(*next);
-      else
-        detection.detect(threadCount);
-    });
-    if (reads == 0) break;
-    std::swap(piece, next);
-  }
+  const SliceTaker take = [&](PlanarView audio) {
+    detection.take(audio);
+    detection.detect(threadCount);
+  };
+  relaySlices(source, kPieceFrames, {.threadCount = threadCount}, {&take, 1});
 }
 
 }  // namespace orvane
