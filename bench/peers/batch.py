@@ -6,16 +6,14 @@ held to one core, in alternation. Prints processor and wall time as medians of t
 after it has seen that both summaries have every file in its order and say the same.
 """
 
-import argparse
 import csv
-import os
 import statistics
-import subprocess
 import sys
 import tempfile
-import time
 import wave
 from pathlib import Path
+
+from runner import options_of, run
 
 FOLDERS = 40
 RATE = 48000
@@ -43,36 +41,22 @@ def make_files(root, count, seconds):
 def measure(program, root, summary, jobs):
     """Processor and wall seconds of one run, and its rows."""
     command = [program, "analyze", "-q", "--recursive", "--force", "--jobs", jobs, "--summary", summary, root]
-    if jobs == 1:
-        command = ["taskset", "--cpu-list", "0", *command]
-    begin = time.perf_counter()
-    process = subprocess.Popen(list(map(str, command)), stdin=subprocess.DEVNULL,
-                               stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
-    _, status, usage = os.wait4(process.pid, 0)
-    wall = time.perf_counter() - begin
-    if os.waitstatus_to_exitcode(status) != 1:
-        sys.exit(f"exit code {os.waitstatus_to_exitcode(status)} in place of 1")
+    cost = run(["taskset", "--cpu-list", "0", *command] if jobs == 1 else command, code=1)
     with open(summary, newline="", encoding="utf-8") as file:
         rows = list(csv.DictReader(file))
-    return usage.ru_utime + usage.ru_stime, wall, rows
+    return cost.processor, cost.wall, rows
 
 
 def main():
-    parser = argparse.ArgumentParser(description=__doc__)
-    parser.add_argument("build", type=Path)
-    parser.add_argument("--rounds", type=int, default=5)
-    parser.add_argument("--files", type=int, default=2000)
-    parser.add_argument("--seconds", type=float, default=1)
-    options = parser.parse_args()
-    program = options.build / "bin" / "orvane"
+    options = options_of(__doc__, 5, files=2000, seconds=1.0)
     with tempfile.TemporaryDirectory() as name:
         root = Path(name) / "batch"
         root.mkdir()
         paths = make_files(root, options.files, options.seconds)
         ratios = []
         for _ in range(options.rounds):
-            two = measure(program, root, Path(name) / "two.csv", 2)
-            one = measure(program, root, Path(name) / "one.csv", 1)
+            two = measure(options.orvane, root, Path(name) / "two.csv", 2)
+            one = measure(options.orvane, root, Path(name) / "one.csv", 1)
             if two[2] != one[2] or [row["path"] for row in one[2]] != list(map(str, paths)):
                 sys.exit("the summaries differ, or lack files")
             ratios.append((two[0] / one[0], two[1] / one[1]))

@@ -6,37 +6,25 @@ and prints medians of the ratios within a round. Programmes are made once, in BU
 and read once before anything is timed: all runs find them in the page cache.
 """
 
-import argparse
 import os
 import statistics
 import subprocess
-import sys
 import time
 from pathlib import Path
+
+from runner import options_of, programme_of, run
 
 SHORT_FILES = 200
 SHORT_SECONDS = 10
 MIB = 1 << 20
 
 
-def spawn(command):
-    return subprocess.Popen([str(part) for part in command], stdin=subprocess.DEVNULL,
-                            stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
-
-
-def seconds_of(command):
-    begin = time.perf_counter()
-    process = spawn(command)
-    if process.wait() != 0:
-        sys.exit(f"failed: {' '.join(map(str, command))}")
-    return time.perf_counter() - begin
-
-
 def anonymous_peak(command):
     """Highest resident memory that is not backed by a file, in bytes: the kernel's RssAnon and
     RssShmem, sampled every 2 ms in a run that is not timed. What is allocated for the programme
     stays to the end of it, so that nothing large falls between two samples."""
-    process = spawn(command)
+    process = subprocess.Popen([str(part) for part in command], stdin=subprocess.DEVNULL,
+                               stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
     status = Path(f"/proc/{process.pid}/status")
     peak = 0
     while process.poll() is None:
@@ -49,32 +37,12 @@ def anonymous_peak(command):
     return peak * 1024
 
 
-class Programmes:
-    def __init__(self, build):
-        self.maker = build / "bin" / "make_programme"
-        self.folder = build / "programmes"
-        self.folder.mkdir(exist_ok=True)
-
-    def of(self, seconds, seed=1):
-        path = self.folder / f"{seconds}s_{seed}.wav"
-        if not path.exists():
-            if seed == 1:
-                print(f"making {seconds} s of programme …", file=sys.stderr, flush=True)
-            unfinished = path.with_suffix(".unfinished")
-            subprocess.run([self.maker, unfinished, str(seconds), str(seed)], check=True)
-            unfinished.rename(path)
-        with open(path, "rb") as file:  # into the page cache
-            while file.read(16 * MIB):
-                pass
-        return path
-
-
 def timed_in_alternation(commands, rounds):
     """Seconds per name, one per round."""
     times = {name: [] for name in commands}
     for _ in range(rounds):
         for name, command in commands.items():
-            times[name].append(seconds_of(command))
+            times[name].append(run(command).wall)
     return times
 
 
@@ -104,7 +72,7 @@ def compare_peers(build, programme, minutes, rounds):
     print(f"\nThe programme takes {minutes * 60 * 48000 * 2 * 4 / MIB:.0f} MiB as floats.")
 
 
-def options(build, programme, minutes, rounds):
+def added(build, programme, minutes, rounds):
     """What speech detection and the reports add."""
     outputs = build / "programmes" / "reports"
     outputs.mkdir(exist_ok=True)
@@ -122,9 +90,9 @@ def options(build, programme, minutes, rounds):
               f"({min(costs):.2f} … {max(costs):.2f}) times {reference}")
 
 
-def growth(build, programmes, minutes, rounds):
-    files = {"1 s": programmes.of(1), "a sixth": programmes.of(minutes * 10),
-             "whole": programmes.of(minutes * 60)}
+def growth(build, minutes, rounds):
+    files = {"1 s": programme_of(build, 1), "a sixth": programme_of(build, minutes * 10),
+             "whole": programme_of(build, minutes * 60)}
     commands = {name: [build / "bin" / "orvane", "analyze", "-q", file]
                 for name, file in files.items()}
     times = timed_in_alternation(commands, rounds)
@@ -136,8 +104,8 @@ def growth(build, programmes, minutes, rounds):
           f"{statistics.median(shares):.3f} of a sixth of the time.")
 
 
-def short_files(build, programmes, rounds):
-    files = [programmes.of(SHORT_SECONDS, seed) for seed in range(1, SHORT_FILES + 1)]
+def short_files(build, rounds):
+    files = [programme_of(build, SHORT_SECONDS, seed) for seed in range(1, SHORT_FILES + 1)]
     cores = sorted(os.sched_getaffinity(0))
     command = [build / "bin" / "orvane", "analyze", "-q", "--jobs", "2", *files]
     times = timed_in_alternation({
@@ -150,19 +118,13 @@ def short_files(build, programmes, rounds):
 
 
 def main():
-    parser = argparse.ArgumentParser(description=__doc__,
-                                     formatter_class=argparse.RawDescriptionHelpFormatter)
-    parser.add_argument("build", type=Path)
-    parser.add_argument("--rounds", type=int, default=5)
-    parser.add_argument("--minutes", type=int, default=60, help="length of the long programme")
-    arguments = parser.parse_args()
-    build = arguments.build.resolve()
-    programmes = Programmes(build)
-    long_programme = programmes.of(arguments.minutes * 60)
-    compare_peers(build, long_programme, arguments.minutes, arguments.rounds)
-    options(build, long_programme, arguments.minutes, arguments.rounds)
-    growth(build, programmes, arguments.minutes, arguments.rounds)
-    short_files(build, programmes, arguments.rounds)
+    options = options_of(__doc__, 5, minutes=60)
+    build = options.build.resolve()
+    long_programme = programme_of(build, options.minutes * 60)
+    compare_peers(build, long_programme, options.minutes, options.rounds)
+    added(build, long_programme, options.minutes, options.rounds)
+    growth(build, options.minutes, options.rounds)
+    short_files(build, options.rounds)
 
 
 if __name__ == "__main__":

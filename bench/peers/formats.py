@@ -10,7 +10,7 @@ five seconds against an earlier build of the program. Prints medians of the rati
 import subprocess
 
 from plot import plot_bars
-from runner import medians, options_of, race
+from runner import into_page_cache, medians, options_of, programme_of, race
 
 CHANNELS_OF_PCM = {"wav": 2, "5.1.wav": 6, "192k.wav": 2}  # those that a program merely converts, too
 SECOND_RUNS = 40  # of the shortest files in a row, which end too soon to be timed alone
@@ -38,17 +38,7 @@ def make(folder, programme, seconds, name, arguments):
         subprocess.run(["ffmpeg", "-v", "error", "-y", "-i", programme, *arguments, unfinished],
                        check=True, stdin=subprocess.DEVNULL)
         unfinished.rename(path)
-    with open(path, "rb") as file:  # into the page cache
-        while file.read(1 << 20):
-            pass
-    return path
-
-
-def programme_of(build, folder, seconds):
-    path = folder / f"{seconds}s_1.wav"
-    if not path.exists():
-        subprocess.run([build / "bin" / "make_programme", path, str(seconds), "1"], check=True)
-    return path
+    return into_page_cache(path)
 
 
 def row(name, cost, ratios):
@@ -96,7 +86,7 @@ def measure_kinds(options, orvane, files):
 
 
 def measure_starts(options, orvane, folder):
-    second = programme_of(options.build, folder, 1)
+    second = programme_of(options.build, 1)
     for name in ("wav", "flac", "mp3"):
         path = make(folder, second, 1, name, encoders()[name])
         cost, ratios = race(options.rounds, [[*orvane, path]] * SECOND_RUNS,
@@ -110,9 +100,8 @@ def measure_starts(options, orvane, folder):
 def main():
     options = options_of(__doc__, 5, minutes=20, only="", before="", plot="")
     folder = options.build / "programmes"
-    folder.mkdir(exist_ok=True)
     seconds = options.minutes * 60
-    programme = programme_of(options.build, folder, seconds)
+    programme = programme_of(options.build, seconds)
     files = {name: make(folder, programme, seconds, name, arguments)
              for name, arguments in encoders().items() if options.only in ("", name)}
     orvane = [options.orvane, "analyze", "-q"]

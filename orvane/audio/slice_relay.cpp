@@ -1,5 +1,6 @@
 #include "orvane/audio/slice_relay.h"
 
+#include <algorithm>
 #include <condition_variable>
 #include <cstddef>
 #include <deque>
@@ -124,7 +125,8 @@ class SliceRelay {
 void relaySlices(AudioSource& source, std::uint32_t frames, const Execution& execution,
                  std::span<const SliceTaker> takers) {
   SliceRelay relay(source, frames, execution, takers);
-  parallelFor(execution.threadCount, execution.threadCount, [&](std::size_t) { relay.work(); });
+  const std::size_t threads = std::max<std::size_t>(execution.threadCount, 1);
+  parallelFor(threads, threads, [&](std::size_t) { relay.work(); });
 }
 
 }  // namespace orvane

@@ -51,7 +51,7 @@ class SliceRelayTest : public testing::Test {
 };
 
 TEST_F(SliceRelayTest, GivesAllSlicesInOrderToEachTaker) {
-  for (const std::size_t threads : {1, 2, 3, 8})
+  for (const std::size_t threads : {0, 1, 2, 3, 8})
     for (const std::size_t frames : {1, 99, 100, 101, 1000, 1234}) {
       SCOPED_TRACE(testing::Message() << threads << " threads, " << frames << " frames");
       std::vector<Counter> counters(3);
