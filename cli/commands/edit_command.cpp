@@ -152,10 +152,39 @@ Edited editInSlices(const EditChain& chain, const AudioFormat& format, SlicedEdi
   return edited;
 }
 
-ExitCode runEdit(const EditOptions& options, Console& console) {
+void requireSense(const EditOptions& options) {
   requireDestination(options.output, options.source.rawFormat.has_value());
   const bool isSplit = !options.requests.empty() && !options.requests.back().edit;
   if (options.output.inPlace && isSplit) throw UsageError("split is not done in place");
+}
+
+/// Refuses before anything is edited what could not be written afterwards.
+void requireWritable(const EditOptions& options, const AudioOutputOptions& output,
+                     const std::vector<WrittenAudio>& files, Console& console) {
+  ReadFiles inputs;
+  if (!output.inPlace) inputs.add(options.input.path);
+  for (const EditRequest& request : options.requests)
+    if (!request.speechRegions.empty()) inputs.add(request.speechRegions);
+  std::vector<fs::path> paths;
+  for (const WrittenAudio& written : files) paths.push_back(written.file);
+  EditedAudio::requireWritable(paths, output, inputs, console);
+}
+
+bool changesSamples(const EditChain& chain) {
+  const auto isTrim = [](const Edit& edit) { return std::holds_alternative<TrimEdit>(edit); };
+  return !std::ranges::all_of(chain.edits(), isTrim);
+}
+
+std::string textOf(const EditChain& chain, const Edited& edited, double sampleRate) {
+  std::string text;
+  for (const Edit& edit : chain.edits()) text += EditText::description(edit, sampleRate) + "\n";
+  for (const Normalization& each : edited.normalizations)
+    text += EditText::description(each) + "\n";
+  return text;
+}
+
+ExitCode runEdit(const EditOptions& options, Console& console) {
+  requireSense(options);
   ProgressBar bar(console, 1, !options.output.quiet);
   const auto observer = bar.forFile(options.input.shown());
   const Execution execution{.threadCount = JobRunner::threadsPerJob(1), .observer = observer.get()};
@@ -164,13 +193,7 @@ ExitCode runEdit(const EditOptions& options, Console& console) {
   const AudioOutputOptions output = EditedAudio::settled(options.output, *source);
   EditChain chain = chainOf(options, *source, source->frameLength());
   auto files = outlined(options, output, *source, chain.frameMap().frameCount);
-  ReadFiles inputs;
-  if (!output.inPlace) inputs.add(options.input.path);
-  for (const EditRequest& request : options.requests)
-    if (!request.speechRegions.empty()) inputs.add(request.speechRegions);
-  std::vector<fs::path> paths;
-  for (const WrittenAudio& written : files) paths.push_back(written.file);
-  EditedAudio::requireWritable(paths, output, inputs, console);
+  requireWritable(options, output, files, console);
   const RequestedSpeech speech = speechOf(options, source->format().sampleRate, execution);
   chain = chainOf(options, *source, source->frameLength(), speech);
 
@@ -199,20 +222,14 @@ ExitCode runEdit(const EditOptions& options, Console& console) {
       files = outlined(options, output, *source, chain.frameMap().frameCount);
     }
   }
-  if (output.dryRun) {
-    const auto isTrim = [](const Edit& edit) { return std::holds_alternative<TrimEdit>(edit); };
-    const bool changesSamples = !std::ranges::all_of(chain.edits(), isTrim);
+  if (output.dryRun)
     for (WrittenAudio& file : files)
-      EditedAudio::foresee(file, output, {*source, chain.frameMap()}, changesSamples);
-  }
+      EditedAudio::foresee(file, output, {*source, chain.frameMap()}, changesSamples(chain));
   const auto leftBehind = EditedAudio::leftBehind(*source, files.front());
   EditedAudio::warnOfSource(read ? *read : *source, options.input.shown(), leftBehind,
                             files.front().keepsSamples, console);
   if (!output.json && !output.quiet) {
-    for (const Edit& edit : chain.edits())
-      console.print(EditText::description(edit, source->format().sampleRate) + "\n");
-    for (const Normalization& each : edited.normalizations)
-      console.print(EditText::description(each) + "\n");
+    console.print(textOf(chain, edited, source->format().sampleRate));
     if (isMeasured) console.print(EditText::levels(edited.before, edited.after) + "\n");
   }
   for (const WrittenAudio& written : files) {

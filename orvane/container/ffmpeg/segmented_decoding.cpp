@@ -31,7 +31,7 @@ constexpr std::size_t kMostThreads = 16;
 /// Serial decoding before the first stretch: priming lies behind by then, and short files end.
 constexpr std::int64_t kFramesToBegin = std::int64_t{1} << 17;
 /// Of a segment: what it decodes to and what it is decoded from.
-constexpr std::size_t kMostDecodedBytes = std::size_t{4} << 20;
+constexpr std::size_t kMostDecodedBytes = std::size_t{8} << 20;
 constexpr std::size_t kMostPackets = 4096;
 constexpr std::size_t kMostCodedBytes = std::size_t{8} << 20;
 /// A segment is worth its lead-in when it is so many times as long.
