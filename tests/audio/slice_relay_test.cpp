@@ -51,8 +51,8 @@ class SliceRelayTest : public testing::Test {
 };
 
 TEST_F(SliceRelayTest, GivesAllSlicesInOrderToEachTaker) {
-  for (const std::size_t threads : {0, 1, 2, 3, 8})
-    for (const std::size_t frames : {1, 99, 100, 101, 1000, 1234}) {
+  for (const std::size_t threads : {0U, 1U, 2U, 3U, 8U})
+    for (const std::size_t frames : {1U, 99U, 100U, 101U, 1000U, 1234U}) {
       SCOPED_TRACE(testing::Message() << threads << " threads, " << frames << " frames");
       std::vector<Counter> counters(3);
       counters[1].pause = std::chrono::microseconds(300);
@@ -68,7 +68,7 @@ TEST_F(SliceRelayTest, GivesAllSlicesInOrderToEachTaker) {
 }
 
 TEST_F(SliceRelayTest, KeepsFewSlicesAndASingleThreadOne) {
-  for (const std::size_t threads : {1, 4}) {
+  for (const std::size_t threads : {1U, 4U}) {
     PCMBufferPool pool;
     std::set<const float*> places;
     std::mutex mutex;
@@ -83,7 +83,7 @@ TEST_F(SliceRelayTest, KeepsFewSlicesAndASingleThreadOne) {
 }
 
 TEST_F(SliceRelayTest, PassesOnWhatIsThrown) {
-  for (const std::size_t threads : {1, 2, 8}) {
+  for (const std::size_t threads : {1U, 2U, 8U}) {
     std::atomic<int> slices = 0;
     const std::vector<SliceTaker> takers{[](PlanarView) {},
                                          [&](PlanarView) {

@@ -272,7 +272,7 @@ class EncodedProgramme : public testing::Test {
 
   static void expectOneReading(const std::filesystem::path& file) {
     const Reading serial = readingBy(1, file);
-    for (const std::size_t threads : {2, 3, 16})
+    for (const std::size_t threads : {2U, 3U, 16U})
       EXPECT_TRUE(readingBy(threads, file) == serial) << threads << " threads";
   }
 
