@@ -1,5 +1,6 @@
 #include "orvane/speech/detector/speech_detection.h"
 
+#include <algorithm>
 #include <span>
 
 #include "orvane/audio/slice_relay.h"
@@ -45,13 +46,17 @@ std::int64_t SpeechDetection::frameCount() const noexcept {
 }
 
 void detectSpeech(AudioSource& source, SpeechDetection& detection, std::size_t threadCount) {
-  // Enough for each thread to have several of the network's tiles.
-  constexpr std::uint32_t kPieceFrames = 1U << 20;
+  // Enough for each thread to have several of the network's tiles. Of many channels fewer: each
+  // begins on memory of its own.
+  constexpr std::uint32_t kMostFrames = 1U << 20;
+  constexpr std::uint32_t kMostSamples = 1U << 22;
+  const std::uint32_t frames =
+      std::clamp(kMostSamples / std::max(source.format().channelCount, 1U), 1U, kMostFrames);
   const SliceTaker take = [&](PlanarView audio) {
     detection.take(audio);
     detection.detect(threadCount);
   };
-  relaySlices(source, kPieceFrames, {.threadCount = threadCount}, {&take, 1});
+  relaySlices(source, frames, {.threadCount = threadCount}, {&take, 1});
 }
 
 }  // namespace orvane

@@ -1,6 +1,7 @@
 #include "orvane/speech/detector/speech_detection.h"
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
 #include <algorithm>
 #include <random>
@@ -9,6 +10,8 @@
 #include "orvane/audio/audio_source.h"
 #include "orvane/speech/detector/silero_vad_analyser.h"
 #include "tests/speech/detector/speech_test_support.h"
+#include "tests/support/in_child.h"
+#include "tests/support/sanitized.h"
 #include "tests/support/temporary_directory.h"
 
 namespace orvane {
@@ -72,6 +75,27 @@ TEST_F(SpeechDetectionTest, ReadsTheRestOfASource) {
       detectSpeech(*AudioSource::open(path, format), *detection, threads);
       EXPECT_EQ(detection->finish(), ofTheWhole(samples, 22050, {.threshold = 0.02F}));
     }
+}
+
+/// A header may claim many; each channel of a piece begins on memory of its own.
+TEST_F(SpeechDetectionTest, TakesLittleMemoryForManyChannels) {
+  if (test::isSanitized()) GTEST_SKIP() << "the memory is not the program's alone";
+  const test::TemporaryDirectory folder;
+  const auto path = folder.write("a.raw", std::vector<std::byte>(64 * 4096));
+  const RawPCMFormat format{
+      .sampleRate = 22050, .channelCount = 64, .encoding = RawPCMFormat::Encoding::uint8};
+  const auto peak = [] {
+    rusage usage{};
+    getrusage(RUSAGE_SELF, &usage);
+    return usage.ru_maxrss;  // KiB
+  };
+  const auto end = test::runInChild([&] {
+    const auto before = peak();
+    const auto detection = analyser_.begin(22050, 64, {});
+    detectSpeech(*AudioSource::open(path, format), *detection, 1);
+    return peak() - before < 64 << 10 ? 0 : 1;
+  });
+  EXPECT_EQ(end.exitCode, 0);
 }
 
 TEST_F(SpeechDetectionTest, FindsNothingWhereThereIsNoSample) {
