@@ -41,7 +41,8 @@ class SegmentedDecoding {
 
   /// To be called when `codec` is to be given the demuxer's next packet. False when it is to get
   /// it. Otherwise `nextFrame` has what the next packets decode to, they are gone from the demuxer,
-  /// and `codec` is as if it had decoded them. Never decodes more than `framesLeft` frames.
+  /// and `codec` is as if it had decoded them: no more, as far as the frames noted tell, than
+  /// `framesLeft` frames.
   bool decodeStretch(CodecContextPointer& codec, std::int64_t framesLeft);
 
   /// The stretch's next frame, longer than a decoder's, valid until the next stretch is decoded;
