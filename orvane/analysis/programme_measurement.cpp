@@ -109,10 +109,7 @@ ProgrammeMeasurement measureProgramme(AudioSource& source, bool computeStereoWid
   Meters meters(ProgrammeView::of(*form, dualMono), computeStereoWidth, storedBits(source));
   auto takers = meters.all();
   if (speech != nullptr)
-    takers.emplace_back([&](PlanarView audio) {
-      speech->take(audio);
-      speech->detect(execution.threadCount);
-    });
+    takers.emplace_back([&](PlanarView audio) { speech->process(audio, execution.threadCount); });
   std::size_t measured = 0;
   takers.emplace_back([&](PlanarView audio) { measured += audio.frameCount(); });
   relaySlices(source, sliceFramesOf(source), execution, takers);

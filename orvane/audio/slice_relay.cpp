@@ -1,7 +1,6 @@
 #include "orvane/audio/slice_relay.h"
 
 #include <algorithm>
-#include <condition_variable>
 #include <cstddef>
 #include <deque>
 #include <memory>
@@ -70,11 +69,11 @@ class SliceRelay {
     } catch (...) {
       lock.lock();
       hasFailed_ = true;
-      changed_.notify_all();
+      changed_.notifyAll();
       throw;
     }
     lock.lock();
-    changed_.notify_all();
+    changed_.notifyAll();
   }
 
   void read(std::unique_lock<std::mutex>& lock) {
@@ -110,7 +109,7 @@ class SliceRelay {
   std::uint32_t frames_;
   const Execution& execution_;
   std::mutex mutex_{};
-  std::condition_variable changed_{};
+  HelpfulCondition changed_{};
   std::vector<Lane> lanes_{};
   std::deque<Slice> slices_{};  ///< that not all have taken
   std::size_t gone_ = 0;        ///< slices before those

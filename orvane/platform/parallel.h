@@ -1,7 +1,9 @@
 #pragma once
 
+#include <atomic>
 #include <cstddef>
 #include <functional>
+#include <mutex>
 
 #include "orvane/platform/export.h"
 
@@ -11,7 +13,26 @@ namespace orvane {
 /// one included), and returns when all are done. With `threadCount` 1 the calls come in order on
 /// the calling thread. The first exception that a task throws is passed on after the others have
 /// ended; tasks not yet begun are then dropped.
+///
+/// A call from within a task gets no threads of its own but those of the outer call that have
+/// nothing to do, at whatever time they come: however calls nest, there are never more threads than
+/// the largest of them asks for.
 ORVANE_API void parallelFor(std::size_t threadCount, std::size_t taskCount,
                             const std::function<void(std::size_t)>& task);
+
+/// For tasks of one call that wait for what others of them do: a condition variable whose waiting
+/// threads meanwhile help with the calls from within tasks.
+class ORVANE_API HelpfulCondition {
+ public:
+  /// Returns, like a condition variable, after a notification or for no reason. To be called in a
+  /// task only, with the lock held under which what is waited for changes.
+  void wait(std::unique_lock<std::mutex>& lock);
+
+  /// To be called with or without that lock.
+  void notifyAll();
+
+ private:
+  std::atomic<std::size_t> notifications_{0};
+};
 
 }  // namespace orvane

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 #include "orvane/platform/planar_view.h"
@@ -18,7 +19,7 @@ struct MonoResampler {
   /// Output samples `start` … `end` − 1, to `output`. With the mixed samples s, sample i is
   /// s[i0] + (s[i0 + 1] − s[i0]) × (ratio × i − i0), i0 = ⌊ratio × i⌋, indices clamped to the last
   /// frame; positions in 64-bit, values in 32-bit floats.
-  void run(std::int64_t start, std::int64_t end, float* output) const;
+  void run(std::int64_t start, std::int64_t end, float* output, std::size_t threadCount = 1) const;
 };
 
 }  // namespace orvane

@@ -3,9 +3,11 @@
 #include <hwy/foreach_target.h>
 #include <hwy/highway.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 
+#include "orvane/platform/parallel.h"
 #include "orvane/speech/detector/mono_resampler.h"
 
 #ifndef ORVANE_SPEECH_MONO_RESAMPLER_PIECE
@@ -88,26 +90,75 @@ void decimate(const Piece& piece, std::int64_t ratio, std::int64_t count,
     output[i] = between(near[0], near[1], 0.0F);
 }
 
+/// Every `kRatio`th sample, and those behind them.
+template <std::int64_t kRatio, class D, class V = hn::Vec<D>>
+HWY_INLINE void loadEvery(D d, const float* samples, V& near, V& next) {
+  V third;
+  V fourth;
+  if constexpr (kRatio == 2) hn::LoadInterleaved2(d, samples, near, next);
+  if constexpr (kRatio == 3) hn::LoadInterleaved3(d, samples, near, next, third);
+  if constexpr (kRatio == 4) hn::LoadInterleaved4(d, samples, near, next, third, fourth);
+}
+
+/// Mixes and decimates at once, without those samples in between, from frame `offset` of the audio
+/// on; gives how many output samples it made, a few less than `count`.
+template <std::int64_t kRatio>
+HWY_INLINE std::int64_t decimateMix(const PlanarView& audio, std::int64_t offset,
+                                    std::int64_t count, float* HWY_RESTRICT output) {
+  const hn::ScalableTag<float> d;
+  const auto lanes = static_cast<std::int64_t>(hn::Lanes(d));
+  const auto scale = hn::Set(d, 1.0F / static_cast<float>(audio.channelCount()));
+  // What lies behind the last whole run of frames is not to be read.
+  const std::int64_t whole =
+      std::min(count, (static_cast<std::int64_t>(audio.frameCount()) - offset) / kRatio) / lanes;
+  for (std::int64_t i = 0; i < whole * lanes; i += lanes) {
+    auto near = hn::Zero(d);
+    auto next = hn::Zero(d);
+    loadEvery<kRatio>(d, audio.channel(0) + offset + i * kRatio, near, next);
+    near = hn::Mul(near, scale);
+    next = hn::Mul(next, scale);
+    for (std::size_t c = 1; c < audio.channelCount(); ++c) {
+      auto otherNear = hn::Zero(d);
+      auto otherNext = hn::Zero(d);
+      loadEvery<kRatio>(d, audio.channel(c) + offset + i * kRatio, otherNear, otherNext);
+      near = hn::Add(hn::Mul(otherNear, scale), near);
+      next = hn::Add(hn::Mul(otherNext, scale), next);
+    }
+    hn::StoreU(hn::Add(near, hn::Mul(hn::Sub(next, near), hn::Zero(d))), d, output + i);
+  }
+  return whole * lanes;
+}
+
+/// The same for the ratios that machines can load for, those of 32, 48 and 64 kHz; 0 for others.
+std::int64_t decimateMixByRatio(const PlanarView& audio, double ratio, std::int64_t offset,
+                                std::int64_t count, float* HWY_RESTRICT output) {
+  if (ratio == 2) return decimateMix<2>(audio, offset, count, output);
+  if (ratio == 3) return decimateMix<3>(audio, offset, count, output);
+  if (ratio == 4) return decimateMix<4>(audio, offset, count, output);
+  return 0;
+}
+
 }  // namespace orvane::mono_resampler::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
 
 #if HWY_ONCE
-#include <algorithm>
-
 namespace orvane {
 namespace mono_resampler {
 
 HWY_EXPORT(mix);
 HWY_EXPORT(interpolate);
 HWY_EXPORT(decimate);
+HWY_EXPORT(decimateMixByRatio);
 
 /// Mixed samples that are kept at once: half of a small first-level cache.
 constexpr std::int64_t kPieceFrames = 4096;
 
-}  // namespace mono_resampler
+/// Output samples that a thread makes at a time.
+constexpr std::int64_t kShareSamples = 65536;
 
-void MonoResampler::run(std::int64_t start, std::int64_t end, float* output) const {
-  using namespace mono_resampler;
+/// Output samples `start` … `end` − 1 on this thread.
+void runHere(const MonoResampler& source, std::int64_t start, std::int64_t end, float* output) {
+  const auto& [audio, frameCount, ratio, firstFrame] = source;
   if (ratio == 1) {
     HWY_DYNAMIC_DISPATCH(mix)
     (audio, start - firstFrame, static_cast<std::size_t>(end - start), output);
@@ -117,6 +168,10 @@ void MonoResampler::run(std::int64_t start, std::int64_t end, float* output) con
   const auto frameAt = [&](std::int64_t i) {
     return std::min(lastFrame, static_cast<std::int64_t>(ratio * static_cast<double>(i)));
   };
+  const std::int64_t made = HWY_DYNAMIC_DISPATCH(decimateMixByRatio)(
+      audio, ratio, frameAt(start) - firstFrame, end - start, output);
+  start += made;
+  output += made;
   const bool isWhole = ratio >= 1 && ratio <= static_cast<double>(kPieceFrames) &&
                        ratio == static_cast<double>(static_cast<std::int64_t>(ratio));
   // A piece of n output samples needs no more than n × ratio + 2 frames.
@@ -139,6 +194,19 @@ void MonoResampler::run(std::int64_t start, std::int64_t end, float* output) con
       HWY_DYNAMIC_DISPATCH(interpolate)(piece, ratio, i, pieceEnd, pieceOutput);
     }
   }
+}
+
+}  // namespace mono_resampler
+
+void MonoResampler::run(std::int64_t start, std::int64_t end, float* output,
+                        std::size_t threadCount) const {
+  using mono_resampler::kShareSamples;
+  const std::int64_t shares = (end - start + kShareSamples - 1) / kShareSamples;
+  parallelFor(threadCount, static_cast<std::size_t>(shares), [&](std::size_t share) {
+    const std::int64_t first = start + static_cast<std::int64_t>(share) * kShareSamples;
+    mono_resampler::runHere(*this, first, std::min(first + kShareSamples, end),
+                            output + (first - start));
+  });
 }
 
 }  // namespace orvane

@@ -6,7 +6,6 @@
 #include <utility>
 
 #include "orvane/core/loudness/loudness_grid.h"
-#include "orvane/platform/parallel.h"
 #include "orvane/platform/precondition.h"
 #include "orvane/speech/detector/mono_resampler.h"
 #include "orvane/speech/detector/speech_detection.h"
@@ -17,8 +16,6 @@ namespace {
 constexpr double kModelRate = 16000;
 /// 100 ms, the hop of the gating blocks of ITU-R BS.1770.
 constexpr double kBlockDuration = core::LoudnessGrid::kStepSeconds;
-/// Output samples of one piece of work.
-constexpr std::int64_t kChunkSamples = 65536;
 
 /// Whole numbers up to here are exact in a double.
 constexpr double kLargestCount = 9007199254740992.0;
@@ -35,12 +32,7 @@ std::unique_ptr<VadManager> makeInstalledManager(const VadManager::Config& confi
 std::vector<float> resample(const MonoResampler& resampler, std::int64_t outputCount,
                             std::size_t threadCount) {
   std::vector<float> output(static_cast<std::size_t>(outputCount));
-  const std::int64_t chunks = (outputCount + kChunkSamples - 1) / kChunkSamples;
-  parallelFor(threadCount, static_cast<std::size_t>(chunks), [&](std::size_t chunk) {
-    const std::int64_t start = static_cast<std::int64_t>(chunk) * kChunkSamples;
-    const std::int64_t end = std::min(start + kChunkSamples, outputCount);
-    resampler.run(start, end, output.data() + start);
-  });
+  resampler.run(0, outputCount, output.data(), threadCount);
   return output;
 }
 

@@ -1,7 +1,6 @@
 #include "orvane/speech/detector/speech_detection.h"
 
 #include <algorithm>
-#include <span>
 
 #include "orvane/audio/slice_relay.h"
 #include "orvane/speech/detector/silero_vad_analyser.h"
@@ -14,7 +13,6 @@ struct SpeechDetection::State {
   double sampleRate;
   SpeechInputMaker input;
   VadManager::Stream stream;
-  std::span<const float> taken{};
 };
 
 SpeechDetection::SpeechDetection(const VadManager& model, const SileroVADTuning& tuning,
@@ -25,13 +23,8 @@ SpeechDetection::SpeechDetection(const VadManager& model, const SileroVADTuning&
                                            .stream = VadManager::Stream(model)})) {}
 SpeechDetection::~SpeechDetection() = default;
 
-void SpeechDetection::take(PlanarView audio) {
-  state_->taken = state_->input.process(audio);
-}
-
-void SpeechDetection::detect(std::size_t threadCount) {
-  state_->stream.process(state_->taken, threadCount);
-  state_->taken = {};
+void SpeechDetection::process(PlanarView audio, std::size_t threadCount) {
+  state_->stream.process(state_->input.process(audio, threadCount), threadCount);
 }
 
 std::optional<std::vector<bool>> SpeechDetection::finish() {
@@ -52,10 +45,7 @@ void detectSpeech(AudioSource& source, SpeechDetection& detection, std::size_t t
   constexpr std::uint32_t kMostSamples = 1U << 22;
   const std::uint32_t frames =
       std::clamp(kMostSamples / std::max(source.format().channelCount, 1U), 1U, kMostFrames);
-  const SliceTaker take = [&](PlanarView audio) {
-    detection.take(audio);
-    detection.detect(threadCount);
-  };
+  const SliceTaker take = [&](PlanarView audio) { detection.process(audio, threadCount); };
   relaySlices(source, frames, {.threadCount = threadCount}, {&take, 1});
 }
 

@@ -28,11 +28,8 @@ class ORVANE_API SpeechDetection {
   SpeechDetection(const SpeechDetection&) = delete;
   SpeechDetection& operator=(const SpeechDetection&) = delete;
 
-  /// The next frames, which are brought to the detector's rate. `detect` has to follow.
-  void take(PlanarView audio);
-
-  /// Detects in what was taken. More than four threads do not help.
-  void detect(std::size_t threadCount = 1);
+  /// The next frames. More than four threads do not help.
+  void process(PlanarView audio, std::size_t threadCount = 1);
 
   /// Ends the audio: one flag per 100 ms, at least one; absent when it is too short for one sample
   /// at 16 kHz.

@@ -32,13 +32,15 @@ std::int64_t SpeechInputMaker::outputsWithin(std::int64_t frames) const {
   return output;
 }
 
-void SpeechInputMaker::run(PlanarView audio, std::int64_t firstFrame, std::int64_t endOutput) {
+void SpeechInputMaker::run(PlanarView audio, std::int64_t firstFrame, std::int64_t endOutput,
+                           std::size_t threadCount) {
   const auto made = output_.size();
   const std::int64_t start = firstOutput_ + static_cast<std::int64_t>(made);
   if (endOutput <= start) return;
   output_.resize(static_cast<std::size_t>(endOutput - firstOutput_));
   const std::int64_t endFrame = firstFrame + static_cast<std::int64_t>(audio.frameCount());
-  MonoResampler{audio, endFrame, ratio_, firstFrame}.run(start, endOutput, output_.data() + made);
+  MonoResampler{audio, endFrame, ratio_, firstFrame}.run(start, endOutput, output_.data() + made,
+                                                         threadCount);
 }
 
 void SpeechInputMaker::dropGiven() {
@@ -52,7 +54,7 @@ std::span<const float> SpeechInputMaker::give(std::int64_t endOutput) {
   return std::span(output_).subspan(first, static_cast<std::size_t>(given_ - firstOutput_) - first);
 }
 
-std::span<const float> SpeechInputMaker::process(PlanarView audio) {
+std::span<const float> SpeechInputMaker::process(PlanarView audio, std::size_t threadCount) {
   dropGiven();
   if (audio.frameCount() == 0) return {};
   const std::size_t channelCount = audio.channelCount();
@@ -66,7 +68,7 @@ std::span<const float> SpeechInputMaker::process(PlanarView audio) {
     run({seamChannels, 2}, frames_ - 1, outputsWithin(frames_ + 1));
   }
   const std::int64_t end = frames_ + static_cast<std::int64_t>(audio.frameCount());
-  run(audio, frames_, outputsWithin(end));
+  run(audio, frames_, outputsWithin(end), threadCount);
   for (std::size_t c = 0; c < channelCount; ++c) lastFrame_[c] = audio.samples(c).back();
   frames_ = end;
   // A sample that the audio would lose if it ended here is kept back.

@@ -18,7 +18,7 @@ class ORVANE_TESTING_API SpeechInputMaker {
   SpeechInputMaker(double sampleRate, std::size_t channelCount);
 
   /// The samples at 16 kHz that the next frames add. They stay until the next call.
-  std::span<const float> process(PlanarView audio);
+  std::span<const float> process(PlanarView audio, std::size_t threadCount = 1);
 
   /// Ends the audio and gives the last ones.
   std::span<const float> finish();
@@ -28,7 +28,8 @@ class ORVANE_TESTING_API SpeechInputMaker {
  private:
   /// The first output sample that needs more than the source's first `frames` frames.
   std::int64_t outputsWithin(std::int64_t frames) const;
-  void run(PlanarView audio, std::int64_t firstFrame, std::int64_t endOutput);
+  void run(PlanarView audio, std::int64_t firstFrame, std::int64_t endOutput,
+           std::size_t threadCount = 1);
   void dropGiven();
   std::span<const float> give(std::int64_t endOutput);
 

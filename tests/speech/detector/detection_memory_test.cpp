@@ -81,8 +81,7 @@ TEST(DetectionMemory, AnHourInPiecesTakesLessThan32MiB) {
   MemoryPeak peak;
   SpeechDetection detection(VadManager({}, test::currentModel()), {}, 48000, 1);
   for (std::size_t frames = 0; frames < std::size_t{3600} * 48000; frames += kPiece) {
-    detection.take({{&channel, 1}, kPiece});
-    detection.detect(2);
+    detection.process({{&channel, 1}, kPiece}, 2);
   }
   EXPECT_TRUE(detection.finish());
   EXPECT_LT(peak.growth(), 32 * kMiB);

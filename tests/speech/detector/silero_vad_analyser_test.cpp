@@ -76,8 +76,8 @@ TEST(SileroVADAnalyser, PreparesExactlyByTheFormulaAtEveryRateAndChannelCount) {
   for (const InstructionSet& set : availableInstructionSets()) {
     SCOPED_TRACE(set.name);
     forceInstructionSet(set);
-    for (const double rate :
-         {8000.0, 11025.0, 16000.0, 22050.0, 44100.0, 48000.0, 96000.0, 384000.0, 15999.5, 1e7}) {
+    for (const double rate : {8000.0, 11025.0, 16000.0, 22050.0, 32000.0, 44100.0, 48000.0, 64000.0,
+                              96000.0, 384000.0, 15999.5, 1e7}) {
       for (const std::uint32_t channels : {1U, 2U, 3U, 6U}) {
         SCOPED_TRACE(std::to_string(rate) + " Hz, " + std::to_string(channels));
         const auto buffer = noiseBuffer(rate, channels, 220501);

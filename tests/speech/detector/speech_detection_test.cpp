@@ -50,8 +50,7 @@ TEST_F(SpeechDetectionTest, FindsInPiecesWhatIsFoundInTheWhole) {
         for (std::size_t first = 0; first < samples.size();) {
           const std::size_t piece = std::min(samples.size() - first, 1 + random() % 300'000);
           const float* const channel = samples.data() + first;
-          detection->take({{&channel, 1}, piece});
-          detection->detect(1 + random() % 2);
+          detection->process({{&channel, 1}, piece}, 1 + random() % 2);
           first += piece;
         }
         EXPECT_EQ(detection->finish(), whole);
