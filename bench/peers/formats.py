@@ -25,6 +25,7 @@ def encoders():
         "ogg": ["-c:a", "libvorbis", "-q:a", "6"],
         "opus": ["-c:a", "libopus", "-b:a", "128k"],
         "m4a": ["-c:a", "aac", "-b:a", "192k"],
+        "plain.m4a": ["-c:a", "aac", "-b:a", "192k", "-aac_pns", "0"],  # no noise substitution
         "5.1.wav": ["-af", "pan=5.1|c0=c0|c1=c1|c2=c0|c3=c1|c4=c1|c5=c0", "-c:a", "pcm_s24le"],
         "192k.wav": ["-ar", "192000", "-c:a", "pcm_s24le"],
         "clipped.wav": ["-af", "volume=12dB", "-c:a", "pcm_s24le"],

@@ -111,6 +111,7 @@ void Decoder::send() {
     const bool isFirst = !std::exchange(hasMetPackets_, true);
     if (!isFirst && isChainable_ && endsLink()) return;
     if (bringsNewHeaders(*packet_)) segments_.reset();
+    if (segments_) segments_->note(*packet_);
   }
   // A packet is only sent when the decoder has asked for one, so every failure is the packet's.
   if (avcodec_send_packet(codec_.get(), packet_.get()) < 0) hasJustFailed_ = true;

@@ -1,6 +1,7 @@
 #include "orvane/container/ffmpeg/frame_run.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstring>
 #include <new>
 
@@ -99,6 +100,17 @@ bool FrameRun::endsWith(const FrameRun& other) const {
     endOfOwn -= count;
     endOfOther -= count;
     if (!areSame(*pieces_[i], endOfOwn, *other.pieces_[k], endOfOther, count)) return false;
+  }
+}
+
+bool decodePacket(AVCodecContext& codec, const AVPacket& packet, FrameRun* run) {
+  const FramePointer frame = makeFrame();
+  const bool isTaken = avcodec_send_packet(&codec, &packet) >= 0;
+  for (;;) {
+    const int result = avcodec_receive_frame(&codec, frame.get());
+    if (result == AVERROR(ENOMEM)) throw std::bad_alloc();
+    if (result < 0) return isTaken && result == AVERROR(EAGAIN);
+    if (run != nullptr) run->append(*frame);
   }
 }
 

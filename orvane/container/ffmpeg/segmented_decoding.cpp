@@ -2,8 +2,7 @@
 
 #include <algorithm>
 #include <array>
-#include <cerrno>
-#include <new>
+#include <span>
 #include <utility>
 
 extern "C" {
@@ -19,12 +18,14 @@ namespace {
 // window; that of layers I and II, which rounds to 16 bits, hands its rounding errors on for ever.
 // Vorbis overlaps two blocks. Opus in its CELT mode predicts energies from packet to packet; the
 // last trace of a difference is gone after about a second of music, and silence ends it at once.
-// The lossless codecs begin anew with every packet.
+// AAC overlaps two blocks, and where it holds no noise that is all; the decoder may be told to
+// leave out some blocks at its start. The lossless codecs begin anew with every packet.
 constexpr std::array kEntryRules{
     EntryRule{AV_CODEC_ID_MP3, 4, 2048, 3}, EntryRule{AV_CODEC_ID_VORBIS, 2, 0, 4},
     EntryRule{AV_CODEC_ID_OPUS, 50, 0, 5},  EntryRule{AV_CODEC_ID_ALAC, 1, 0, 1},
     EntryRule{AV_CODEC_ID_FLAC, 1, 0, 1},   EntryRule{AV_CODEC_ID_WAVPACK, 1, 0, 1},
     EntryRule{AV_CODEC_ID_TTA, 1, 0, 1},    EntryRule{AV_CODEC_ID_TAK, 1, 0, 1},
+    EntryRule{AV_CODEC_ID_AAC, 3, 0, 1},
 };
 
 constexpr std::size_t kMostThreads = 16;
@@ -62,6 +63,12 @@ std::unique_ptr<SegmentedDecoding> SegmentedDecoding::of(Demuxer& demuxer,
   return std::unique_ptr<SegmentedDecoding>(new SegmentedDecoding(demuxer, *rule, threadCount));
 }
 
+void SegmentedDecoding::note(const AVPacket& packet) {
+  if (rule_.codec != AV_CODEC_ID_AAC || isGivenUp_) return;
+  history_.add(packet);
+  if (history_.size() > kMostPackets || history_.bytes() > kMostCodedBytes) giveUp();
+}
+
 void SegmentedDecoding::note(const AVFrame& frame) {
   notedFrames_ += frame.nb_samples;
   longestFrame_ = std::max(longestFrame_, static_cast<std::size_t>(frame.nb_samples));
@@ -72,6 +79,10 @@ bool SegmentedDecoding::decodeStretch(CodecContextPointer& codec, std::int64_t f
   if (isGivenUp_ || notedFrames_ < kFramesToBegin) return false;
   if (packetsToPass_ > 0) {
     --packetsToPass_;
+    return false;
+  }
+  if (!mayBegin(*codec)) {
+    giveUp();
     return false;
   }
   const std::size_t perSegment = std::min(kMostDecodedBytes / largestFrame_, kMostPackets);
@@ -99,10 +110,25 @@ AVFrame* SegmentedDecoding::nextFrame() noexcept {
   return givenFrames_ < frames_.size() ? frames_[givenFrames_++] : nullptr;
 }
 
+/// Whether the decoder's memory ends, as far as it can be told. Files with noise mostly have some
+/// at once, and then no stretch is decoded in vain.
+bool SegmentedDecoding::mayBegin(const AVCodecContext& codec) {
+  if (rule_.codec != AV_CODEC_ID_AAC || probe_) return true;
+  const auto packets = history_.packets();
+  probe_ = AACNoiseProbe::of(demuxer_, *packets.back(), codec.ch_layout.nb_channels);
+  return probe_ && probe_->findsNoNoise(*replay(demuxer_, packets));
+}
+
+void SegmentedDecoding::giveUp() noexcept {
+  isGivenUp_ = true;
+  history_.clear();
+}
+
 bool SegmentedDecoding::isPlain(const AVPacket& packet) const {
   if (packet.size <= 0 || packet.side_data_elems > 0 ||
       (packet.flags & (AV_PKT_FLAG_CORRUPT | AV_PKT_FLAG_DISCARD)) != 0)
     return false;
+  if (probe_ && !probe_->suits(packet)) return false;
   // The speech modes' filters never quite forget; in RFC 6716, 3.1, their configurations come
   // first. Headers, which begin with a letter, look like one of them.
   constexpr int kFirstCELT = 16;
@@ -152,64 +178,86 @@ std::size_t SegmentedDecoding::cut(std::size_t packets) {
                           kMostSegmentsPerThread * threadCount_),
                packets / (kLeadInsPerSegment * extra + 1));
   if (count < 2) return count;
-  if (segments_.size() < count) segments_.resize(count);
   const std::size_t share = (packets + (count - 1) * extra) / count;
   for (std::size_t i = 0, start = 0; i < count; ++i) {
-    Segment& segment = segments_[i];
     const std::size_t end = i + 1 < count ? share + i * (share - extra) : packets;
-    segment.leadInPackets = i > 0 ? leadIn(start) : 0;
-    segment.packets.clear();
-    for (std::size_t k = start - segment.leadInPackets; k < end; ++k)
-      segment.packets.push_back(demuxer_.peek(k));
-    if (i > 0 && !segment.ownCodec) segment.ownCodec = openCodec(demuxer_);
-    segment.codec = segment.ownCodec.get();
+    lay(i, start, end);
     start = end;
   }
-  return count;
+  if (!probe_) return count;
+  // Nothing but a lead-in: for the decoder that goes on when all others are spent.
+  lay(count, packets, packets);
+  return count + 1;
 }
 
-/// Up to the segment's end or its first packet that cannot be decoded.
+/// Makes that segment one of the packets from `start` up to `end`.
+void SegmentedDecoding::lay(std::size_t index, std::size_t start, std::size_t end) {
+  if (segments_.size() <= index) segments_.resize(index + 1);
+  Segment& segment = segments_[index];
+  segment.packets.clear();
+  if (index == 0) {
+    segment.packets = history_.packets();
+  } else {
+    for (std::size_t k = start - leadIn(start); k < start; ++k)
+      segment.packets.push_back(demuxer_.peek(k));
+    if (!segment.ownCodec) segment.ownCodec = openCodec(demuxer_);
+  }
+  segment.leadInPackets = segment.packets.size();
+  for (std::size_t k = start; k < end; ++k) segment.packets.push_back(demuxer_.peek(k));
+  segment.codec = segment.ownCodec.get();
+}
+
+/// Up to the segment's end or its first packet that cannot be decoded. The first segment's decoder
+/// has had its lead-in.
 void SegmentedDecoding::decode(Segment& segment) const {
   segment.compared.clear();
   segment.frames.clear();
   segment.decodedPackets = 0;
   segment.hasFailed = false;
-  const FramePointer frame = makeFrame();
-  for (std::size_t i = 0; i < segment.packets.size() && !segment.hasFailed; ++i) {
+  const bool isFirst = &segment == &segments_.front();
+  for (std::size_t i = isFirst ? segment.leadInPackets : 0;
+       i < segment.packets.size() && !segment.hasFailed; ++i) {
     const bool isOwn = i >= segment.leadInPackets;
     const bool isCompared = !isOwn && i + rule_.comparedPackets >= segment.leadInPackets;
     if (isOwn) ++segment.decodedPackets;
-    segment.hasFailed = avcodec_send_packet(segment.codec, segment.packets[i]) < 0;
-    for (;;) {
-      const int result = avcodec_receive_frame(segment.codec, frame.get());
-      if (result == AVERROR(ENOMEM)) throw std::bad_alloc();
-      if (result < 0) {
-        segment.hasFailed = segment.hasFailed || result != AVERROR(EAGAIN);
-        break;
-      }
-      if (isOwn) segment.frames.append(*frame);
-      if (isCompared) segment.compared.append(*frame);
-    }
+    segment.hasFailed = !decodePacket(*segment.codec, *segment.packets[i],
+                                      isOwn        ? &segment.frames
+                                      : isCompared ? &segment.compared
+                                                   : nullptr);
   }
+  const bool mayHaveDrawn = probe_ && segment.decodedPackets > 0;
+  segment.mayBeFollowed =
+      !segment.hasFailed && (!mayHaveDrawn || probe_->findsNoNoise(*segment.codec));
 }
 
 /// Takes the segments over as far as each goes on with the one before.
 void SegmentedDecoding::join(std::size_t count, CodecContextPointer& codec) {
   std::size_t valid = 1;
-  while (valid < count && !segments_[valid - 1].hasFailed &&
+  while (valid < count && segments_[valid - 1].mayBeFollowed &&
          segments_[valid - 1].frames.endsWith(segments_[valid].compared))
     ++valid;
+  Segment& last = segments_[valid - 1];
   frames_.clear();
   givenFrames_ = 0;
+  std::size_t decodedPackets = 0;
   for (std::size_t i = 0; i < valid; ++i) {
-    demuxer_.drop(segments_[i].decodedPackets);
+    decodedPackets += segments_[i].decodedPackets;
     for (const FramePointer& frame : segments_[i].frames.pieces()) frames_.push_back(frame.get());
   }
-  hasFailed_ = segments_[valid - 1].hasFailed;
-  isGivenUp_ = valid < count;
-  if (valid > 1) std::swap(codec, segments_[valid - 1].ownCodec);
+  hasFailed_ = last.hasFailed;
+  const bool isBroken = valid < count;
+  if (isBroken && probe_)
+    codec =
+        replay(demuxer_, std::span(last.packets).first(last.leadInPackets + last.decodedPackets));
+  else if (valid > 1)
+    std::swap(codec, last.ownCodec);
+  if (isBroken)
+    giveUp();
+  else if (probe_)
+    history_.replaceBy(last.packets);
+  demuxer_.drop(decodedPackets);
   for (std::size_t i = 1; i < count; ++i) {
-    if (isGivenUp_)
+    if (isBroken || probe_)
       segments_[i].ownCodec.reset();
     else
       avcodec_flush_buffers(segments_[i].ownCodec.get());

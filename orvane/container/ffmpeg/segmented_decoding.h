@@ -5,9 +5,11 @@
 #include <memory>
 #include <vector>
 
+#include "orvane/container/ffmpeg/aac_noise_probe.h"
 #include "orvane/container/ffmpeg/codec_context.h"
 #include "orvane/container/ffmpeg/demuxer.h"
 #include "orvane/container/ffmpeg/frame_run.h"
+#include "orvane/container/ffmpeg/packet_history.h"
 
 namespace orvane {
 
@@ -29,14 +31,18 @@ struct EntryRule {
 /// goes on, and the rest of the stream is decoded serially. So what comes out is always what one
 /// decoder gives. Stretches hold packets without side data and flags only: no priming, padding, new
 /// headers or links of a chained file.
+///
+/// A decoder of AAC also remembers how many random numbers it has drawn, which a neighbour does not
+/// see. So behind its segment each is probed for having drawn none, which spends it. Who goes on is
+/// a decoder that has begun a few packets before the place.
 class SegmentedDecoding {
  public:
   /// Null for a single thread, and where a decoder cannot be entered in mid-stream: because it
-  /// draws random numbers all along (noise substitution of AAC, dither of AC-3) or never quite
-  /// forgets.
+  /// draws random numbers all along (dither of AC-3) or never quite forgets.
   static std::unique_ptr<SegmentedDecoding> of(Demuxer& demuxer, std::size_t threadCount);
 
-  /// To be told of every frame that is decoded packet by packet.
+  /// To be told of every packet that is decoded by itself, and of every frame that comes of it.
+  void note(const AVPacket& packet);
   void note(const AVFrame& frame);
 
   /// To be called when `codec` is to be given the demuxer's next packet. False when it is to get
@@ -57,26 +63,32 @@ class SegmentedDecoding {
     CodecContextPointer ownCodec{};  ///< of all but the first
     AVCodecContext* codec = nullptr;
     std::vector<const AVPacket*> packets{};  ///< the demuxer's; those of the lead-in first
-    std::size_t leadInPackets = 0;
-    FrameRun compared{};  ///< of the lead-in's last packets
+    std::size_t leadInPackets = 0;           ///< the history, of the first segment's decoder
+    FrameRun compared{};                     ///< of the lead-in's last packets
     FrameRun frames{};
     std::size_t decodedPackets = 0;  ///< without those of the lead-in, the failing one included
     bool hasFailed = false;
+    bool mayBeFollowed = false;  ///< nothing failed, no random numbers were drawn
   };
 
   SegmentedDecoding(Demuxer& demuxer, const EntryRule& rule, std::size_t threadCount);
 
+  bool mayBegin(const AVCodecContext& codec);
+  void giveUp() noexcept;
   bool isPlain(const AVPacket& packet) const;
   std::size_t countPlainPackets(std::size_t most);
   void readAhead(std::size_t first, std::size_t most);
   std::size_t leadIn(std::size_t border);
   std::size_t cut(std::size_t packets);
+  void lay(std::size_t index, std::size_t start, std::size_t end);
   void decode(Segment& segment) const;
   void join(std::size_t count, CodecContextPointer& codec);
 
   Demuxer& demuxer_;
   EntryRule rule_;
   std::size_t threadCount_;
+  PacketHistory history_{};                 ///< of AAC: of the decoder that is no segment's own
+  std::unique_ptr<AACNoiseProbe> probe_{};  ///< of AAC, once a stretch has been looked for
   std::vector<Segment> segments_{};
   std::vector<AVFrame*> frames_{};  ///< of those segments that count
   std::size_t givenFrames_ = 0;     ///< of `frames_`

@@ -46,6 +46,15 @@ std::string programme() {
   return bytes;
 }
 
+/// AAC in ADTS with another bit in every packet's fixed header (ISO/IEC 14496-3, 1.A.2.2).
+std::string asMPEG2(std::string packets) {
+  const auto byte = [&](std::size_t at) { return static_cast<unsigned char>(packets.at(at)); };
+  for (std::size_t at = 0; at < packets.size();
+       at += (byte(at + 3) & 3U) << 11 | byte(at + 4) << 3 | byte(at + 5) >> 5)
+    packets[at + 1] = static_cast<char>(byte(at + 1) | 0x08);
+  return packets;
+}
+
 /// All that a host can see of a reading.
 struct Reading {
   std::vector<std::uint32_t> samples{};  ///< bits of them, block by block, channel by channel
@@ -212,14 +221,39 @@ std::vector<Encoding> lossless() {
   return all;
 }
 
+/// What is split, and what other profiles, more channels or noise keep from it.
+std::vector<Encoding> aac() {
+  std::vector<Encoding> all;
+  const auto add = [&](const std::string& name, int channels, Arguments arguments) {
+    arguments.insert(arguments.begin(), {"-c:a", "aac"});
+    all.push_back(encodingOf(name, channels, arguments));
+  };
+  for (const char* name : {"a.m4a", "a.aac", "a.mka", "a.ts", "a.flv", "a.mov", "a.nut"})
+    for (const int channels : {2, 1}) add(name, channels, {"-aac_pns", "0", "-ar", "44100"});
+  for (const char* name : {"a.m4a", "a.aac"})
+    for (const char* rate : {"8000", "11025", "12000", "16000", "22050", "24000", "32000", "44100",
+                             "48000", "64000", "88200", "96000"})
+      add(name, 2, {"-aac_pns", "0", "-b:a", "64k", "-ar", rate});
+  for (const char* bits : {"16k", "32k", "96k", "192k", "320k"})
+    for (const char* noise : {"0", "1"})
+      for (const char* name : {"a.m4a", "a.aac"})
+        add(name, 1 + (bits[0] != '1'), {"-aac_pns", noise, "-b:a", bits});
+  for (const char* coder : {"fast", "twoloop"})
+    add("a.m4a", 2, {"-aac_pns", "0", "-aac_coder", coder, "-q:a", "2"});
+  for (const char* tool : {"-aac_tns", "-aac_ms", "-aac_is"})
+    for (const char* use : {"0", "1"}) add("a.m4a", 2, {"-aac_pns", "0", tool, use, "-b:a", "64k"});
+  for (const char* profile : {"aac_main", "aac_ltp", "mpeg2_aac_low"})
+    for (const char* name : {"a.m4a", "a.aac"})
+      add(name, 2, {"-aac_pns", "0", "-profile:a", profile, "-strict", "-2"});
+  for (const char* name : {"a.m4a", "a.aac"})
+    for (const int channels : {3, 6}) add(name, channels, {"-aac_pns", "0"});
+  add("a.latm", 2, {"-aac_pns", "0"});
+  return all;
+}
+
 /// What is never split, or decoded so quickly that it does not matter.
 std::vector<Encoding> others() {
   std::vector<Encoding> all;
-  for (const char* name : {"a.m4a", "a.aac", "a.ts", "a.mka", "a.latm"})
-    for (const char* bits : {"48k", "128k", "256k"})
-      all.push_back(encodingOf(name, 2, {"-c:a", "aac", "-b:a", bits}));
-  for (const int channels : {1, 6})
-    all.push_back(encodingOf("a.m4a", channels, {"-c:a", "aac", "-aac_pns", "0"}));
   for (const char* name : {"a.ac3", "a.mp4", "a.mka"})
     for (const int channels : {1, 2, 6}) all.push_back(encodingOf(name, channels, {"-c:a", "ac3"}));
   for (const int channels : {2, 6}) all.push_back(encodingOf("a.eac3", channels, {"-c:a", "eac3"}));
@@ -305,7 +339,8 @@ TEST_P(SegmentedDecoding, GivesWhatOneDecoderGives) {
 INSTANTIATE_TEST_SUITE_P(Families, SegmentedDecoding,
                          testing::Values(Family{"LayerIII", layerIII}, Family{"LayerII", layerII},
                                          Family{"Vorbis", vorbis}, Family{"Opus", opus},
-                                         Family{"Lossless", lossless}, Family{"Others", others}),
+                                         Family{"AAC", aac}, Family{"Lossless", lossless},
+                                         Family{"Others", others}),
                          [](const auto& family) { return family.param.name; });
 
 TEST_F(EncodedProgramme, IsDecodedByTwoWhereADecoderMayBeginInMidStream) {
@@ -314,10 +349,37 @@ TEST_F(EncodedProgramme, IsDecodedByTwoWhereADecoderMayBeginInMidStream) {
         encodingOf("a.mp3", 1, {"-c:a", "libmp3lame", "-q:a", "6", "-ar", "22050"}),
         encodingOf("a.ogg", 2, {"-c:a", "libvorbis", "-q:a", "6"}),
         encodingOf("a.opus", 2, {"-c:a", "libopus", "-b:a", "128k"}),
+        encodingOf("a.m4a", 2, {"-c:a", "aac", "-aac_pns", "0"}),
+        encodingOf("a.aac", 1, {"-c:a", "aac", "-aac_pns", "0"}),
         encodingOf("a.m4a", 2, {"-c:a", "alac"}), encodingOf("a.wv", 2, {"-c:a", "wavpack"}),
         encodingOf("a.flac", 2, {"-c:a", "flac"}), encodingOf("a.oga", 6, {"-c:a", "flac"})}) {
     SCOPED_TRACE(describe(each));
     EXPECT_GT(shareOfOthers(encode(each, 3)), 0.1);
+  }
+}
+
+/// AAC's random numbers go on where the noise before has left them, however long ago that was.
+TEST_F(EncodedProgramme, KeepsTheRandomNumbersBetweenPiecesOfNoise) {
+  for (const int channels : {1, 2}) {
+    const auto encoded = [&](const char* noise, const char* seconds) {
+      return test::readFile(encode(encodingOf(
+          "part.aac", channels,
+          {"-c:a", "aac", "-aac_pns", noise, "-b:a", "96k", "-ss", "1", "-t", seconds})));
+    };
+    const std::string plain = encoded("0", "15");
+    const std::string noise = encoded("1", "0.4");
+    const auto stream = *folder_ / "a.aac";
+    const auto track = *folder_ / "a.m4a";
+    // Packets with another header than the first are decoded between two stretches.
+    test::writeFile(stream, plain + asMPEG2(noise) + plain + noise + plain);
+    expectOneReading(stream);
+    test::writeFile(stream, plain + noise + plain + noise + plain);
+    test::runTool("ffmpeg", {"-v", "error", "-y", "-i", stream, "-c", "copy", track});
+    for (const auto& file : {stream, track}) {
+      SCOPED_TRACE(file.extension().string() + " of " + std::to_string(channels));
+      expectOneReading(file);
+      EXPECT_GT(shareOfOthers(file), 0.05) << "what comes before the noise";
+    }
   }
 }
 
