@@ -4,6 +4,8 @@
 #include <array>
 #include <cstdint>
 
+#include "orvane/container/sniff/mpeg_frame.h"
+
 namespace orvane {
 namespace {
 
@@ -27,34 +29,12 @@ std::uint32_t at(Bytes bytes, std::size_t index) {
   return std::to_integer<std::uint32_t>(bytes[index]);
 }
 
-/// MPEG-1, 2 and 2.5 audio (ISO/IEC 11172-3, 2.4.1.3; 13818-3).
 std::optional<Frame> mpegFrame(Bytes b) {
-  if (b.size() < 4 || at(b, 0) != 0xFF || (at(b, 1) & 0xE0) != 0xE0) return {};
-  const std::uint32_t version = (at(b, 1) >> 3) & 3;  // 3 = MPEG-1, 2 = MPEG-2, 0 = MPEG-2.5
-  const std::uint32_t layer = 4 - ((at(b, 1) >> 1) & 3);
-  const std::uint32_t rateIndex = at(b, 2) >> 4;
-  const std::uint32_t frequency = (at(b, 2) >> 2) & 3;
-  if (version == 1 || layer == 4 || rateIndex == 0 || rateIndex == 15 || frequency == 3) return {};
-  constexpr std::array<std::array<std::uint32_t, 15>, 5> kKilobits = {{
-      {0, 32, 64, 96, 128, 160, 192, 224, 256, 288, 320, 352, 384, 416, 448},  // MPEG-1 I
-      {0, 32, 48, 56, 64, 80, 96, 112, 128, 160, 192, 224, 256, 320, 384},     // MPEG-1 II
-      {0, 32, 40, 48, 56, 64, 80, 96, 112, 128, 160, 192, 224, 256, 320},      // MPEG-1 III
-      {0, 32, 48, 56, 64, 80, 96, 112, 128, 144, 160, 176, 192, 224, 256},     // MPEG-2 I
-      {0, 8, 16, 24, 32, 40, 48, 56, 64, 80, 96, 112, 128, 144, 160},          // MPEG-2 II, III
-  }};
-  constexpr std::array<std::uint32_t, 3> kHertz = {44100, 48000, 32000};
-  const bool isFirst = version == 3;
-  const std::uint32_t bits =
-      1000 * kKilobits[isFirst ? layer - 1 : (layer == 1 ? 3U : 4U)][rateIndex];
-  const std::uint32_t hertz = kHertz[frequency] >> (isFirst ? 0 : (version == 2 ? 1 : 2));
-  const std::uint32_t padding = (at(b, 2) >> 1) & 1;
-  std::size_t length = 0;
-  if (layer == 1)
-    length = (12 * bits / hertz + padding) * 4;
-  else
-    length = (layer == 3 && !isFirst ? 72 : 144) * bits / hertz + padding;
+  const auto header = readMPEGFrameHeader(b);
+  if (!header) return {};
   // Version, layer and rate are fixed; the bit rate may change from frame to frame.
-  return Frame{.length = length, .signature = (at(b, 1) & 0x1E) << 8 | (at(b, 2) & 0x0C)};
+  return Frame{.length = header->byteCount,
+               .signature = (at(b, 1) & 0x1E) << 8 | (at(b, 2) & 0x0C)};
 }
 
 /// AAC in ADTS (ISO/IEC 14496-3, 1.A.2.2).
@@ -173,14 +153,8 @@ bool isUnbrokenChain(Bytes bytes, FrameReader read, bool isWhole) {
 }
 
 FourCC codeOfMPEG(Bytes frame) {
-  switch ((at(frame, 1) >> 1) & 3) {
-    case 3:
-      return fourCCFrom("MPG1");
-    case 2:
-      return fourCCFrom("MPG2");
-    default:
-      return fourCCFrom("MPG3");
-  }
+  constexpr std::array kCodes = {fourCCFrom("MPG1"), fourCCFrom("MPG2"), fourCCFrom("MPG3")};
+  return kCodes[readMPEGFrameHeader(frame)->layer - 1];
 }
 
 FourCC codeOfDolby(Bytes frame) {
