@@ -8,8 +8,9 @@ install(TARGETS OrvaneCore OrvaneHeadless
   LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}"
   FILE_SET HEADERS DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}")
 
-# The decoder module lies where OrvaneHeadless looks for it.
-install(TARGETS orvane_ffmpeg orvane_flac LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}/orvane")
+# The decoder modules lie where OrvaneHeadless looks for it.
+install(TARGETS orvane_ffmpeg orvane_flac orvane_mp3
+  LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}/orvane")
 
 # The speech model, where set-up has fetched it.
 install(FILES "${PROJECT_BINARY_DIR}/lib/OrvaneHeadless_OrvaneHeadless.bundle/silero_vad_v6.onnx"
@@ -26,7 +27,8 @@ install(TARGETS orvane RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
 
 # Licences of what others have written and the product uses.
 foreach(package IN ITEMS
-    libavformat-dev libcli11-dev libflac-dev libhwy-dev libicu-dev libkissfft-dev libsoxr-dev)
+    libavformat-dev libcli11-dev libflac-dev libhwy-dev libicu-dev libkissfft-dev
+    libmpg123-dev libsoxr-dev)
   install(FILES "/usr/share/doc/${package}/copyright" RENAME "${package}.txt"
     DESTINATION "${CMAKE_INSTALL_DOCDIR}/third-party" OPTIONAL)
 endforeach()

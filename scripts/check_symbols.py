@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 """check_symbols.py exports LIBRARY…     everything exported lies in namespace orvane, but
-                                       for the entry of the decoder module
+                                       for the entries of the decoder modules
 check_symbols.py quiet OBJECT_FOLDER…    no object prints or ends the process; only `precondition` may
 check_symbols.py run-paths PREFIX…       the binaries in bin/ and lib/ find what they need from where
                                        they lie themselves, and only below PREFIX
@@ -13,7 +13,7 @@ from pathlib import Path
 
 EXPORTED = re.compile(
     r"^((vtable|VTT|typeinfo|typeinfo name) for |(non-virtual|virtual) thunk to )?"
-    r"(orvane::|std::hash<orvane::)|^orvane(FFmpeg|FLAC)Module$")
+    r"(orvane::|std::hash<orvane::)|^orvane(FFmpeg|FLAC|MP3)Module$")
 
 FORBIDDEN = {
     "abort", "exit", "_exit", "_Exit", "quick_exit", "__assert_fail",

@@ -7,7 +7,7 @@
 buildPackages=(
   g++ cmake ninja-build pkg-config ccache
   libhwy-dev libkissfft-dev libsoxr-dev
-  libavformat-dev libavcodec-dev libavutil-dev libflac-dev
+  libavformat-dev libavcodec-dev libavutil-dev libflac-dev libmpg123-dev
   libcli11-dev
   libicu-dev librsvg2-bin
 )

@@ -54,7 +54,7 @@ struct AudioFileOpenOptions {
 };
 
 /// The platform's audio-file service for reading. PCM containers are read by parsers of our own,
-/// everything else by FFmpeg.
+/// FLAC and MP3 by libraries of their own, everything else by FFmpeg.
 class ORVANE_API AudioFile {
  public:
   virtual ~AudioFile();
@@ -78,8 +78,8 @@ class ORVANE_API AudioFile {
   /// Reading a compressed file may add warnings.
   virtual const AudioFileDescription& description() const noexcept = 0;
 
-  /// Exact length in frames; may be 0. Of compressed audio the first call walks through the whole
-  /// file, so that what only reads to the end should not ask. Throws `PlatformError`.
+  /// Exact length in frames; may be 0. Where it is not known, the first call walks through the
+  /// whole file, so that what only reads to the end should not ask. Throws `PlatformError`.
   virtual std::int64_t frameLength() = 0;
 
   /// Whether `frameLength` has its answer at hand.

@@ -5,8 +5,8 @@
 #include <string>
 #include <utility>
 
+#include "orvane/container/decoder_module.h"
 #include "orvane/container/ffmpeg/ffmpeg_module.h"
-#include "orvane/container/flac/flac_module.h"
 #include "orvane/platform/error.h"
 #include "orvane/platform/module_location.h"
 
@@ -59,14 +59,20 @@ std::unique_ptr<AudioFile> openByFFmpeg(std::shared_ptr<const InputFile> file,
   return module.open(std::move(file), options, containerHint);
 }
 
-/// Null where libFLAC is not to be had or does not read the file; FFmpeg does it then.
-std::unique_ptr<AudioFile> openByLibFLAC(const std::shared_ptr<const InputFile>& file,
-                                         const AudioFileOpenOptions& options,
-                                         FourCC containerHint) {
-  if (containerHint != fourCCFrom("flac") || options.streamIndex.value_or(0) != 0) return nullptr;
-  static const LoadedModule<FLACModule> loaded(kFLACModuleFile, kFLACModuleFactory,
-                                               kFLACModuleVersion);
-  return loaded.module != nullptr ? loaded.module->open(file, options, openByFFmpeg) : nullptr;
+/// The module of the library that is made for such files; null where there is none or FFmpeg has to
+/// look for the stream.
+const DecoderModule* moduleFor(FourCC containerHint, const AudioFileOpenOptions& options) {
+  using Loaded = LoadedModule<DecoderModule>;
+  if (options.streamIndex.value_or(0) != 0) return nullptr;
+  if (containerHint == fourCCFrom("flac")) {
+    static const Loaded loaded("orvane_flac.so", "orvaneFLACModule", kDecoderModuleVersion);
+    return loaded.module;
+  }
+  if (containerHint == fourCCFrom("MPG3")) {
+    static const Loaded loaded("orvane_mp3.so", "orvaneMP3Module", kDecoderModuleVersion);
+    return loaded.module;
+  }
+  return nullptr;
 }
 
 }  // namespace
@@ -74,14 +80,16 @@ std::unique_ptr<AudioFile> openByLibFLAC(const std::shared_ptr<const InputFile>&
 std::unique_ptr<AudioFile> openCompressedAudioFile(std::shared_ptr<const InputFile> file,
                                                    const AudioFileOpenOptions& options,
                                                    FourCC containerHint) {
-  if (auto opened = openByLibFLAC(file, options, containerHint)) return opened;
+  if (const DecoderModule* const module = moduleFor(containerHint, options))
+    if (auto opened = module->open(file, options, openByFFmpeg)) return opened;
   return openByFFmpeg(std::move(file), options, containerHint);
 }
 
 AudioFileDescription describeCompressedAudioFile(std::shared_ptr<const InputFile> file,
                                                  const AudioFileOpenOptions& options,
                                                  FourCC containerHint) {
-  if (const auto opened = openByLibFLAC(file, options, containerHint)) return opened->description();
+  if (const DecoderModule* const module = moduleFor(containerHint, options))
+    if (auto description = module->describe(file, options)) return *std::move(description);
   const FFmpegModule& module = ffmpegModule(file->path());
   return module.describe(std::move(file), options, containerHint);
 }

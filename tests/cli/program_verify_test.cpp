@@ -49,7 +49,7 @@ TEST_F(ProgramVerify, NamesAudioThatIsNotWhatWasEncoded) {
 }
 
 TEST_F(ProgramVerify, FindsDamageInWhatHasNoChecksum) {
-  for (const char* name : {"a.flac", "a.wv", "a.wav"}) {
+  for (const char* name : {"a.flac", "a.wv", "a.wav", "a.mp3"}) {
     encode(name);
     const std::string bytes = bytesOf(name);
     orvane::test::writeFile(folder() / name, bytes.substr(0, bytes.size() / 2));

@@ -4,14 +4,13 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
-#include <span>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "orvane/container/flac/flac_stream.h"
+#include "orvane/container/parted_reading.h"
 #include "orvane/platform/error.h"
-#include "orvane/platform/parallel.h"
 #include "orvane/platform/precondition.h"
 #include "orvane/platform/progress.h"
 
@@ -23,26 +22,17 @@ constexpr FourCC kFLAC = fourCCFrom("flac");
 /// As RFC 9639, 9.1.3, orders one to eight channels: the masks of a WAVE file.
 constexpr std::uint32_t kMaskOfCount[] = {0x4, 0x3, 0x7, 0x33, 0x37, 0x3F, 0x70F, 0x63F};
 
-constexpr std::size_t kFramesBetweenReports = 65536;
-
-/// Frames that are worth a decoder of their own, which has to find its place.
-constexpr std::size_t kFewestFramesOfPart = std::size_t{1} << 17;
-/// Several parts for each thread end together even though others, like those that measure, take
-/// their time from the same processors.
-constexpr std::size_t kMostPartsPerThread = 2;
-
 class FLACAudioFile final : public AudioFile {
  public:
   FLACAudioFile(std::shared_ptr<const InputFile> file, const AudioFileOpenOptions& options,
-                FLACModule::OpenByFFmpeg openByFFmpeg)
+                DecoderModule::OpenByFFmpeg openByFFmpeg)
       : AudioFile(std::move(file)),
         options_(options),
         openByFFmpeg_(openByFFmpeg),
-        isShared_(options.execution.threadCount > 1 && !options.verifiesChecksum) {
-    streams_.push_back(makeStream());
-  }
+        reading_(options.verifiesChecksum ? 1 : options.execution.threadCount,
+                 [this] { return makeStream(); }) {}
 
-  /// Reads up to the first block; false when there is none.
+  /// False when there is no block.
   bool begin();
 
   const AudioFileDescription& description() const noexcept override { return description_; }
@@ -58,23 +48,14 @@ class FLACAudioFile final : public AudioFile {
 
   /// The same file for what stands beside the audio, which is seldom asked for.
   std::unique_ptr<AudioFile> byFFmpeg() const { return openByFFmpeg_(sharedFile(), {}, kFLAC); }
-  std::unique_ptr<FLACStream> makeStream() const {
-    return std::make_unique<FLACStream>(sharedFile(), options_.execution.observer,
-                                        options_.verifiesChecksum);
-  }
-  std::size_t partsOf(std::size_t frames) const;
-  std::size_t readShared(MutablePlanarView room, std::size_t partCount);
-  struct Part;
-  void readPart(std::size_t index, std::int64_t start, Part& part);
+  std::unique_ptr<FLACStream> makeStream() const;
   void tellOfEnd();
   void reportProgress();
   void warn(AudioFileWarning::Code code, const char* text);
 
   AudioFileOpenOptions options_;
-  FLACModule::OpenByFFmpeg openByFFmpeg_;
-  /// The first has come to where the next frames are; the others read ahead.
-  std::vector<std::unique_ptr<FLACStream>> streams_{};
-  bool isShared_;  ///< among several threads
+  DecoderModule::OpenByFFmpeg openByFFmpeg_;
+  PartedReading<FLACStream> reading_;
   FLACStreamInfo info_{};
   AudioFileDescription description_{};
   std::optional<std::int64_t> countedFrames_{};
@@ -84,9 +65,8 @@ class FLACAudioFile final : public AudioFile {
 };
 
 bool FLACAudioFile::begin() {
-  const auto info = streams_.front()->begin();
-  if (!info) return false;
-  info_ = *info;
+  if (!reading_.hasStream()) return false;
+  info_ = reading_.stream().info();
   const std::uint32_t channels = info_.channelCount;
   StreamDescription& format = description_.dataFormat;
   format.formatID = kFLAC;
@@ -101,6 +81,12 @@ bool FLACAudioFile::begin() {
   description_.fileTypeID = kFLAC;
   description_.sourceBitDepth = static_cast<int>(info_.bitsPerSample);
   return true;
+}
+
+std::unique_ptr<FLACStream> FLACAudioFile::makeStream() const {
+  auto stream = std::make_unique<FLACStream>(sharedFile(), options_.execution.observer,
+                                             options_.verifiesChecksum);
+  return stream->begin() ? std::move(stream) : nullptr;
 }
 
 std::int64_t FLACAudioFile::frameLength() {
@@ -126,85 +112,18 @@ std::optional<std::int64_t> FLACAudioFile::expectedFrameLength() const {
 void FLACAudioFile::read(PCMBuffer& buffer) {
   precondition(buffer.channelCount() == info_.channelCount,
                "a buffer to read into must have the file's channel count");
-  const MutablePlanarView room = buffer.room();
-  const std::size_t parts = partsOf(room.frameCount());
-  std::size_t filled = 0;
-  if (parts > 1) {
-    filled = readShared(room, parts);
-  } else {
-    for (std::size_t count = 1; count > 0 && filled < room.frameCount(); filled += count) {
-      count = streams_.front()->read(
-          room.from(filled).slice(0, std::min(kFramesBetweenReports, room.frameCount() - filled)));
-      position_ += static_cast<std::int64_t>(count);
-      reportProgress();
-    }
-  }
+  // What a header promises may be too much: the end is read by one.
+  const std::size_t filled =
+      reading_.read(buffer.room(), position_, info_.frameCount - 1, [this](std::size_t count) {
+        position_ += static_cast<std::int64_t>(count);
+        reportProgress();
+      });
   buffer.setFrameLength(static_cast<std::uint32_t>(filled));
-  if (streams_.front()->hasEnded() && !std::exchange(hasToldOfEnd_, true)) tellOfEnd();
-}
-
-/// Among how many decoders so many frames are shared out; the last ones of a file are not.
-std::size_t FLACAudioFile::partsOf(std::size_t frames) const {
-  if (!isShared_ || position_ + static_cast<std::int64_t>(frames) >= info_.frameCount) return 1;
-  return std::clamp<std::size_t>(frames / kFewestFramesOfPart, 1,
-                                 kMostPartsPerThread * options_.execution.threadCount);
-}
-
-/// What one of several decoders that read at once gives.
-struct FLACAudioFile::Part {
-  MutablePlanarView room{};
-  std::size_t frames = 0;
-  std::uint64_t firstBlockEnd = 0;  ///< in the file
-};
-
-/// All parts at once. They are joined only where the decoder of one, which has just come to its
-/// end, goes on with the very block that the next one begins with, and nothing but sound blocks was
-/// met; else the decoder of the last one that counts decodes the rest, and all that follows.
-std::size_t FLACAudioFile::readShared(MutablePlanarView room, std::size_t partCount) {
-  const std::size_t length = room.frameCount() / partCount;
-  if (streams_.size() < partCount) streams_.resize(partCount);
-  std::vector<Part> parts(partCount);
-  parallelFor(options_.execution.threadCount, partCount, [&](std::size_t i) {
-    const std::size_t start = i * length;
-    parts[i].room = i + 1 < partCount ? room.slice(start, length) : room.from(start);
-    readPart(i, position_ + static_cast<std::int64_t>(start), parts[i]);
-  });
-  const auto isSound = [&](std::size_t i) {
-    return parts[i].frames == parts[i].room.frameCount() && !streams_[i]->hasEnded() &&
-           !streams_[i]->decoder().hasMetFaults();
-  };
-  // A file that is there twice has two blocks of every number.
-  const auto goesOn = [&](std::size_t i) {
-    return streams_[i]->decoder().blockEnd() == parts[i + 1].firstBlockEnd &&
-           streams_[i]->goesOnWith(parts[i + 1].room);
-  };
-  std::size_t valid = 1;
-  while (valid < partCount && isSound(valid - 1) && isSound(valid) && goesOn(valid - 1)) ++valid;
-  std::size_t frames = (valid - 1) * length + parts[valid - 1].frames;
-  std::swap(streams_.front(), streams_[valid - 1]);
-  isShared_ = valid == partCount;
-  if (!isShared_) {
-    streams_.resize(1);
-    frames += streams_.front()->read(room.from(frames));
-  }
-  position_ += static_cast<std::int64_t>(frames);
-  reportProgress();
-  return frames;
-}
-
-void FLACAudioFile::readPart(std::size_t index, std::int64_t start, Part& part) {
-  auto& stream = streams_[index];
-  if (!stream) {
-    stream = makeStream();
-    if (!stream->begin()) return;
-  }
-  if (index > 0 && !stream->seek(start)) return;
-  part.firstBlockEnd = stream->decoder().blockEnd();
-  part.frames = stream->read(part.room);
+  if (reading_.stream().hasEnded() && !std::exchange(hasToldOfEnd_, true)) tellOfEnd();
 }
 
 void FLACAudioFile::tellOfEnd() {
-  FLACDecoder& decoder = streams_.front()->decoder();
+  FLACDecoder& decoder = reading_.stream().decoder();
   if (decoder.hasMetDamage())
     warn(AudioFileWarning::Code::damagedAudio,
          "Parts of the audio are damaged and could not be decoded; they are left out.");
@@ -219,7 +138,7 @@ void FLACAudioFile::reportProgress() {
   if (observer == nullptr) return;
   if (observer->isCancelled()) throw Cancelled();
   observer->onProgress(
-      "Reading", streams_.front()->hasEnded() ? 1.0 : streams_.front()->decoder().shareRead());
+      "Reading", reading_.stream().hasEnded() ? 1.0 : reading_.stream().decoder().shareRead());
 }
 
 void FLACAudioFile::warn(AudioFileWarning::Code code, const char* text) {
@@ -230,9 +149,15 @@ void FLACAudioFile::warn(AudioFileWarning::Code code, const char* text) {
 
 std::unique_ptr<AudioFile> openFLACFile(std::shared_ptr<const InputFile> file,
                                         const AudioFileOpenOptions& options,
-                                        FLACModule::OpenByFFmpeg openByFFmpeg) {
+                                        DecoderModule::OpenByFFmpeg openByFFmpeg) {
   auto opened = std::make_unique<FLACAudioFile>(std::move(file), options, openByFFmpeg);
   return opened->begin() ? std::move(opened) : nullptr;
+}
+
+std::optional<AudioFileDescription> describeFLACFile(std::shared_ptr<const InputFile> file,
+                                                     const AudioFileOpenOptions& options) {
+  const auto opened = openFLACFile(std::move(file), options, nullptr);
+  return opened ? std::optional(opened->description()) : std::nullopt;
 }
 
 }  // namespace orvane

@@ -1,16 +1,14 @@
-#include "orvane/container/flac/flac_module.h"
-
 #include "orvane/container/flac/flac_audio_file.h"
 #include "orvane/platform/export.h"
 
 namespace orvane {
 namespace {
 
-constexpr FLACModule kModule{.open = openFLACFile};
+constexpr DecoderModule kModule{.open = openFLACFile, .describe = describeFLACFile};
 
 }  // namespace
 }  // namespace orvane
 
-extern "C" ORVANE_API const orvane::FLACModule* orvaneFLACModule(int version) {
-  return version == orvane::kFLACModuleVersion ? &orvane::kModule : nullptr;
+extern "C" ORVANE_API const orvane::DecoderModule* orvaneFLACModule(int version) {
+  return version == orvane::kDecoderModuleVersion ? &orvane::kModule : nullptr;
 }

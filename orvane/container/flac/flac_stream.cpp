@@ -24,18 +24,22 @@ FLACStream::FLACStream(std::shared_ptr<const InputFile> file, ProgressObserver* 
                        bool verifies)
     : decoder_(std::move(file), observer, verifies) {}
 
-std::optional<FLACStreamInfo> FLACStream::begin() {
+bool FLACStream::begin() {
   const auto info = decoder_.readInfo();
-  if (!info) return std::nullopt;
+  if (!info) return false;
+  info_ = *info;
   block_.resize(info->channelCount);
   nextBlock();
-  return hasEnded_ ? std::nullopt : info;
+  return !hasEnded_;
 }
 
 bool FLACStream::seek(std::int64_t frame) {
   offset_ = 0;
   hasEnded_ = false;
-  return decoder_.seek(frame, [this](const FLACDecoder::Block& block) { take(block); });
+  const bool isFound =
+      decoder_.seek(frame, [this](const FLACDecoder::Block& block) { take(block); });
+  soughtBlockEnd_ = decoder_.blockEnd();
+  return isFound;
 }
 
 std::size_t FLACStream::read(MutablePlanarView room) {
@@ -51,6 +55,12 @@ std::size_t FLACStream::read(MutablePlanarView room) {
   return filled;
 }
 
+bool FLACStream::isFollowedBy(const FLACStream& next, PlanarView /*audio*/,
+                              PlanarView nextAudio) const {
+  return decoder_.blockEnd() == next.soughtBlockEnd_ && goesOnWith(nextAudio);
+}
+
+/// Whether these are the frames that come next, as far as the present block tells.
 bool FLACStream::goesOnWith(PlanarView audio) const {
   if (hasEnded_) return audio.frameCount() == 0;
   const std::size_t count = std::min(blockFrames_ - offset_, audio.frameCount());

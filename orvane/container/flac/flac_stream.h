@@ -17,9 +17,11 @@ class FLACStream {
   /// As `FLACDecoder`.
   FLACStream(std::shared_ptr<const InputFile> file, ProgressObserver* observer, bool verifies);
 
-  /// Reads up to the first block; absent when there is none. To be called first. Throws what
+  /// Reads up to the first block; false when there is none. To be called first. Throws what
   /// decoding throws, like everything here.
-  std::optional<FLACStreamInfo> begin();
+  bool begin();
+
+  const FLACStreamInfo& info() const noexcept { return info_; }
 
   /// Goes on with that frame, counted from the start. False when it cannot be found; the stream is
   /// then of no more use.
@@ -28,8 +30,12 @@ class FLACStream {
   /// The next frames, as many as there is room for; fewer only at the end.
   std::size_t read(MutablePlanarView room);
 
-  /// Whether these are the frames that come next, as far as the present block tells.
-  bool goesOnWith(PlanarView audio) const;
+  /// Whether audio is to come, and nothing but sound blocks was met.
+  bool isSound() const noexcept { return !hasEnded_ && !decoder_.hasMetFaults(); }
+
+  /// Whether the stream goes on with the very block that `next` had sought, which began with these
+  /// frames. A file that is there twice has two blocks of every number.
+  bool isFollowedBy(const FLACStream& next, PlanarView audio, PlanarView nextAudio) const;
 
   bool hasEnded() const noexcept { return hasEnded_; }
   FLACDecoder& decoder() noexcept { return decoder_; }
@@ -39,7 +45,11 @@ class FLACStream {
   void take(const FLACDecoder::Block& block);
   void nextBlock();
 
+  bool goesOnWith(PlanarView audio) const;
+
   FLACDecoder decoder_;
+  FLACStreamInfo info_{};
+  std::uint64_t soughtBlockEnd_ = 0;         ///< in the file
   std::vector<std::vector<float>> block_{};  ///< the present one, a vector per channel
   std::size_t blockFrames_ = 0;
   std::size_t offset_ = 0;  ///< in the block

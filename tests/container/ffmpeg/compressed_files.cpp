@@ -42,22 +42,25 @@ bool ReadFile::hasWarning(AudioFileWarning::Code code) const {
                      [&](const AudioFileWarning& warning) { return warning.code == code; });
 }
 
-ReadFile readWholeFile(const std::filesystem::path& file, const AudioFileOpenOptions& options,
-                       std::uint32_t bufferFrames) {
-  const auto opened = AudioFile::open(file, options);
+ReadFile readToEnd(AudioFile& file, std::uint32_t bufferFrames) {
   ReadFile result;
-  result.promisedFrames = opened->frameLength();
-  const auto buffer = PCMBuffer::make(opened->processingFormat(), bufferFrames);
+  result.promisedFrames = file.frameLength();
+  const auto buffer = PCMBuffer::make(file.processingFormat(), bufferFrames);
   if (!buffer) throw std::runtime_error("no memory for a buffer");
   for (;;) {
-    opened->read(*buffer);
+    file.read(*buffer);
     if (buffer->frameLength() == 0) break;
     for (std::uint32_t i = 0; i < buffer->frameLength(); ++i)
       for (std::uint32_t c = 0; c < buffer->channelCount(); ++c)
         result.samples.push_back(buffer->channel(c)[i]);
   }
-  result.description = opened->description();
+  result.description = file.description();
   return result;
+}
+
+ReadFile readWholeFile(const std::filesystem::path& file, const AudioFileOpenOptions& options,
+                       std::uint32_t bufferFrames) {
+  return readToEnd(*AudioFile::open(file, options), bufferFrames);
 }
 
 double largestDifference(const std::vector<float>& a, const std::vector<float>& b) {

@@ -35,6 +35,9 @@ struct ReadFile {
   bool hasWarning(AudioFileWarning::Code code) const;
 };
 
+/// Reads what is left of a file in buffers of `bufferFrames`. Throws what the library throws.
+ReadFile readToEnd(AudioFile& file, std::uint32_t bufferFrames = 65536);
+
 /// Opens and reads in buffers of `bufferFrames`. Throws what the library throws.
 ReadFile readWholeFile(const std::filesystem::path& file, const AudioFileOpenOptions& options = {},
                        std::uint32_t bufferFrames = 65536);

@@ -23,6 +23,7 @@ class FFmpegDamage : public test::DamagedFiles {};
 struct CutFormat {
   std::string file;
   Arguments arguments{};
+  double rounding = 0;  ///< of the whole file's decoder, where the cut one has another
 };
 
 std::ostream& operator<<(std::ostream& out, const CutFormat& format) {
@@ -44,9 +45,10 @@ TEST_P(FFmpegCut, IsMeasuredAsFarAsItGoesAndSaysSo) {
     // All but the last packet is what it was. A tag's padding belongs to the missing end.
     const std::size_t sure =
         found.samples.size() - std::min<std::size_t>(found.samples.size(), 8192);
-    EXPECT_TRUE(std::equal(found.samples.begin(),
-                           found.samples.begin() + static_cast<std::ptrdiff_t>(sure),
-                           expected.begin()));
+    const auto start = [&](const std::vector<float>& samples) {
+      return std::vector(samples.begin(), samples.begin() + static_cast<std::ptrdiff_t>(sure));
+    };
+    EXPECT_LE(test::largestDifference(start(found.samples), start(expected)), GetParam().rounding);
     EXPECT_TRUE(found.hasWarning(Code::truncatedAudio));
     EXPECT_FALSE(found.hasWarning(Code::damagedAudio));
   }
@@ -54,7 +56,7 @@ TEST_P(FFmpegCut, IsMeasuredAsFarAsItGoesAndSaysSo) {
 
 INSTANTIATE_TEST_SUITE_P(
     OfEveryKind, FFmpegCut,
-    testing::Values(CutFormat{"a.flac"}, CutFormat{"a.mp3"}, CutFormat{"a.aac"},
+    testing::Values(CutFormat{"a.flac"}, CutFormat{"a.mp3", {}, 2e-6}, CutFormat{"a.aac"},
                     CutFormat{"a.m4a", {"-movflags", "+faststart"}},
                     CutFormat{"alac.m4a", {"-c:a", "alac", "-movflags", "+faststart"}},
                     CutFormat{"a.wv"}, CutFormat{"adpcm.wav", {"-c:a", "adpcm_ms"}},

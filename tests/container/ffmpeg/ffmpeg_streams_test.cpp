@@ -149,7 +149,7 @@ class Recorder final : public ProgressObserver {
 };
 
 TEST_F(FFmpegStreams, ReadingIsWatchedToItsEnd) {
-  const auto file = test::encodeNoise(folder_, "a.mp3", {}, 6);
+  const auto file = test::encodeNoise(folder_, "a.ogg", {}, 6);
   Recorder recorder;
   AudioFileOpenOptions options;
   options.execution.observer = &recorder;
@@ -159,7 +159,7 @@ TEST_F(FFmpegStreams, ReadingIsWatchedToItsEnd) {
 }
 
 TEST_F(FFmpegStreams, ReadingStopsWhenItIsCancelled) {
-  const auto file = test::encodeNoise(folder_, "a.mp3", {}, 6);
+  const auto file = test::encodeNoise(folder_, "a.ogg", {}, 6);
   Recorder recorder(2);
   AudioFileOpenOptions options;
   options.execution.observer = &recorder;
