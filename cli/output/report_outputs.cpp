@@ -3,16 +3,18 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <functional>
+#include <future>
 #include <set>
 #include <system_error>
 #include <utility>
+#include <vector>
 
 #include "cli/output/output_file.h"
 #include "cli/output/source_date.h"
 #include "cli/usage_error.h"
 #include "orvane/platform/atomic_file.h"
 #include "orvane/platform/error.h"
-#include "orvane/platform/parallel.h"
 #include "orvane/report/pdf/pdf_report_renderer.h"
 
 namespace orvane::cli {
@@ -162,12 +164,7 @@ std::vector<fs::path> ReportOutputs::files() const {
 std::string ReportOutputs::write(std::size_t inputIndex, const OrvaneReport& report,
                                  std::vector<std::string>& warnings) {
   std::string forStandardOutput;
-  // While the browser lays the PDF out, the others are made.
-  auto outputs = outputs_[inputIndex];
-  std::stable_partition(outputs.begin(), outputs.end(),
-                        [](const Output& output) { return output.format == ReportFormat::pdf; });
-  parallelFor(2, outputs.size(), [&](std::size_t index) {
-    const Output& output = outputs[index];
+  const auto write = [&](const Output& output) {
     std::string content = renderer_.render(report, output.format, warnings);
     if (!output.path) {
       forStandardOutput = std::move(content);
@@ -176,7 +173,14 @@ std::string ReportOutputs::write(std::size_t inputIndex, const OrvaneReport& rep
     AtomicFile file = OutputFile::open(*output.path, force_);
     file.write(content);
     file.commit();
-  });
+  };
+  // While the browser lays the PDF out, the others are made.
+  std::vector<std::future<void>> pdfs;
+  for (const Output& output : outputs_[inputIndex])
+    if (output.format == ReportFormat::pdf) pdfs.push_back(std::async(write, std::cref(output)));
+  for (const Output& output : outputs_[inputIndex])
+    if (output.format != ReportFormat::pdf) write(output);
+  for (auto& pdf : pdfs) pdf.get();
   return forStandardOutput;
 }
 

@@ -1,10 +1,7 @@
 // Audio reaches the meters in two ways, loaded whole or slice by slice while it is read, and the
 // figures may not tell which. Both cut at the same frames, because the K-weighting filters
-// stretches of a piece side by side and another cut shows in its last bits. In the pipe two slices
-// exist at a time: the meters read one while the source fills the other; `parallelFor` ends a round
-// only when all of them are done, so that a slice belongs to the meters or to the source and never
-// to both. Each meter is called by one thread at a time and keeps its own state; nobody else
-// touches it until `finish`.
+// stretches of a piece side by side and another cut shows in its last bits. Each meter is called by
+// one thread at a time and keeps its own state; nobody else touches it until `finish`.
 
 #include "orvane/analysis/programme_measurement.h"
 

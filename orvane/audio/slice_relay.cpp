@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "orvane/platform/parallel.h"
+#include "orvane/platform/precondition.h"
 
 namespace orvane {
 namespace {
@@ -21,20 +22,20 @@ class SliceRelay {
   SliceRelay(AudioSource& source, std::uint32_t frames, const Execution& execution,
              std::span<const SliceTaker> takers)
       : source_(source), frames_(frames), execution_(execution) {
+    precondition(!takers.empty(), "slices that nobody takes would stay for ever");
     for (const SliceTaker& take : takers) lanes_.push_back({.take = &take});
+    unused_.reserve(kMostSlices);
   }
 
   /// On every thread.
   void work() {
-    std::unique_lock lock(mutex_);
-    while (!isOver()) {
-      // Reading is what the others wait for; a single thread takes what it has read first.
-      if (Lane* const lane = execution_.threadCount > 1 && mayRead() ? nullptr : readyLane())
-        take(*lane, lock);
-      else if (mayRead())
-        read(lock);
-      else
-        changed_.wait(lock);
+    try {
+      relay();
+    } catch (...) {
+      const std::lock_guard lock(mutex_);
+      hasFailed_ = true;
+      changed_.notifyAll();
+      throw;
     }
   }
 
@@ -60,18 +61,24 @@ class SliceRelay {
     return ready;
   }
 
+  void relay() {
+    std::unique_lock lock(mutex_);
+    while (!isOver()) {
+      // Reading is what the others wait for; a single thread takes what it has read first.
+      if (Lane* const lane = execution_.threadCount > 1 && mayRead() ? nullptr : readyLane())
+        take(*lane, lock);
+      else if (mayRead())
+        read(lock);
+      else
+        changed_.wait(lock);
+    }
+  }
+
   /// Does something without the lock, with all others told of it afterwards.
   template <typename Work>
   void unlocked(std::unique_lock<std::mutex>& lock, Work&& work) {
     lock.unlock();
-    try {
-      work();
-    } catch (...) {
-      lock.lock();
-      hasFailed_ = true;
-      changed_.notifyAll();
-      throw;
-    }
+    work();
     lock.lock();
     changed_.notifyAll();
   }

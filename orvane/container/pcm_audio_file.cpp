@@ -71,9 +71,11 @@ void PCMAudioFile::readRange(PCMBuffer& buffer, std::uint32_t frames) {
   const std::size_t workers =
       std::min(std::max<std::size_t>(options_.execution.threadCount, 1), blocks);
   parallelFor(workers, workers, [&](std::size_t) {
-    const auto scratch = std::make_unique_for_overwrite<std::byte[]>(
-        std::min<std::size_t>(blockFrames, frames) * frameBytes);
+    std::unique_ptr<std::byte[]> scratch;
     for (std::size_t block = nextBlock++; block < blocks; block = nextBlock++) {
+      if (!scratch)
+        scratch = std::make_unique_for_overwrite<std::byte[]>(
+            std::min<std::size_t>(blockFrames, frames) * frameBytes);
       const std::size_t first = block * blockFrames;
       const std::size_t count = std::min<std::size_t>(blockFrames, frames - first);
       file().readExactlyAt(

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <condition_variable>
 #include <exception>
-#include <system_error>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -18,36 +17,36 @@ struct Batch {
   const std::function<void(std::size_t)>& task;
   std::size_t taskCount;
   std::size_t threadCount;
+  const Batch* outer = ofThisThread();  ///< of which a task has made the call
   std::size_t begunTasks = 0;
   std::size_t threads = 0;  ///< at work on it
   std::exception_ptr failure{};
 
-  bool takesThread() const { return begunTasks < taskCount && threads < threadCount; }
-};
-
-/// What the calling thread is at work on, the innermost batch first.
-struct Duty {
-  const Batch* batch;
-  const Duty* outer;
-
-  static const Duty*& ofThisThread() {
-    thread_local const Duty* duty = nullptr;
-    return duty;
+  /// The innermost one that the calling thread is at work on.
+  static const Batch*& ofThisThread() {
+    thread_local const Batch* batch = nullptr;
+    return batch;
   }
-  static bool includes(const Batch* batch) {
-    const Duty* duty = ofThisThread();
-    while (duty != nullptr && duty->batch != batch) duty = duty->outer;
-    return duty != nullptr;
+
+  bool takesThread() const { return begunTasks < taskCount && threads < threadCount; }
+  bool isWithin(const Batch* other) const {
+    const Batch* batch = outer;
+    while (batch != nullptr && batch != other) batch = batch->outer;
+    return batch == other;
   }
 };
 
 /// The threads of an outermost call: the calling one, and helpers that stay until it ends.
+///
+/// Whoever waits for tasks of a batch helps with what these have shared out, and with nothing else:
+/// another batch may take much longer, or need in turn what the waiting thread has begun.
 class Crew {
  public:
-  Crew() = default;
+  Crew() { ofThisThread() = this; }
   Crew(const Crew&) = delete;
   Crew& operator=(const Crew&) = delete;
   ~Crew() {
+    ofThisThread() = nullptr;
     const std::lock_guard lock(mutex_);
     isClosed_ = true;
     changed_.notify_all();
@@ -65,18 +64,15 @@ class Crew {
     batches_.push_back(&batch);
     changed_.notify_all();
     work(batch, lock);
-    changed_.wait(lock, [&] { return batch.threads == 0; });
+    while (batch.threads > 0) helpWithin(&batch, lock);
     std::erase(batches_, &batch);
   }
 
-  /// Returns after helping with something, or once `isOver()`.
+  /// For a task of the calling thread's batch: returns after helping, or once `isOver()`.
   template <typename IsOver>
   void help(IsOver&& isOver) {
     std::unique_lock lock(mutex_);
-    while (!isOver()) {
-      if (Batch* const batch = openBatch()) return work(*batch, lock);
-      changed_.wait(lock);
-    }
+    if (!isOver()) helpWithin(Batch::ofThisThread(), lock);
   }
 
   template <typename Change>
@@ -91,7 +87,7 @@ class Crew {
     while (helpers_.size() < helpers) {
       try {
         helpers_.emplace_back([this] { serve(); });
-      } catch (const std::system_error&) {
+      } catch (const std::exception&) {
         break;  // no more threads to be had: those that run do the work
       }
     }
@@ -100,26 +96,30 @@ class Crew {
   void serve() {
     ofThisThread() = this;
     std::unique_lock lock(mutex_);
-    while (!isClosed_) {
-      if (Batch* const batch = openBatch())
-        work(*batch, lock);
-      else
-        changed_.wait(lock);
-    }
+    while (!isClosed_) helpWithin(nullptr, lock);
   }
 
-  /// Not one that the calling thread is at work on: a task that waits for another one of its batch
-  /// must not begin that on top of itself.
-  Batch* openBatch() const {
-    const auto open = std::ranges::find_if(batches_, [](const Batch* batch) {
-      return batch->takesThread() && !Duty::includes(batch);
-    });
-    return open != batches_.end() ? *open : nullptr;
+  /// Works on a batch within that one, of all if it is null, or waits for a change.
+  void helpWithin(const Batch* outer, std::unique_lock<std::mutex>& lock) {
+    if (Batch* const batch = openBatchWithin(outer))
+      work(*batch, lock);
+    else
+      changed_.wait(lock);
+  }
+
+  /// That which has the fewest threads.
+  Batch* openBatchWithin(const Batch* outer) const {
+    Batch* open = nullptr;
+    for (Batch* batch : batches_)
+      if (batch->takesThread() && batch->isWithin(outer) &&
+          (open == nullptr || batch->threads < open->threads))
+        open = batch;
+    return open;
   }
 
   /// Takes tasks until all are begun; the lock is held between them.
   void work(Batch& batch, std::unique_lock<std::mutex>& lock) {
-    const Duty duty{.batch = &batch, .outer = std::exchange(Duty::ofThisThread(), &duty)};
+    const Batch* const outer = std::exchange(Batch::ofThisThread(), &batch);
     ++batch.threads;
     while (batch.begunTasks < batch.taskCount) {
       const std::size_t index = batch.begunTasks++;
@@ -136,13 +136,13 @@ class Crew {
         if (!batch.failure) batch.failure = std::move(failure);
       }
     }
-    Duty::ofThisThread() = duty.outer;
+    Batch::ofThisThread() = outer;
     if (--batch.threads == 0) changed_.notify_all();
   }
 
   std::mutex mutex_{};
   std::condition_variable changed_{};
-  std::vector<Batch*> batches_{};  ///< the outermost first
+  std::vector<Batch*> batches_{};  ///< in the order of their calls
   bool isClosed_ = false;
   std::vector<std::jthread> helpers_{};  ///< last, so that they have ended before the rest goes
 };
@@ -156,15 +156,10 @@ void parallelFor(std::size_t threadCount, std::size_t taskCount,
     return;
   }
   Batch batch{.task = task, .taskCount = taskCount, .threadCount = threadCount};
-  Crew*& crew = Crew::ofThisThread();
-  if (crew != nullptr) {
+  if (Crew* const crew = Crew::ofThisThread())
     crew->run(batch);
-  } else {
-    Crew own;
-    crew = &own;
-    own.run(batch);
-    crew = nullptr;
-  }
+  else
+    Crew().run(batch);
   if (batch.failure) std::rethrow_exception(batch.failure);
 }
 

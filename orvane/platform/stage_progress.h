@@ -1,7 +1,6 @@
 #pragma once
 
 #include <algorithm>
-#include <atomic>
 #include <cstddef>
 #include <mutex>
 #include <string_view>
@@ -21,17 +20,17 @@ class StageProgress {
   /// Some work is done. Throws `Cancelled` when the observer asks for it.
   void advance(std::size_t amount) {
     if (observer_ == nullptr) return;
-    const std::size_t done = done_ += amount;
     const std::lock_guard lock(mutex_);
+    done_ += amount;
     if (observer_->isCancelled()) throw Cancelled();
-    observer_->onProgress(stage_, static_cast<double>(done) / static_cast<double>(total_));
+    observer_->onProgress(stage_, static_cast<double>(done_) / static_cast<double>(total_));
   }
 
  private:
   ProgressObserver* observer_;
   std::string_view stage_;
   std::size_t total_;
-  std::atomic<std::size_t> done_{0};
+  std::size_t done_ = 0;
   std::mutex mutex_;
 };
 

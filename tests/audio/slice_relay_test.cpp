@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <condition_variable>
 #include <cstdint>
 #include <memory>
 #include <mutex>
@@ -13,6 +14,7 @@
 #include <thread>
 #include <vector>
 
+#include "orvane/platform/parallel.h"
 #include "orvane/platform/progress.h"
 #include "tests/support/temporary_directory.h"
 #include "tests/support/whole_file.h"
@@ -65,6 +67,26 @@ TEST_F(SliceRelayTest, GivesAllSlicesInOrderToEachTaker) {
         EXPECT_EQ(counter.slices, (frames + 99) / 100);
       }
     }
+}
+
+TEST_F(SliceRelayTest, WhoWaitsHelpsTheTakers) {
+  // Each of the two tasks waits for the other, so that one thread alone would not get on.
+  std::mutex mutex;
+  std::condition_variable changed;
+  std::size_t come = 0;
+  std::size_t slices = 0;
+  const SliceTaker take = [&](PlanarView) {
+    ++slices;
+    parallelFor(2, 2, [&](std::size_t) {
+      std::unique_lock lock(mutex);
+      ++come;
+      changed.notify_all();
+      EXPECT_TRUE(changed.wait_for(lock, std::chrono::minutes(1),
+                                   [&, all = 2 * slices] { return come >= all; }));
+    });
+  };
+  relaySlices(*source(5000), 100, {.threadCount = 2}, {&take, 1});
+  EXPECT_EQ(slices, 50U);
 }
 
 TEST_F(SliceRelayTest, KeepsFewSlicesAndASingleThreadOne) {

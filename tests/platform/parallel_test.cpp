@@ -4,9 +4,9 @@
 
 #include <algorithm>
 #include <atomic>
+#include <chrono>
 #include <condition_variable>
 #include <mutex>
-#include <set>
 #include <stdexcept>
 #include <thread>
 #include <vector>
@@ -41,36 +41,47 @@ TEST(ParallelFor, DoesNothingForNoTasks) {
   parallelFor(2, 0, [](std::size_t) { FAIL(); });
 }
 
-/// Threads that were seen.
-class Threads {
+/// How many are in some place at once.
+class Crowd {
  public:
-  void note() {
+  /// Stays a little, so that others come meanwhile if they can.
+  void visit() {
+    {
+      const std::lock_guard lock(mutex_);
+      most_ = std::max(most_, ++present_);
+    }
+    std::this_thread::sleep_for(std::chrono::microseconds(200));
     const std::lock_guard lock(mutex_);
-    seen_.insert(std::this_thread::get_id());
+    --present_;
   }
-  std::size_t count() const { return seen_.size(); }
+  std::size_t most() const { return most_; }
 
  private:
   std::mutex mutex_{};
-  std::set<std::thread::id> seen_{};
+  std::size_t present_ = 0;
+  std::size_t most_ = 0;
 };
 
 TEST(ParallelFor, NestedCallsRunEveryTaskOnceOnNoMoreThreads) {
   for (const std::size_t inner : {1U, 2U, 5U}) {
-    Threads threads;
-    std::vector<std::atomic<int>> counts(40 * 30);
-    parallelFor(3, 40, [&](std::size_t i) {
-      parallelFor(inner, 30, [&](std::size_t k) {
-        threads.note();
-        ++counts[i * 30 + k];
+    SCOPED_TRACE(inner);
+    Crowd crowd;
+    std::vector<std::atomic<int>> counts(20 * 10 * 3);
+    parallelFor(3, 20, [&](std::size_t i) {
+      parallelFor(inner, 10, [&](std::size_t k) {
+        parallelFor(2, 3, [&](std::size_t m) {
+          crowd.visit();
+          ++counts[(i * 10 + k) * 3 + m];
+        });
       });
     });
     for (const auto& count : counts) EXPECT_EQ(count, 1);
-    EXPECT_LE(threads.count(), std::max<std::size_t>(inner, 3));
+    EXPECT_LE(crowd.most(), std::max<std::size_t>(inner, 3));
+    EXPECT_GE(crowd.most(), 3U);
   }
 }
 
-/// Lets tasks go on once so many of them have come; one that is alone would wait for ever.
+/// Lets tasks go on once so many of them have come.
 class Meeting {
  public:
   explicit Meeting(std::size_t count) : count_(count) {}
@@ -78,7 +89,8 @@ class Meeting {
     std::unique_lock lock(mutex_);
     ++come_;
     changed_.notify_all();
-    changed_.wait(lock, [&] { return come_ >= count_; });
+    EXPECT_TRUE(changed_.wait_for(lock, std::chrono::minutes(1), [&] { return come_ >= count_; }))
+        << "one has waited for the others in vain";
   }
 
  private:
@@ -89,10 +101,15 @@ class Meeting {
 };
 
 TEST(ParallelFor, ANestedCallGetsThreadsThatHaveDoneTheirOwn) {
-  Meeting meeting(2);
-  parallelFor(2, 2, [&](std::size_t i) {
-    if (i == 0) parallelFor(2, 2, [&](std::size_t) { meeting.come(); });
-  });
+  for (const std::size_t busy : {0U, 1U}) {
+    SCOPED_TRACE(busy);
+    Meeting begun(2);
+    Meeting meeting(2);
+    parallelFor(2, 2, [&](std::size_t i) {
+      begun.come();
+      if (i == busy) parallelFor(2, 2, [&](std::size_t) { meeting.come(); });
+    });
+  }
 }
 
 TEST(ParallelFor, ANestedCallThatAsksForMoreThreadsGetsThem) {
@@ -100,6 +117,19 @@ TEST(ParallelFor, ANestedCallThatAsksForMoreThreadsGetsThem) {
   parallelFor(2, 2, [&](std::size_t i) {
     if (i == 0) parallelFor(4, 4, [&](std::size_t) { meeting.come(); });
   });
+}
+
+TEST(ParallelFor, AFailureLeavesTheThreadAsItWas) {
+  for (int round = 0; round < 3; ++round) {
+    EXPECT_THROW(parallelFor(2, 4,
+                             [](std::size_t) {
+                               parallelFor(2, 2,
+                                           [](std::size_t) { throw std::runtime_error("no"); });
+                             }),
+                 std::runtime_error);
+    Meeting meeting(2);
+    parallelFor(2, 2, [&](std::size_t) { meeting.come(); });
+  }
 }
 
 TEST(ParallelFor, ANestedCallFailsByItself) {
@@ -139,17 +169,78 @@ TEST(HelpfulCondition, WhoWaitsHelpsMeanwhile) {
   EXPECT_TRUE(isDone);
 }
 
+TEST(HelpfulCondition, WhoWaitsHelpsWithNothingElse) {
+  // The waiting task of the first call must not begin the second one's, which ends later.
+  std::mutex mutex;
+  HelpfulCondition changed;
+  bool isDone = false;
+  bool isReturned = false;
+  std::condition_variable returned;
+  Meeting begun(3);
+  parallelFor(3, 3, [&](std::size_t i) {
+    if (i == 2) return;
+    if (i == 1) {
+      begun.come();
+      parallelFor(3, 3, [&](std::size_t) {
+        std::unique_lock lock(mutex);
+        EXPECT_TRUE(returned.wait_for(lock, std::chrono::minutes(1), [&] { return isReturned; }));
+      });
+      return;
+    }
+    parallelFor(2, 2, [&](std::size_t k) {
+      begun.come();
+      std::unique_lock lock(mutex);
+      if (k == 0) {
+        while (!isDone) changed.wait(lock);
+        return;
+      }
+      lock.unlock();
+      std::this_thread::sleep_for(std::chrono::milliseconds(20));
+      lock.lock();
+      isDone = true;
+      changed.notifyAll();
+    });
+    const std::lock_guard lock(mutex);
+    isReturned = true;
+    returned.notify_all();
+  });
+}
+
+TEST(HelpfulCondition, AFailureWakesWhoWaits) {
+  std::mutex mutex;
+  HelpfulCondition changed;
+  bool hasFailed = false;
+  EXPECT_THROW(parallelFor(3, 3,
+                           [&](std::size_t i) {
+                             std::unique_lock lock(mutex);
+                             if (i < 2) {
+                               while (!hasFailed) changed.wait(lock);
+                               return;
+                             }
+                             hasFailed = true;
+                             changed.notifyAll();
+                             throw std::runtime_error("no");
+                           }),
+               std::runtime_error);
+}
+
 TEST(HelpfulCondition, LosesNoNotification) {
   constexpr int kTurns = 20'000;
   std::mutex mutex;
   HelpfulCondition changed;
   int turn = 0;
-  parallelFor(2, 2, [&](std::size_t i) {
+  parallelFor(3, 3, [&](std::size_t i) {
     std::unique_lock lock(mutex);
     while (turn < kTurns) {
-      if (turn % 2 == static_cast<int>(i)) {
+      if (turn % 3 == static_cast<int>(i)) {
         ++turn;
-        changed.notifyAll();
+        if (turn % 2 == 0) {
+          lock.unlock();
+          changed.notifyAll();
+          lock.lock();
+        } else {
+          changed.notifyAll();
+        }
       } else {
         changed.wait(lock);
       }

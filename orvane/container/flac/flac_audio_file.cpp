@@ -84,8 +84,10 @@ bool FLACAudioFile::begin() {
 }
 
 std::unique_ptr<FLACStream> FLACAudioFile::makeStream() const {
-  auto stream = std::make_unique<FLACStream>(sharedFile(), options_.execution.observer,
-                                             options_.verifiesChecksum);
+  // Of several streams none asks the observer, which is asked by one thread at a time.
+  ProgressObserver* const observer =
+      options_.execution.threadCount > 1 ? nullptr : options_.execution.observer;
+  auto stream = std::make_unique<FLACStream>(sharedFile(), observer, options_.verifiesChecksum);
   return stream->begin() ? std::move(stream) : nullptr;
 }
 

@@ -101,7 +101,7 @@ HWY_INLINE void loadEvery(D d, const float* samples, V& near, V& next) {
 }
 
 /// Mixes and decimates at once, without those samples in between, from frame `offset` of the audio
-/// on; gives how many output samples it made, a few less than `count`.
+/// on; gives how many output samples it made: whole vectors, of `count` at most.
 template <std::int64_t kRatio>
 HWY_INLINE std::int64_t decimateMix(const PlanarView& audio, std::int64_t offset,
                                     std::int64_t count, float* HWY_RESTRICT output) {
@@ -129,7 +129,7 @@ HWY_INLINE std::int64_t decimateMix(const PlanarView& audio, std::int64_t offset
   return whole * lanes;
 }
 
-/// The same for the ratios that machines can load for, those of 32, 48 and 64 kHz; 0 for others.
+/// The same for 32, 48 and 64 kHz, of which whole vectors are loaded taken apart; 0 for others.
 std::int64_t decimateMixByRatio(const PlanarView& audio, double ratio, std::int64_t offset,
                                 std::int64_t count, float* HWY_RESTRICT output) {
   if (ratio == 2) return decimateMix<2>(audio, offset, count, output);

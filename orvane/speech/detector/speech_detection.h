@@ -28,7 +28,7 @@ class ORVANE_API SpeechDetection {
   SpeechDetection(const SpeechDetection&) = delete;
   SpeechDetection& operator=(const SpeechDetection&) = delete;
 
-  /// The next frames. More than four threads do not help.
+  /// The next frames.
   void process(PlanarView audio, std::size_t threadCount = 1);
 
   /// Ends the audio: one flag per 100 ms, at least one; absent when it is too short for one sample
