@@ -42,21 +42,20 @@ class PartedReading {
   Stream& stream() noexcept { return *streams_.front(); }
   const Stream& stream() const noexcept { return *streams_.front(); }
 
+  /// Whether nothing is to come.
+  bool hasEnded() const noexcept { return stream().hasEnded() && isAheadEmpty(); }
+
   /// The next frames, which begin at `position`; fewer than there is room for only at the end.
   /// Frames behind `shareable` are read by one stream. Each stretch is told to `take(count)`.
   template <typename Take>
   std::size_t read(MutablePlanarView room, std::int64_t position, std::int64_t shareable,
                    const Take& take) {
-    const std::size_t parts = partsOf(room.frameCount(), position, shareable);
-    if (parts > 1) {
-      const std::size_t count = readParts(room, position, parts);
-      take(count);
-      return count;
-    }
     std::size_t filled = 0;
     for (std::size_t count = 1; count > 0 && filled < room.frameCount(); filled += count) {
-      count = stream().read(
-          room.from(filled).slice(0, std::min(kFramesOfStretch, room.frameCount() - filled)));
+      const std::int64_t start = position + static_cast<std::int64_t>(filled);
+      if (isAheadEmpty()) readAhead(room, filled, start, shareable);
+      count = isAheadEmpty() ? readNow(room.from(filled), start, shareable)
+                             : takeAhead(room.from(filled));
       take(count);
     }
     return filled;
@@ -66,6 +65,8 @@ class PartedReading {
   static constexpr std::size_t kFramesOfStretch = 65536;
   /// Frames that are worth a decoder of their own, which has to find its place.
   static constexpr std::size_t kFewestFramesOfPart = std::size_t{1} << 17;
+  /// Of a part that is kept in memory until it is asked for.
+  static constexpr std::size_t kFramesOfPartAhead = 2 * kFewestFramesOfPart;
   /// Several parts for each thread end together even though others, like those that measure, take
   /// their time from the same processors.
   static constexpr std::size_t kMostPartsPerThread = 2;
@@ -74,6 +75,38 @@ class PartedReading {
     if (threadCount_ < 2 || position + static_cast<std::int64_t>(frames) > shareable) return 1;
     return std::clamp<std::size_t>(frames / kFewestFramesOfPart, 1,
                                    kMostPartsPerThread * threadCount_);
+  }
+
+  std::size_t readNow(MutablePlanarView room, std::int64_t position, std::int64_t shareable) {
+    const std::size_t parts = partsOf(room.frameCount(), position, shareable);
+    if (parts > 1) return readParts(room, position, parts);
+    return stream().read(room.slice(0, std::min(kFramesOfStretch, room.frameCount())));
+  }
+
+  /// Who reads in small pieces, and more than the file's start, is given them out of a larger one.
+  void readAhead(const MutablePlanarView& room, std::size_t filled, std::int64_t position,
+                 std::int64_t shareable) {
+    const std::size_t frames = kFramesOfPartAhead * threadCount_;
+    if (threadCount_ < 2 || room.frameCount() - filled >= frames ||
+        position < static_cast<std::int64_t>(kFewestFramesOfPart) ||
+        position + static_cast<std::int64_t>(frames) > shareable)
+      return;
+    ahead_.resize(room.channelCount() * frames);
+    aheadChannels_.resize(room.channelCount());
+    for (std::size_t c = 0; c < aheadChannels_.size(); ++c)
+      aheadChannels_[c] = ahead_.data() + c * frames;
+    const MutablePlanarView stretch(aheadChannels_, frames);
+    aheadLeft_ = stretch.slice(0, readParts(stretch, position, threadCount_));
+  }
+
+  bool isAheadEmpty() const noexcept { return aheadLeft_.frameCount() == 0; }
+
+  std::size_t takeAhead(const MutablePlanarView& room) {
+    const std::size_t count = std::min(room.frameCount(), aheadLeft_.frameCount());
+    for (std::size_t c = 0; c < room.channelCount(); ++c)
+      std::copy_n(aheadLeft_.channel(c), count, room.channel(c));
+    aheadLeft_ = aheadLeft_.from(count);
+    return count;
   }
 
   std::size_t readParts(MutablePlanarView room, std::int64_t position, std::size_t partCount) {
@@ -109,6 +142,9 @@ class PartedReading {
   std::size_t threadCount_;
   Make make_;
   std::vector<std::unique_ptr<Stream>> streams_{};
+  std::vector<float> ahead_{};
+  std::vector<float*> aheadChannels_{};
+  MutablePlanarView aheadLeft_{};  ///< of it
 };
 
 }  // namespace orvane

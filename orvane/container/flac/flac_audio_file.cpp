@@ -121,7 +121,7 @@ void FLACAudioFile::read(PCMBuffer& buffer) {
         reportProgress();
       });
   buffer.setFrameLength(static_cast<std::uint32_t>(filled));
-  if (reading_.stream().hasEnded() && !std::exchange(hasToldOfEnd_, true)) tellOfEnd();
+  if (reading_.hasEnded() && !std::exchange(hasToldOfEnd_, true)) tellOfEnd();
 }
 
 void FLACAudioFile::tellOfEnd() {
@@ -139,8 +139,8 @@ void FLACAudioFile::reportProgress() {
   ProgressObserver* const observer = options_.execution.observer;
   if (observer == nullptr) return;
   if (observer->isCancelled()) throw Cancelled();
-  observer->onProgress(
-      "Reading", reading_.stream().hasEnded() ? 1.0 : reading_.stream().decoder().shareRead());
+  observer->onProgress("Reading",
+                       reading_.hasEnded() ? 1.0 : reading_.stream().decoder().shareRead());
 }
 
 void FLACAudioFile::warn(AudioFileWarning::Code code, const char* text) {

@@ -100,7 +100,7 @@ double processorSeconds(clockid_t clock) {
 double shareOfOthers(const std::filesystem::path& file) {
   const double all = processorSeconds(CLOCK_PROCESS_CPUTIME_ID);
   const double own = processorSeconds(CLOCK_THREAD_CPUTIME_ID);
-  readBy(2, file, 1 << 19, [](const PCMBuffer&) {});
+  readBy(2, file, 1 << 16, [](const PCMBuffer&) {});
   const double allSpent = processorSeconds(CLOCK_PROCESS_CPUTIME_ID) - all;
   return 1 - (processorSeconds(CLOCK_THREAD_CPUTIME_ID) - own) / allSpent;
 }

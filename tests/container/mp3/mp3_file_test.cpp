@@ -36,7 +36,7 @@ class MP3File : public test::MP3Files {
 TEST_F(MP3File, GivesTheLengthAndTheSamplesThatFFmpegGives) {
   // At 24 kHz FFmpeg takes another width for a band than encoders do, see below.
   for (const char* rate : {"8000", "11025", "12000", "16000", "22050", "32000", "44100", "48000"})
-    for (const char* bits : {"8k", "32k", "64k", "128k", "320k"})
+    for (const char* bits : {"8k", "64k", "320k"})
       for (const char* channels : {"1", "2"}) {
         SCOPED_TRACE(testing::Message() << rate << " Hz, " << bits << ", " << channels);
         expectAsByFFmpeg(test::encodeNoise(folder_, "a.mp3",
@@ -147,13 +147,13 @@ TEST_F(MP3File, PassesOverTagsAtItsEnd) {
 }
 
 TEST_F(MP3File, GivesTheSameToAnyNumberOfThreadsWhateverIsDamaged) {
-  constexpr std::uint32_t kSliceFrames = 1U << 20;
+  constexpr std::uint32_t kLongSlice = 1U << 20, kShortSlice = 30'000;
   test::Random random(20251122);
   for (const Arguments& arguments :
        {Arguments{"-q:a", "4", "-ac", "2"}, Arguments{"-b:a", "320k", "-ac", "2"},
         Arguments{"-b:a", "8k", "-ar", "22050"}, Arguments{"-b:a", "24k", "-ar", "24000"}}) {
     SCOPED_TRACE(testing::PrintToString(arguments));
-    const std::string whole = encode("long.mp3", arguments, 60);
+    const std::string whole = encode("long.mp3", arguments, 30);
     int readByModule = 0;
     for (int damages = 0; damages < 6; ++damages) {
       std::string bytes = whole;
@@ -163,10 +163,11 @@ TEST_F(MP3File, GivesTheSameToAnyNumberOfThreadsWhateverIsDamaged) {
       const auto file = write(bytes);
       if (!isReadByModule(file)) continue;
       ++readByModule;
-      const auto alone = test::readWholeFile(file, {.execution = {.threadCount = 1}}, kSliceFrames);
-      for (const std::size_t threads : {2, 3, 16}) {
+      const auto alone = test::readWholeFile(file, {.execution = {.threadCount = 1}}, kLongSlice);
+      for (const auto& [threads, slice] :
+           {std::pair{2U, kLongSlice}, {3U, kShortSlice}, {16U, kLongSlice}}) {
         const auto shared =
-            test::readWholeFile(file, {.execution = {.threadCount = threads}}, kSliceFrames);
+            test::readWholeFile(file, {.execution = {.threadCount = threads}}, slice);
         EXPECT_EQ(shared.samples, alone.samples);
         EXPECT_EQ(shared.description, alone.description);
       }
