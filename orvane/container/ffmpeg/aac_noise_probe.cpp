@@ -99,6 +99,10 @@ bool isPlainByConfiguration(const AVCodecParameters& parameters) {
   return codecCode(parameters.codec_id, parameters.profile, configuration) == fourCCFrom("aac ");
 }
 
+bool areSame(const FrameRun& a, const FrameRun& b) {
+  return a.endsWith(b) && b.endsWith(a);
+}
+
 }  // namespace
 
 std::unique_ptr<AACNoiseProbe> AACNoiseProbe::of(const Demuxer& demuxer, const AVPacket& packet,
@@ -112,8 +116,10 @@ std::unique_ptr<AACNoiseProbe> AACNoiseProbe::of(const Demuxer& demuxer, const A
   std::unique_ptr<AACNoiseProbe> probe(new AACNoiseProbe(std::move(made)));
 
   const CodecContextPointer codec = openCodec(demuxer);
-  probe->answerOfNew_ = probe->answerOf(*codec);
-  const bool hears = !probe->answerOfNew_.pieces().empty() && !probe->findsNoNoise(*codec);
+  for (std::size_t i = 0; i < kMostProbings; ++i)
+    probe->answers_.push_back(probe->answerOf(*codec));
+  const bool hears =
+      !probe->answers_[1].pieces().empty() && !areSame(probe->answers_[0], probe->answers_[1]);
   return hears && codec->profile == FF_PROFILE_AAC_LOW ? std::move(probe) : nullptr;
 }
 
@@ -125,16 +131,16 @@ bool AACNoiseProbe::suits(const AVPacket& packet) const {
          other[3] >> 4 == own[3] >> 4;
 }
 
-bool AACNoiseProbe::findsNoNoise(AVCodecContext& codec) const {
-  const FrameRun answer = answerOf(codec);
-  return answer.endsWith(answerOfNew_) && answerOfNew_.endsWith(answer);
+bool AACNoiseProbe::findsNoNoise(AVCodecContext& codec, std::size_t earlierProbings) const {
+  return areSame(answerOf(codec), answers_[earlierProbings]);
 }
 
 /// What the decoder makes of the packet when it is given it again; empty where it fails.
 FrameRun AACNoiseProbe::answerOf(AVCodecContext& codec) const {
   FrameRun answer;
-  decodePacket(codec, *packet_, nullptr);
-  decodePacket(codec, *packet_, &answer);
+  const FramePointer frame = makeFrame();
+  decodePacket(codec, *packet_, *frame, nullptr);
+  decodePacket(codec, *packet_, *frame, &answer);
   return answer;
 }
 

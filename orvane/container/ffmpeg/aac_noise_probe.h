@@ -1,7 +1,9 @@
 #pragma once
 
-#include <cstdint>
+#include <cstddef>
 #include <memory>
+#include <utility>
+#include <vector>
 
 #include "orvane/container/ffmpeg/codec_context.h"
 #include "orvane/container/ffmpeg/demuxer.h"
@@ -26,16 +28,18 @@ class AACNoiseProbe {
   /// Whether a packet has the same fixed header as that of which the probe was made.
   bool suits(const AVPacket& packet) const;
 
-  /// Whether the decoder's generator stands where a new decoder's does. The decoder is spent then:
-  /// it has decoded what is none of the stream's.
-  bool findsNoNoise(AVCodecContext& codec) const;
+  /// Whether the decoder has drawn no random numbers but those of so many earlier probings, below
+  /// `kMostProbings`. Afterwards it must be flushed, and what noise it meets is not the stream's.
+  bool findsNoNoise(AVCodecContext& codec, std::size_t earlierProbings) const;
+
+  static constexpr std::size_t kMostProbings = 16;
 
  private:
   explicit AACNoiseProbe(PacketPointer packet) : packet_(std::move(packet)) {}
   FrameRun answerOf(AVCodecContext& codec) const;
 
   PacketPointer packet_;
-  FrameRun answerOfNew_{};
+  std::vector<FrameRun> answers_{};  ///< of a decoder that has decoded nothing else
 };
 
 }  // namespace orvane

@@ -103,14 +103,13 @@ bool FrameRun::endsWith(const FrameRun& other) const {
   }
 }
 
-bool decodePacket(AVCodecContext& codec, const AVPacket& packet, FrameRun* run) {
-  const FramePointer frame = makeFrame();
+bool decodePacket(AVCodecContext& codec, const AVPacket& packet, AVFrame& frame, FrameRun* run) {
   const bool isTaken = avcodec_send_packet(&codec, &packet) >= 0;
   for (;;) {
-    const int result = avcodec_receive_frame(&codec, frame.get());
+    const int result = avcodec_receive_frame(&codec, &frame);
     if (result == AVERROR(ENOMEM)) throw std::bad_alloc();
     if (result < 0) return isTaken && result == AVERROR(EAGAIN);
-    if (run != nullptr) run->append(*frame);
+    if (run != nullptr) run->append(frame);
   }
 }
 

@@ -31,8 +31,8 @@ class FrameRun {
   std::size_t used_ = 0;
 };
 
-/// Has the decoder decode one packet and appends what comes of it to `run`, unless that is null.
-/// False when the packet cannot be decoded.
-bool decodePacket(AVCodecContext& codec, const AVPacket& packet, FrameRun* run);
+/// Has the decoder decode one packet, by way of `frame`, and appends what comes of it to `run`,
+/// unless that is null. False when the packet cannot be decoded.
+bool decodePacket(AVCodecContext& codec, const AVPacket& packet, AVFrame& frame, FrameRun* run);
 
 }  // namespace orvane

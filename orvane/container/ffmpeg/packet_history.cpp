@@ -32,7 +32,8 @@ std::vector<const AVPacket*> PacketHistory::packets() const {
 
 CodecContextPointer replay(const Demuxer& demuxer, std::span<const AVPacket* const> packets) {
   CodecContextPointer codec = openCodec(demuxer);
-  for (const AVPacket* packet : packets) decodePacket(*codec, *packet, nullptr);
+  const FramePointer frame = makeFrame();
+  for (const AVPacket* packet : packets) decodePacket(*codec, *packet, *frame, nullptr);
   return codec;
 }
 

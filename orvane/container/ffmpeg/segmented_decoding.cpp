@@ -116,7 +116,7 @@ bool SegmentedDecoding::mayBegin(const AVCodecContext& codec) {
   if (rule_.codec != AV_CODEC_ID_AAC || probe_) return true;
   const auto packets = history_.packets();
   probe_ = AACNoiseProbe::of(demuxer_, *packets.back(), codec.ch_layout.nb_channels);
-  return probe_ && probe_->findsNoNoise(*replay(demuxer_, packets));
+  return probe_ && probe_->findsNoNoise(*replay(demuxer_, packets), 0);
 }
 
 void SegmentedDecoding::giveUp() noexcept {
@@ -185,7 +185,8 @@ std::size_t SegmentedDecoding::cut(std::size_t packets) {
     start = end;
   }
   if (!probe_) return count;
-  // Nothing but a lead-in: for the decoder that goes on when all others are spent.
+  // Nothing but a lead-in, for a new decoder, whose random numbers are those of the stream.
+  if (count < segments_.size()) segments_[count].ownCodec.reset();
   lay(count, packets, packets);
   return count + 1;
 }
@@ -197,10 +198,15 @@ void SegmentedDecoding::lay(std::size_t index, std::size_t start, std::size_t en
   segment.packets.clear();
   if (index == 0) {
     segment.packets = history_.packets();
+    segment.probings = 0;
   } else {
     for (std::size_t k = start - leadIn(start); k < start; ++k)
       segment.packets.push_back(demuxer_.peek(k));
-    if (!segment.ownCodec) segment.ownCodec = openCodec(demuxer_);
+    if (segment.probings == AACNoiseProbe::kMostProbings) segment.ownCodec.reset();
+    if (!segment.ownCodec) {
+      segment.ownCodec = openCodec(demuxer_);
+      segment.probings = 0;
+    }
   }
   segment.leadInPackets = segment.packets.size();
   for (std::size_t k = start; k < end; ++k) segment.packets.push_back(demuxer_.peek(k));
@@ -214,54 +220,62 @@ void SegmentedDecoding::decode(Segment& segment) const {
   segment.frames.clear();
   segment.decodedPackets = 0;
   segment.hasFailed = false;
+  const FramePointer frame = makeFrame();
   const bool isFirst = &segment == &segments_.front();
   for (std::size_t i = isFirst ? segment.leadInPackets : 0;
        i < segment.packets.size() && !segment.hasFailed; ++i) {
     const bool isOwn = i >= segment.leadInPackets;
     const bool isCompared = !isOwn && i + rule_.comparedPackets >= segment.leadInPackets;
     if (isOwn) ++segment.decodedPackets;
-    segment.hasFailed = !decodePacket(*segment.codec, *segment.packets[i],
+    segment.hasFailed = !decodePacket(*segment.codec, *segment.packets[i], *frame,
                                       isOwn        ? &segment.frames
                                       : isCompared ? &segment.compared
                                                    : nullptr);
   }
-  const bool mayHaveDrawn = probe_ && segment.decodedPackets > 0;
-  segment.mayBeFollowed =
-      !segment.hasFailed && (!mayHaveDrawn || probe_->findsNoNoise(*segment.codec));
+  const bool isProbed = probe_ && !segment.hasFailed && segment.decodedPackets > 0;
+  segment.hasNoise = isProbed && !probe_->findsNoNoise(*segment.codec, segment.probings++);
+}
+
+/// Whether that segment counts when those before it do.
+bool SegmentedDecoding::goesOn(std::size_t index) const {
+  const Segment& segment = segments_[index];
+  if (segment.hasNoise || (probe_ && segment.hasFailed)) return false;
+  if (index == 0) return true;
+  const Segment& neighbour = segments_[index - 1];
+  return !neighbour.hasFailed && neighbour.frames.endsWith(segment.compared);
 }
 
 /// Takes the segments over as far as each goes on with the one before.
 void SegmentedDecoding::join(std::size_t count, CodecContextPointer& codec) {
-  std::size_t valid = 1;
-  while (valid < count && segments_[valid - 1].mayBeFollowed &&
-         segments_[valid - 1].frames.endsWith(segments_[valid].compared))
-    ++valid;
-  Segment& last = segments_[valid - 1];
+  std::size_t valid = 0;
+  while (valid < count && goesOn(valid)) ++valid;
   frames_.clear();
   givenFrames_ = 0;
+  hasFailed_ = false;
   std::size_t decodedPackets = 0;
   for (std::size_t i = 0; i < valid; ++i) {
     decodedPackets += segments_[i].decodedPackets;
+    hasFailed_ = segments_[i].hasFailed;
     for (const FramePointer& frame : segments_[i].frames.pieces()) frames_.push_back(frame.get());
   }
-  hasFailed_ = last.hasFailed;
   const bool isBroken = valid < count;
   if (isBroken && probe_)
-    codec =
-        replay(demuxer_, std::span(last.packets).first(last.leadInPackets + last.decodedPackets));
+    codec = replay(demuxer_, valid > 0 ? segments_[valid - 1].packets : history_.packets());
   else if (valid > 1)
-    std::swap(codec, last.ownCodec);
+    std::swap(codec, segments_[valid - 1].ownCodec);
   if (isBroken)
     giveUp();
   else if (probe_)
-    history_.replaceBy(last.packets);
+    history_.replaceBy(segments_[valid - 1].packets);
   demuxer_.drop(decodedPackets);
   for (std::size_t i = 1; i < count; ++i) {
-    if (isBroken || probe_)
+    if (isBroken)
       segments_[i].ownCodec.reset();
     else
       avcodec_flush_buffers(segments_[i].ownCodec.get());
   }
+  // It is the one that has gone on until now, and has been probed.
+  if (probe_) segments_[count - 1].ownCodec.reset();
 }
 
 }  // namespace orvane

@@ -33,8 +33,8 @@ struct EntryRule {
 /// headers or links of a chained file.
 ///
 /// A decoder of AAC also remembers how many random numbers it has drawn, which a neighbour does not
-/// see. So behind its segment each is probed for having drawn none, which spends it. Who goes on is
-/// a decoder that has begun a few packets before the place.
+/// see. So behind its segment each is probed for having drawn none, and only then the segment
+/// counts. As probing draws some, who goes on is a new decoder, which begins early as well.
 class SegmentedDecoding {
  public:
   /// Null for a single thread, and where a decoder cannot be entered in mid-stream: because it
@@ -68,7 +68,8 @@ class SegmentedDecoding {
     FrameRun frames{};
     std::size_t decodedPackets = 0;  ///< without those of the lead-in, the failing one included
     bool hasFailed = false;
-    bool mayBeFollowed = false;  ///< nothing failed, no random numbers were drawn
+    bool hasNoise = false;     ///< of AAC
+    std::size_t probings = 0;  ///< that the decoder has had
   };
 
   SegmentedDecoding(Demuxer& demuxer, const EntryRule& rule, std::size_t threadCount);
@@ -82,6 +83,7 @@ class SegmentedDecoding {
   std::size_t cut(std::size_t packets);
   void lay(std::size_t index, std::size_t start, std::size_t end);
   void decode(Segment& segment) const;
+  bool goesOn(std::size_t index) const;
   void join(std::size_t count, CodecContextPointer& codec);
 
   Demuxer& demuxer_;

@@ -370,8 +370,13 @@ TEST_F(EncodedProgramme, KeepsTheRandomNumbersBetweenPiecesOfNoise) {
     const std::string noise = encoded("1", "0.4");
     const auto stream = *folder_ / "a.aac";
     const auto track = *folder_ / "a.m4a";
-    // Packets with another header than the first are decoded between two stretches.
+    // Packets with another header than the first are decoded between two stretches, and behind
+    // the last of several.
     test::writeFile(stream, plain + asMPEG2(noise) + plain + noise + plain);
+    expectOneReading(stream);
+    std::string stretches;
+    while (stretches.size() < 7 * plain.size()) stretches += plain;
+    test::writeFile(stream, stretches + asMPEG2(noise));
     expectOneReading(stream);
     test::writeFile(stream, plain + noise + plain + noise + plain);
     test::runTool("ffmpeg", {"-v", "error", "-y", "-i", stream, "-c", "copy", track});
