@@ -65,8 +65,8 @@ class PartedReading {
   static constexpr std::size_t kFramesOfStretch = 65536;
   /// Frames that are worth a decoder of their own, which has to find its place.
   static constexpr std::size_t kFewestFramesOfPart = std::size_t{1} << 17;
-  /// Of a part that is kept in memory until it is asked for.
-  static constexpr std::size_t kFramesOfPartAhead = 2 * kFewestFramesOfPart;
+  /// That are kept in memory, for each thread, until they are asked for.
+  static constexpr std::size_t kSamplesAhead = std::size_t{1} << 21;
   /// Several parts for each thread end together even though others, like those that measure, take
   /// their time from the same processors.
   static constexpr std::size_t kMostPartsPerThread = 2;
@@ -86,17 +86,19 @@ class PartedReading {
   /// Who reads in small pieces, and more than the file's start, is given them out of a larger one.
   void readAhead(const MutablePlanarView& room, std::size_t filled, std::int64_t position,
                  std::int64_t shareable) {
-    const std::size_t frames = kFramesOfPartAhead * threadCount_;
-    if (threadCount_ < 2 || room.frameCount() - filled >= frames ||
-        position < static_cast<std::int64_t>(kFewestFramesOfPart) ||
-        position + static_cast<std::int64_t>(frames) > shareable)
+    const std::int64_t most = kSamplesAhead / room.channelCount() * threadCount_;
+    const auto frames =
+        static_cast<std::size_t>(std::clamp<std::int64_t>(shareable - position, 0, most));
+    const std::size_t parts = partsOf(frames, position, shareable);
+    if (parts < 2 || partsOf(room.frameCount() - filled, position, shareable) > 1 ||
+        position < static_cast<std::int64_t>(kFewestFramesOfPart))
       return;
     ahead_.resize(room.channelCount() * frames);
     aheadChannels_.resize(room.channelCount());
     for (std::size_t c = 0; c < aheadChannels_.size(); ++c)
       aheadChannels_[c] = ahead_.data() + c * frames;
     const MutablePlanarView stretch(aheadChannels_, frames);
-    aheadLeft_ = stretch.slice(0, readParts(stretch, position, threadCount_));
+    aheadLeft_ = stretch.slice(0, readParts(stretch, position, parts));
   }
 
   bool isAheadEmpty() const noexcept { return aheadLeft_.frameCount() == 0; }
