@@ -2,13 +2,11 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
-#include <fstream>
-#include <iterator>
 #include <string>
 #include <vector>
 
-#include "orvane/platform/module_location.h"
 #include "tests/container/ffmpeg/damaged_files.h"
+#include "tests/container/modules_beside_ffmpeg.h"
 #include "tests/support/random.h"
 #include "tests/support/tool_runner.h"
 
@@ -19,11 +17,6 @@ using enum ChannelLabel;
 using Code = AudioFileWarning::Code;
 using Labels = std::vector<ChannelLabel>;
 using test::Arguments;
-
-bool isLoaded(const std::string& library) {
-  std::ifstream maps("/proc/self/maps");
-  return std::string(std::istreambuf_iterator<char>(maps), {}).find(library) != std::string::npos;
-}
 
 class FLACFile : public test::DamagedFiles {
  protected:
@@ -110,29 +103,13 @@ TEST_F(FLACFile, OrdersChannelsByTheirNumberOrTheStatedMask) {
 }
 
 TEST_F(FLACFile, IsReadWithoutFFmpeg) {
-  const auto file = encodeByReference(16, 2);
-  if (isLoaded("libavformat")) {
-    // Another test of this process needed it: ask a fresh process.
-    const std::string output = test::runTool(ModuleLocation::executable().value().string(),
-                                             {"--gtest_filter=FLACFile.IsReadWithoutFFmpeg"});
-    EXPECT_NE(output.find("[  PASSED  ] 1 test"), std::string::npos);
-    return;
-  }
-  EXPECT_GT(test::readWholeFile(file).frames(), 0);
-  EXPECT_TRUE(isLoaded("libFLAC"));
-  EXPECT_FALSE(isLoaded("libavformat"));
+  test::expectReadWithoutFFmpeg(encodeByReference(16, 2), "libFLAC");
 }
 
 TEST_F(FLACFile, HasTheTagsAndChaptersThatFFmpegFinds) {
-  const auto file = encodeByReference(
+  test::expectSongInTwoHalves(encodeByReference(
       16, 2,
-      {"-T", "TITLE=A song", "-T", "CHAPTER001=00:00:00.500", "-T", "CHAPTER001NAME=Second half"});
-  const auto opened = AudioFile::open(file);
-  EXPECT_THAT(opened->tagNames(), testing::Contains("title"));
-  const auto chapters = opened->chapters();
-  ASSERT_EQ(chapters.size(), 1U);
-  EXPECT_EQ(chapters[0].startSeconds, 0.5);
-  EXPECT_EQ(chapters[0].name, "Second half");
+      {"-T", "TITLE=A song", "-T", "CHAPTER001=00:00:00.500", "-T", "CHAPTER001NAME=Second half"}));
 }
 
 TEST_F(FLACFile, CountsWhatNoHeaderStates) {

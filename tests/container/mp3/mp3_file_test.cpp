@@ -1,11 +1,10 @@
-#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
-#include <fstream>
-#include <iterator>
 
+#include "tests/container/modules_beside_ffmpeg.h"
 #include "tests/container/mp3/mp3_files.h"
 #include "tests/support/random.h"
 #include "tests/support/tool_runner.h"
@@ -88,22 +87,7 @@ TEST_F(MP3File, GivesTheSamplesOfOthersAt24kHz) {
 }
 
 TEST_F(MP3File, IsReadWithoutFFmpeg) {
-  const auto isLoaded = [](const std::string& library) {
-    std::ifstream maps("/proc/self/maps");
-    return std::string(std::istreambuf_iterator<char>(maps), {}).find(library) != std::string::npos;
-  };
-  const auto file = test::encodeNoise(folder_, "a.mp3");
-  if (isLoaded("libavformat")) {
-    // Another test of this process needed it: ask a fresh process.
-    const std::string output = test::runTool(ModuleLocation::executable().value().string(),
-                                             {"--gtest_filter=MP3File.IsReadWithoutFFmpeg"});
-    EXPECT_NE(output.find("[  PASSED  ] 1 test"), std::string::npos);
-    return;
-  }
-  EXPECT_TRUE(describeAudioFile(file));
-  EXPECT_GT(test::readWholeFile(file).frames(), 0);
-  EXPECT_TRUE(isLoaded("libmpg123"));
-  EXPECT_FALSE(isLoaded("libavformat"));
+  test::expectReadWithoutFFmpeg(test::encodeNoise(folder_, "a.mp3"), "libmpg123");
 }
 
 TEST_F(MP3File, HasTheTagsAndChaptersThatFFmpegFinds) {
@@ -113,12 +97,7 @@ TEST_F(MP3File, HasTheTagsAndChaptersThatFFmpegFinds) {
   const auto file = test::encodeNoise(
       folder_, "a.mp3", {"-f", "ffmetadata", "-i", list.string(), "-map_metadata", "1"});
   EXPECT_TRUE(isReadByModule(file));
-  const auto opened = AudioFile::open(file);
-  EXPECT_THAT(opened->tagNames(), testing::Contains("title"));
-  const auto chapters = opened->chapters();
-  ASSERT_EQ(chapters.size(), 1U);
-  EXPECT_EQ(chapters[0].startSeconds, 0.5);
-  EXPECT_EQ(chapters[0].name, "Second half");
+  test::expectSongInTwoHalves(file);
 }
 
 TEST_F(MP3File, PassesOverTagsAtItsEnd) {
