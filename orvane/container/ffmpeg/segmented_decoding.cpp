@@ -125,8 +125,11 @@ void SegmentedDecoding::giveUp() noexcept {
 }
 
 bool SegmentedDecoding::isPlain(const AVPacket& packet) const {
-  if (packet.size <= 0 || packet.side_data_elems > 0 ||
-      (packet.flags & (AV_PKT_FLAG_CORRUPT | AV_PKT_FLAG_DISCARD)) != 0)
+  const auto concernsDecoder = [](const AVPacketSideData& side) {
+    return side.type != AV_PKT_DATA_MPEGTS_STREAM_ID;
+  };
+  if (packet.size <= 0 || (packet.flags & (AV_PKT_FLAG_CORRUPT | AV_PKT_FLAG_DISCARD)) != 0 ||
+      std::any_of(packet.side_data, packet.side_data + packet.side_data_elems, concernsDecoder))
     return false;
   if (probe_ && !probe_->suits(packet)) return false;
   // The speech modes' filters never quite forget; in RFC 6716, 3.1, their configurations come

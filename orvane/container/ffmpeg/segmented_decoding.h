@@ -29,8 +29,8 @@ struct EntryRule {
 /// the last packets before it is, bit for bit, what its neighbour made of them: then the decoder
 /// has the state that decoding from the start would have brought it to. Otherwise the neighbour
 /// goes on, and the rest of the stream is decoded serially. So what comes out is always what one
-/// decoder gives. Stretches hold packets without side data and flags only: no priming, padding, new
-/// headers or links of a chained file.
+/// decoder gives. Stretches hold packets without flags and notes for the decoder only: no priming,
+/// padding, new headers or links of a chained file.
 ///
 /// A decoder of AAC also remembers how many random numbers it has drawn, which a neighbour does not
 /// see. So behind its segment each is probed for having drawn none, and only then the segment

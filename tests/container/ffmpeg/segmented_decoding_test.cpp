@@ -351,6 +351,8 @@ TEST_F(EncodedProgramme, IsDecodedByTwoWhereADecoderMayBeginInMidStream) {
         encodingOf("a.opus", 2, {"-c:a", "libopus", "-b:a", "128k"}),
         encodingOf("a.m4a", 2, {"-c:a", "aac", "-aac_pns", "0"}),
         encodingOf("a.aac", 1, {"-c:a", "aac", "-aac_pns", "0"}),
+        encodingOf("a.ts", 2, {"-c:a", "libmp3lame"}),
+        encodingOf("a.ts", 2, {"-c:a", "aac", "-aac_pns", "0"}),
         encodingOf("a.m4a", 2, {"-c:a", "alac"}), encodingOf("a.wv", 2, {"-c:a", "wavpack"}),
         encodingOf("a.flac", 2, {"-c:a", "flac"}), encodingOf("a.oga", 6, {"-c:a", "flac"})}) {
     SCOPED_TRACE(describe(each));
