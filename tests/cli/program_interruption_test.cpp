@@ -11,6 +11,7 @@
 #include "tests/cli/program_fixture.h"
 #include "tests/support/fake_browser.h"
 #include "tests/support/sanitized.h"
+#include "tests/support/signal_handling.h"
 
 namespace orvane::cli::test {
 namespace {
@@ -57,7 +58,8 @@ TEST_F(ProgramInterruption, EndsWithTheSignalsCodeAndLeavesNothingBehind) {
     auto setup = setupOf({"analyze", "-"});
     // The program waits for standard input, which nobody writes, when the signal comes.
     setup.meanwhile = [number = signal](int process) {
-      pause(500);
+      orvane::test::waitUntilHandled(number, process);
+      pause(300);
       kill(process, number);
       pause(200);
     };
@@ -83,7 +85,8 @@ TEST_F(ProgramInterruption, EndsAnyWorkSoon) {
     setup.environment.push_back("PATH=" + browser.searchPath());
     Clock::time_point told{};
     setup.meanwhile = [&](int process) {
-      pause(400);
+      orvane::test::waitUntilHandled(SIGTERM, process);
+      pause(300);
       told = Clock::now();
       kill(process, SIGTERM);
     };

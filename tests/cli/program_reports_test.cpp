@@ -190,15 +190,16 @@ TEST_F(ProgramReports, AreNoPDFForATerminal) {
 
 // A browser that never answers must not keep the user waiting.
 TEST_F(ProgramReports, ThatTakeLongCanBeInterrupted) {
-  folder().write("chromium-headless-shell", "#!/bin/sh\nexec /bin/sleep 100\n");
+  folder().write("chromium-headless-shell", "#!/bin/sh\n: >\"$0.started\"\nexec /bin/sleep 100\n");
   std::filesystem::permissions(folder() / "chromium-headless-shell",
                                std::filesystem::perms::owner_all);
   const orvane::test::TemporaryDirectory temporary;
   ProgramSetup setup;
   setup.arguments = {"analyze", "good.wav", "--pdf", "r.pdf"};
   setup.environment = {"PATH=" + folder().path().string(), "TMPDIR=" + temporary.path().string()};
-  setup.meanwhile = [](int process) {
-    std::this_thread::sleep_for(std::chrono::milliseconds(500));
+  setup.meanwhile = [&](int process) {
+    for (int i = 0; i < 1'000 && !exists("chromium-headless-shell.started"); ++i)
+      std::this_thread::sleep_for(std::chrono::milliseconds(10));
     kill(process, SIGINT);
   };
   const auto end = run(setup);

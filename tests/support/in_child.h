@@ -1,5 +1,6 @@
 #pragma once
 
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -37,6 +38,14 @@ pid_t startInChild(Work work) {
 template <typename Work>
 ChildEnd runInChild(Work work) {
   return waitFor(startInChild(work));
+}
+
+/// The most memory that this process ever held, in KiB. A child begins with what its parent holds:
+/// what it took itself is the difference.
+inline long peakMemoryKiB() {
+  rusage usage{};
+  getrusage(RUSAGE_SELF, &usage);
+  return usage.ru_maxrss;
 }
 
 /// Takes every special right from this process; for children only.

@@ -1,7 +1,6 @@
 // What damaged compressed files still give, and what is said about them.
 
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 
 #include <algorithm>
 #include <cstdint>
@@ -143,17 +142,12 @@ TEST_F(FFmpegDamage, TakesNoMemoryForWhatIsNotThere) {
   test::putBigEndian32(bytes, test::placeOf(bytes, "stsc") + 16, kClaimed);  // all in one chunk
   test::putBigEndian32(bytes, test::placeOf(bytes, "stts") + 12, kClaimed);
   const auto file = write(bytes);
-  const auto residentKiB = [] {
-    rusage usage{};
-    getrusage(RUSAGE_SELF, &usage);
-    return usage.ru_maxrss;
-  };
   const auto end = test::runInChild([&] {
     AudioFile::open(folder_ / "a.m4a");  // what FFmpeg itself takes
-    const long before = residentKiB();
+    const long before = test::peakMemoryKiB();
     test::openingError(file);
     describeAudioFile(file);
-    return residentKiB() - before < 64 * 1024 ? 0 : 1;
+    return test::peakMemoryKiB() - before < 64 * 1024 ? 0 : 1;
   });
   EXPECT_EQ(end.exitCode, 0);
 }

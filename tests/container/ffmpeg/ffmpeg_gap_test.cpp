@@ -46,15 +46,14 @@ class FFmpegGap : public test::DamagedFiles {
     const auto end = test::runInChild([&] {
       const rlimit limit{15, 15};  // seconds of work
       setrlimit(RLIMIT_CPU, &limit);
+      const long before = test::peakMemoryKiB();
       describeAudioFile(file);
       const auto found = test::readWholeFile(file);
       if (!found.hasWarning(Code::truncatedAudio)) return 1;
       // The parsers may take what follows for one more frame.
       if (found.frames() < frames || found.frames() > frames + 8192) return 2;
       if (found.frames() != found.promisedFrames) return 3;
-      rusage usage{};
-      getrusage(RUSAGE_SELF, &usage);
-      return usage.ru_maxrss < 200 * 1024 || test::isSanitized() ? 0 : 4;
+      return test::peakMemoryKiB() - before < 180 * 1024 || test::isSanitized() ? 0 : 4;
     });
     EXPECT_EQ(end.signal, 0);
     EXPECT_EQ(end.exitCode, 0);

@@ -1,7 +1,6 @@
 #include "orvane/speech/detector/speech_detection.h"
 
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 
 #include <algorithm>
 #include <random>
@@ -83,16 +82,11 @@ TEST_F(SpeechDetectionTest, TakesLittleMemoryForManyChannels) {
   const auto path = folder.write("a.raw", std::vector<std::byte>(64 * 4096));
   const RawPCMFormat format{
       .sampleRate = 22050, .channelCount = 64, .encoding = RawPCMFormat::Encoding::uint8};
-  const auto peak = [] {
-    rusage usage{};
-    getrusage(RUSAGE_SELF, &usage);
-    return usage.ru_maxrss;  // KiB
-  };
   const auto end = test::runInChild([&] {
-    const auto before = peak();
+    const long before = test::peakMemoryKiB();
     const auto detection = analyser_.begin(22050, 64, {});
     detectSpeech(*AudioSource::open(path, format), *detection, 1);
-    return peak() - before < 64 << 10 ? 0 : 1;
+    return test::peakMemoryKiB() - before < 64 << 10 ? 0 : 1;
   });
   EXPECT_EQ(end.exitCode, 0);
 }
