@@ -1,10 +1,13 @@
 #!/usr/bin/env python3
-"""formats.py BUILD_FOLDER [--rounds N] [--minutes N] [--only NAME] [--before PROGRAM] [--plot FILE.svg]
+"""formats.py BUILD_FOLDER [--rounds N] [--tries N] [--minutes N] [--only NAME] [--peer NAME]
+              [--before PROGRAM] [--plot FILE.svg]
 
 `orvane analyze` on each kind of file, whole processes in alternation: against FFmpeg merely decoding it
 and measuring it, WAV against a program that only converts it, on one second against a program made of
 libsndfile and libebur128, loud material and speech detection against the plain run, and 500 files of
-five seconds against an earlier build of the program. Prints medians of the ratios within a round.
+five seconds against an earlier build of the program. Prints medians of the ratios within a round, and
+the share of the time on processors that the machine's host took away: with more than a few percent, wall
+times of more threads than one tell little. Of `--tries` rounds those count that lost the least.
 """
 
 import subprocess
@@ -43,10 +46,10 @@ def make(folder, programme, seconds, name, arguments):
 
 
 def row(name, cost, ratios):
-    cells = [f"{peer}: {ratio.processor:.2f} processor, {ratio.wall:.2f} wall"
+    cells = [f"{peer}: {ratio.processor:.2f} processor, {ratio.wall:.2f} wall ({ratio.stolen:.0%} stolen)"
              for peer, ratio in ((peer, medians(costs)) for peer, costs in ratios.items())]
-    print(f"| {name} | {cost.processor:.2f} | {cost.wall:.2f} | {cost.memory / 2**20:.0f} | "
-          f"{'; '.join(cells)} |", flush=True)
+    print(f"| {name} | {cost.processor:.2f} | {cost.wall:.2f} | {cost.stolen:.0%} | "
+          f"{cost.memory / 2**20:.0f} | {'; '.join(cells)} |", flush=True)
 
 
 def short_files(folder, programme, count, seconds):
@@ -79,7 +82,8 @@ def measure_kinds(options, orvane, files):
             peers = {"unclipped": [[*orvane, files["wav"]]]}
         if name in CHANNELS_OF_PCM:
             peers["converting"] = [[options.build / "bin" / "map_and_convert", path, CHANNELS_OF_PCM[name]]]
-        cost, ratios = race(options.rounds, [[*orvane, path]], peers)
+        peers = {peer: commands for peer, commands in peers.items() if options.peer in ("", peer)}
+        cost, ratios = race(options.rounds, [[*orvane, path]], peers, options.tries)
         row(name, cost, ratios)
         if "decoding" in ratios:
             shares[name] = medians(ratios["decoding"]).wall
@@ -92,14 +96,14 @@ def measure_starts(options, orvane, folder):
         path = make(folder, second, 1, name, encoders()[name])
         cost, ratios = race(options.rounds, [[*orvane, path]] * SECOND_RUNS,
                             {"libebur128": [[options.build / "bin" / "peer_libebur128", path]]
-                                           * SECOND_RUNS})
+                                           * SECOND_RUNS}, options.tries)
         row(f"one second of {name}, {SECOND_RUNS} runs", cost, ratios)
-    cost, ratios = race(options.rounds, [[options.orvane, "--help"]] * SECOND_RUNS, {})
+    cost, ratios = race(options.rounds, [[options.orvane, "--help"]] * SECOND_RUNS, {}, options.tries)
     row(f"--help, {SECOND_RUNS} runs", cost, ratios)
 
 
 def main():
-    options = options_of(__doc__, 5, minutes=20, only="", before="", plot="")
+    options = options_of(__doc__, 5, minutes=20, tries=0, only="", peer="", before="", plot="")
     folder = options.build / "programmes"
     seconds = options.minutes * 60
     programme = programme_of(options.build, seconds)
@@ -107,20 +111,20 @@ def main():
              for name, arguments in encoders().items() if options.only in ("", name)}
     orvane = [options.orvane, "analyze", "-q"]
     print(f"\n{options.minutes} minutes, {options.rounds} rounds\n")
-    print("| file | processor s | wall s | MiB | ours ÷ others' (medians) |\n|---|---|---|---|---|")
+    print("| file | processor s | wall s | stolen | MiB | ours ÷ others' (medians) |\n|---|---|---|---|---|---|")
     shares = measure_kinds(options, orvane, files)
     if options.plot:
         plot_bars(options.plot, "wall time of measuring, in that of FFmpeg decoding the same file", shares)
     if options.only:
         return
     cost, ratios = race(options.rounds, [[*orvane, "--speech", files["wav"]]],
-                        {"without": [[*orvane, files["wav"]]]})
+                        {"without": [[*orvane, files["wav"]]]}, options.tries)
     row("wav --speech", cost, ratios)
     measure_starts(options, orvane, folder)
     short = short_files(folder, programme, 500, 5)
     command = ["analyze", "-q", "--jobs", "2", *short]
     cost, ratios = race(options.rounds, [[options.orvane, *command]],
-                        {"before": [[options.before, *command]]} if options.before else {})
+                        {"before": [[options.before, *command]]} if options.before else {}, options.tries)
     row("500 files of 5 s, two jobs", cost, ratios)
 
 

@@ -14,18 +14,26 @@ RATE = 48000
 
 @dataclass
 class Cost:
-    """Of processes: seconds of processor and wall time, peak resident bytes."""
+    """Of processes: seconds of processor and wall time, peak resident bytes, and the share of the time on
+    processors that the machine's host gave to others."""
 
     processor: float = 0
     wall: float = 0
     memory: int = 0
+    stolen: float = 0
+
+
+def stolen_seconds():
+    """So far, by the kernel's count."""
+    with open("/proc/stat", encoding="ascii") as file:
+        return int(file.readline().split()[8]) / os.sysconf("SC_CLK_TCK")
 
 
 def run(*commands, code=0):
     """What commands cost, one after the other; the memory is that of the largest. All must end with
     that exit code."""
     cost = Cost()
-    begin = time.monotonic()
+    begin, stolen = time.monotonic(), stolen_seconds()
     for command in commands:
         process = subprocess.Popen([str(part) for part in command], stdin=subprocess.DEVNULL,
                                    stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
@@ -35,25 +43,33 @@ def run(*commands, code=0):
         cost.processor += usage.ru_utime + usage.ru_stime
         cost.memory = max(cost.memory, usage.ru_maxrss * 1024)
     cost.wall = time.monotonic() - begin
+    stolen = stolen_seconds() - stolen
+    cost.stolen = stolen / (stolen + cost.processor)
     return cost
 
 
-def race(rounds, ours, peers):
-    """Runs lists of commands in alternation. Gives the medians of what ours cost, and by the peers'
-    names the ratios of ours to theirs within each round."""
+def race(rounds, ours, peers, tries=0):
+    """Runs lists of commands in alternation, `rounds` times, or `tries` times, of which the `rounds` with
+    the least stolen count. Gives the medians of what ours cost, and by the peers' names the ratios of ours
+    to theirs within each round, with the larger share of time stolen from either."""
     costs, ratios = [], {peer: [] for peer in peers}
-    for _ in range(rounds):
+    for _ in range(max(rounds, tries)):
         mine = run(*ours)
         costs.append(mine)
         for peer, commands in peers.items():
             theirs = run(*commands)
-            ratios[peer].append(Cost(mine.processor / theirs.processor, mine.wall / theirs.wall))
-    return medians(costs), ratios
+            ratios[peer].append(Cost(mine.processor / theirs.processor, mine.wall / theirs.wall,
+                                     stolen=max(mine.stolen, theirs.stolen)))
+
+    def quietest(found):
+        return sorted(found, key=lambda cost: cost.stolen)[:rounds]
+
+    return medians(quietest(costs)), {peer: quietest(found) for peer, found in ratios.items()}
 
 
 def medians(costs):
     return Cost(*(statistics.median(getattr(cost, field) for cost in costs)
-                  for field in ("processor", "wall", "memory")))
+                  for field in ("processor", "wall", "memory", "stolen")))
 
 
 def into_page_cache(path):
