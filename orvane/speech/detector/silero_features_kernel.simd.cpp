@@ -138,23 +138,26 @@ namespace orvane::silero {
 HWY_EXPORT(sanitize);
 HWY_EXPORT(computeTile);
 
-void loadTile(std::span<const float> samples, std::size_t start, TileScratch& scratch) {
+void loadTile(const Signal& signal, std::size_t start, TileScratch& scratch) {
   float* destination = scratch.samples.get();
-  std::size_t wanted = kTileSamples;
+  float* const end = destination + kTileSamples;
   if (start == 0) {
     destination = std::fill_n(destination, kContextSamples, 0.0F);
-    wanted -= kContextSamples;
   } else {
     start -= kContextSamples;
   }
-  const auto present = start < samples.size()
-                           ? samples.subspan(start, std::min(wanted, samples.size() - start))
-                           : std::span<const float>();
-  HWY_DYNAMIC_DISPATCH(sanitize)(present.data(), present.size(), destination);
-  if (present.size() == wanted) return;
   float last = 0;
-  if (!samples.empty()) HWY_DYNAMIC_DISPATCH(sanitize)(&samples.back(), 1, &last);
-  std::fill(destination + present.size(), destination + wanted, last);
+  for (const auto part : {signal.first, signal.second}) {
+    if (part.empty()) continue;
+    const std::size_t skipped = std::min(start, part.size());
+    const auto wanted = static_cast<std::size_t>(end - destination);
+    const std::size_t count = std::min(wanted, part.size() - skipped);
+    HWY_DYNAMIC_DISPATCH(sanitize)(part.data() + skipped, count, destination);
+    HWY_DYNAMIC_DISPATCH(sanitize)(&part.back(), 1, &last);
+    destination += count;
+    start -= skipped;
+  }
+  std::fill(destination, end, last);
 }
 
 void computeTile(const PackedWeights& weights, TileScratch& scratch, float* gates) {

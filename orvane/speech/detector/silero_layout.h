@@ -101,10 +101,16 @@ struct RecurrentState {
 
 PackedWeights packWeights(const SileroWeights& weights);
 
+/// A signal that lies in two places.
+struct Signal {
+  std::span<const float> first{};
+  std::span<const float> second{};
+};
+
 /// Copies the samples of a tile whose steps begin with sample `start`, and the ones before them, to
 /// `scratch.samples`: zeros before the signal, its last sample after it, and 0 for samples that are
 /// not finite or beyond 10⁹. `start` is 0 or at least `kContextSamples`.
-void loadTile(std::span<const float> samples, std::size_t start, TileScratch& scratch);
+void loadTile(const Signal& signal, std::size_t start, TileScratch& scratch);
 
 /// From the loaded samples to the gates' sums without their recurrent part: `gates` takes
 /// `kTileSteps` × `kGateSize` floats, step by step, gates in the order of `gateBias`.

@@ -17,16 +17,28 @@ using namespace silero;
 /// The recurrence takes about a third of one thread's time; it cannot keep up with more.
 constexpr std::size_t kMaximumThreads = 4;
 
+/// A tile's gates on their way from the thread that computed them to the recurrence.
+struct Slot {
+  AlignedFloats gates = allocateFloats(kTileSteps * kGateSize);
+  bool isReady = false;
+};
+
+/// Memory for passes, one at a time.
+struct Workspace {
+  std::vector<TileScratch> scratch{};  ///< one per thread
+  std::vector<Slot> slots{};
+};
+
 /// One pass over a stretch of a signal. Tiles of steps are computed by any thread, ahead of the
 /// recurrence, into a ring of slots; whichever thread finds the next tile ready runs the recurrence
 /// over it.
 class Pass {
  public:
   /// The steps begin with sample `start`.
-  Pass(const PackedWeights& weights, std::span<const float> samples, std::size_t start,
-       RecurrentState& state, std::span<float> probabilities, const Execution& execution)
+  Pass(const PackedWeights& weights, const Signal& signal, std::size_t start, RecurrentState& state,
+       std::span<float> probabilities, const Execution& execution, Workspace& workspace)
       : weights_(weights),
-        samples_(samples),
+        signal_(signal),
         start_(start),
         state_(state),
         probabilities_(probabilities),
@@ -34,8 +46,12 @@ class Pass {
         tileCount_((probabilities.size() + kTileSteps - 1) / kTileSteps) {
     const std::size_t threads = std::clamp<std::size_t>(execution.threadCount, 1, kMaximumThreads);
     threadCount_ = std::min(threads, std::max<std::size_t>(tileCount_, 1));
-    scratch_ = std::vector<TileScratch>(threadCount_);
-    slots_ = std::vector<Slot>(threadCount_ == 1 ? 1 : 2 * threadCount_);
+    const std::size_t slotCount = threadCount_ == 1 ? 1 : 2 * threadCount_;
+    if (workspace.scratch.size() < threadCount_) workspace.scratch.resize(threadCount_);
+    if (workspace.slots.size() < slotCount) workspace.slots.resize(slotCount);
+    scratch_ = workspace.scratch;
+    slots_ = std::span(workspace.slots).first(slotCount);
+    for (Slot& slot : slots_) slot.isReady = false;
   }
 
   void run() {
@@ -43,11 +59,6 @@ class Pass {
   }
 
  private:
-  struct Slot {
-    AlignedFloats gates = allocateFloats(kTileSteps * kGateSize);
-    bool isReady = false;
-  };
-
   void work(TileScratch& scratch) {
     std::unique_lock lock(mutex_);
     while (!isStopped_ && nextRecurrent_ < tileCount_) {
@@ -65,7 +76,7 @@ class Pass {
         const std::size_t tile = nextTile_++;
         Slot& slot = slots_[tile % slots_.size()];
         lock.unlock();
-        loadTile(samples_, start_ + tile * kTileSteps * kStepSamples, scratch);
+        loadTile(signal_, start_ + tile * kTileSteps * kStepSamples, scratch);
         computeTile(weights_, scratch, slot.gates.get());
         lock.lock();
         slot.isReady = true;
@@ -95,15 +106,15 @@ class Pass {
   }
 
   const PackedWeights& weights_;
-  std::span<const float> samples_;
+  Signal signal_;
   std::size_t start_;
   RecurrentState& state_;
   std::span<float> probabilities_;
   ProgressObserver* observer_;
   std::size_t tileCount_;
   std::size_t threadCount_ = 1;
-  std::vector<TileScratch> scratch_{};
-  std::vector<Slot> slots_{};
+  std::span<TileScratch> scratch_{};
+  std::span<Slot> slots_{};
 
   std::mutex mutex_{};
   std::condition_variable changed_{};
@@ -126,22 +137,34 @@ std::vector<float> SileroNetwork::stepProbabilities(std::span<const float> sampl
                                                     const Execution& execution) const {
   std::vector<float> probabilities(stepCount);
   RecurrentState state;
-  Pass(*weights_, samples, 0, state, probabilities, execution).run();
+  Workspace workspace;
+  Pass(*weights_, {samples}, 0, state, probabilities, execution, workspace).run();
   return probabilities;
 }
 
 struct SileroNetwork::Stream::State {
   const PackedWeights& weights;
   RecurrentState recurrent{};
-  std::vector<float> samples{};  ///< no tile yet, behind the context of the next step
-  std::size_t start = 0;         ///< of that step: 0 for the first, which has no context
+  Workspace workspace{};
+  std::vector<float> held{};  ///< no tile yet, behind the context of the next step
+  std::size_t start = 0;      ///< of that step: 0 for the first, which has no context
   std::vector<float> probabilities{};
 
-  void run(std::size_t stepCount, std::size_t threadCount) {
+  /// Of the samples held and those behind them.
+  void run(std::span<const float> samples, std::size_t stepCount, std::size_t threadCount) {
     const std::size_t known = probabilities.size();
     probabilities.resize(known + stepCount);
-    Pass(weights, samples, start, recurrent, std::span(probabilities).subspan(known), {threadCount})
+    Pass(weights, {held, samples}, start, recurrent, std::span(probabilities).subspan(known),
+         {threadCount}, workspace)
         .run();
+  }
+
+  /// Holds what follows so many of those samples.
+  void drop(std::size_t count, std::span<const float> samples) {
+    const std::size_t ofHeld = std::min(count, held.size());
+    held.erase(held.begin(), held.begin() + static_cast<std::ptrdiff_t>(ofHeld));
+    const auto rest = samples.subspan(count - ofHeld);
+    held.insert(held.end(), rest.begin(), rest.end());
   }
 };
 
@@ -152,20 +175,18 @@ SileroNetwork::Stream::Stream(Stream&&) noexcept = default;
 
 void SileroNetwork::Stream::process(std::span<const float> samples, std::size_t threadCount) {
   State& state = *state_;
-  state.samples.insert(state.samples.end(), samples.begin(), samples.end());
-  const std::size_t tiles = (state.samples.size() - state.start) / (kTileSteps * kStepSamples);
-  if (tiles == 0) return;
-  state.run(tiles * kTileSteps, threadCount);
-  const std::size_t next = state.start + tiles * kTileSteps * kStepSamples;
-  state.samples.erase(state.samples.begin(),
-                      state.samples.begin() + static_cast<std::ptrdiff_t>(next - kContextSamples));
+  const std::size_t available = state.held.size() + samples.size() - state.start;
+  const std::size_t tiles = available / (kTileSteps * kStepSamples);
+  if (tiles == 0) return state.drop(0, samples);
+  state.run(samples, tiles * kTileSteps, threadCount);
+  state.drop(state.start + tiles * kTileSteps * kStepSamples - kContextSamples, samples);
   state.start = kContextSamples;
 }
 
 std::vector<float> SileroNetwork::Stream::finish(std::size_t stepCount) {
   State& state = *state_;
   precondition(stepCount >= state.probabilities.size(), "no step is left out");
-  state.run(stepCount - state.probabilities.size(), 1);
+  state.run({}, stepCount - state.probabilities.size(), 1);
   return std::move(state.probabilities);
 }
 

@@ -34,23 +34,25 @@ std::int64_t SpeechInputMaker::outputsWithin(std::int64_t frames) const {
 
 void SpeechInputMaker::run(PlanarView audio, std::int64_t firstFrame, std::int64_t endOutput,
                            std::size_t threadCount) {
-  const auto made = output_.size();
-  const std::int64_t start = firstOutput_ + static_cast<std::int64_t>(made);
-  if (endOutput <= start) return;
-  output_.resize(static_cast<std::size_t>(endOutput - firstOutput_));
+  if (endOutput <= endOutput_) return;
+  // Room is not cleared again for every piece.
+  const auto needed = static_cast<std::size_t>(endOutput - firstOutput_);
+  if (output_.size() < needed) output_.resize(needed);
   const std::int64_t endFrame = firstFrame + static_cast<std::int64_t>(audio.frameCount());
-  MonoResampler{audio, endFrame, ratio_, firstFrame}.run(start, endOutput, output_.data() + made,
-                                                         threadCount);
+  MonoResampler{audio, endFrame, ratio_, firstFrame}.run(
+      endOutput_, endOutput, output_.data() + (endOutput_ - firstOutput_), threadCount);
+  endOutput_ = endOutput;
 }
 
 void SpeechInputMaker::dropGiven() {
-  output_.erase(output_.begin(), output_.begin() + (given_ - firstOutput_));
+  std::copy(output_.begin() + (given_ - firstOutput_), output_.begin() + (endOutput_ - firstOutput_),
+            output_.begin());
   firstOutput_ = given_;
 }
 
 std::span<const float> SpeechInputMaker::give(std::int64_t endOutput) {
   const auto first = static_cast<std::size_t>(given_ - firstOutput_);
-  given_ = std::clamp(endOutput, given_, firstOutput_ + static_cast<std::int64_t>(output_.size()));
+  given_ = std::clamp(endOutput, given_, endOutput_);
   return std::span(output_).subspan(first, static_cast<std::size_t>(given_ - firstOutput_) - first);
 }
 

@@ -36,9 +36,10 @@ class ORVANE_TESTING_API SpeechInputMaker {
   double ratio_;
   std::int64_t frames_ = 0;
   std::vector<float> lastFrame_{};  ///< one sample per channel
-  std::vector<float> output_{};     ///< samples made, from `firstOutput_` on
+  std::vector<float> output_{};     ///< room for the samples from `firstOutput_` on
   std::int64_t firstOutput_ = 0;
-  std::int64_t given_ = 0;  ///< samples given away so far
+  std::int64_t endOutput_ = 0;  ///< behind the last one made
+  std::int64_t given_ = 0;      ///< samples given away so far
 };
 
 }  // namespace orvane
