@@ -40,7 +40,7 @@ std::uint32_t sliceFramesOf(AudioSource& source) {
       std::min(most, static_cast<std::size_t>(source.frameLength()) + 1));
 }
 
-/// The meters, each of which may run on a thread of its own.
+/// The meters, of which two may run on threads of their own.
 class Meters {
  public:
   Meters(const ProgrammeView& programme, bool computeStereoWidth, int bits)
@@ -51,11 +51,10 @@ class Meters {
     loudness_.isRecording = true;
   }
 
-  /// The longest first, so that the others fill the second thread beside it.
+  /// The longest first, so that the other fills the second thread beside it.
   std::vector<SliceTaker> all() {
     return {[this](PlanarView audio) { loudness_.process(audio); },
-            [this](PlanarView audio) { statistics_.process(audio); },
-            [this](PlanarView audio) { loudness_.updateTruePeak(audio); }};
+            [this](PlanarView audio) { measurePieces(audio); }};
   }
 
   ProgrammeMeasurement finish(std::size_t frameCount) {
@@ -66,6 +65,17 @@ class Meters {
   }
 
  private:
+  /// Memory is what these two wait for: the second one finds a piece in the cache.
+  void measurePieces(PlanarView audio) {
+    while (audio.frameCount() > 0) {
+      const std::size_t frames =
+          std::min(audio.frameCount(), ProgrammeStatisticsMeter::kPieceFrames);
+      statistics_.process(audio.slice(0, frames));
+      loudness_.updateTruePeak(audio.slice(0, frames));
+      audio = audio.from(frames);
+    }
+  }
+
   core::LoudnessProcessor loudness_;
   ProgrammeStatisticsMeter statistics_;
 };
