@@ -20,9 +20,9 @@ using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using Clock = std::chrono::steady_clock;
 
-/// One second, and one for a busy machine.
+/// One second, and some for a busy machine.
 std::chrono::seconds soon() {
-  return std::chrono::seconds(orvane::test::isSanitized() ? 10 : 2);
+  return std::chrono::seconds(orvane::test::isSanitized() ? 10 : 4);
 }
 
 void pause(int milliseconds) {

@@ -16,7 +16,7 @@ namespace {
 // The start of the browser and the rendering once had a time of their own each.
 TEST(ReportRenderer, GivesAHangingBrowserItsTimeOnce) {
   using Clock = std::chrono::steady_clock;
-  constexpr std::chrono::seconds kPatience{3};
+  constexpr std::chrono::seconds kPatience{6};
   const orvane::test::FakeBrowser browser("hang");
   const orvane::test::OwnTemporaryFolder temporary;
   const std::string before = getenv("PATH");

@@ -105,6 +105,14 @@ double shareOfOthers(const std::filesystem::path& file) {
   return 1 - (processorSeconds(CLOCK_THREAD_CPUTIME_ID) - own) / allSpent;
 }
 
+/// Whether others have more than this share; once is enough, because on a busy machine they may get
+/// no processor while there is something to do.
+bool othersTakePart(const std::filesystem::path& file, double share) {
+  for (int tries = 0; tries < 8; ++tries)
+    if (shareOfOthers(file) > share) return true;
+  return false;
+}
+
 struct Encoding {
   std::string name;  ///< of the file
   Arguments arguments;
@@ -356,7 +364,7 @@ TEST_F(EncodedProgramme, IsDecodedByTwoWhereADecoderMayBeginInMidStream) {
         encodingOf("a.m4a", 2, {"-c:a", "alac"}), encodingOf("a.wv", 2, {"-c:a", "wavpack"}),
         encodingOf("a.flac", 2, {"-c:a", "flac"}), encodingOf("a.oga", 6, {"-c:a", "flac"})}) {
     SCOPED_TRACE(describe(each));
-    EXPECT_GT(shareOfOthers(encode(each, 3)), 0.1);
+    EXPECT_TRUE(othersTakePart(encode(each, 3), 0.1));
   }
 }
 
@@ -385,7 +393,7 @@ TEST_F(EncodedProgramme, KeepsTheRandomNumbersBetweenPiecesOfNoise) {
     for (const auto& file : {stream, track}) {
       SCOPED_TRACE(file.extension().string() + " of " + std::to_string(channels));
       expectOneReading(file);
-      EXPECT_GT(shareOfOthers(file), 0.05) << "what comes before the noise";
+      EXPECT_TRUE(othersTakePart(file, 0.05)) << "what comes before the noise";
     }
   }
 }
