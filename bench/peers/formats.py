@@ -3,9 +3,9 @@
               [--before PROGRAM] [--plot FILE.svg]
 
 `orvane analyze` on each kind of file, whole processes in alternation: against FFmpeg merely decoding it
-and measuring it, WAV against a program that only converts it, on one second against a program made of
-libsndfile and libebur128, loud material and speech detection against the plain run, and 500 files of
-five seconds against an earlier build of the program. Prints medians of the ratios within a round, and
+and measuring it, against a program made of libebur128 and libsndfile where that reads it, WAV against a
+program that only converts it, loud material and speech detection against the plain run, and 500 files
+of five seconds against an earlier build of the program. Prints medians of the ratios within a round, and
 the share of the time on processors that the machine's host took away: with more than a few percent, wall
 times of more threads than one tell little. Of `--tries` rounds those count that lost the least.
 """
@@ -16,6 +16,7 @@ from plot import plot_bars
 from runner import into_page_cache, medians, options_of, programme_of, race
 
 CHANNELS_OF_PCM = {"wav": 2, "5.1.wav": 6, "192k.wav": 2}  # those that a program merely converts, too
+UNREAD_BY_LIBSNDFILE = ("m4a", "plain.m4a")
 SECOND_RUNS = 40  # of the shortest files in a row, which end too soon to be timed alone
 
 
@@ -78,6 +79,8 @@ def measure_kinds(options, orvane, files):
             continue
         peers = {"decoding": [ffmpeg(path)],
                  "ebur128": [ffmpeg(path, "-filter_complex", "ebur128=peak=true:framelog=verbose")]}
+        if name not in UNREAD_BY_LIBSNDFILE:
+            peers["libebur128"] = [[options.build / "bin" / "peer_libebur128", path]]
         if name == "clipped.wav":
             peers = {"unclipped": [[*orvane, files["wav"]]]}
         if name in CHANNELS_OF_PCM:
