@@ -86,7 +86,7 @@ class PartedReading {
   /// Who reads in small pieces, and more than the file's start, is given them out of a larger one.
   void readAhead(const MutablePlanarView& room, std::size_t filled, std::int64_t position,
                  std::int64_t shareable) {
-    const std::int64_t most = kSamplesAhead / room.channelCount() * threadCount_;
+    const auto most = static_cast<std::int64_t>(kSamplesAhead / room.channelCount() * threadCount_);
     const auto frames =
         static_cast<std::size_t>(std::clamp<std::int64_t>(shareable - position, 0, most));
     const std::size_t parts = partsOf(frames, position, shareable);

@@ -158,13 +158,15 @@ constexpr std::int64_t kShareSamples = 65536;
 
 /// Output samples `start` … `end` − 1 on this thread.
 void runHere(const MonoResampler& source, std::int64_t start, std::int64_t end, float* output) {
-  const auto& [audio, frameCount, ratio, firstFrame] = source;
+  const PlanarView audio = source.audio;
+  const double ratio = source.ratio;
+  const std::int64_t firstFrame = source.firstFrame;
   if (ratio == 1) {
     HWY_DYNAMIC_DISPATCH(mix)
     (audio, start - firstFrame, static_cast<std::size_t>(end - start), output);
     return;
   }
-  const std::int64_t lastFrame = frameCount - 1;
+  const std::int64_t lastFrame = source.frameCount - 1;
   const auto frameAt = [&](std::int64_t i) {
     return std::min(lastFrame, static_cast<std::int64_t>(ratio * static_cast<double>(i)));
   };

@@ -48,7 +48,9 @@ std::string programme() {
 
 /// AAC in ADTS with another bit in every packet's fixed header (ISO/IEC 14496-3, 1.A.2.2).
 std::string asMPEG2(std::string packets) {
-  const auto byte = [&](std::size_t at) { return static_cast<unsigned char>(packets.at(at)); };
+  const auto byte = [&](std::size_t at) -> unsigned {
+    return static_cast<unsigned char>(packets.at(at));
+  };
   for (std::size_t at = 0; at < packets.size();
        at += (byte(at + 3) & 3U) << 11 | byte(at + 4) << 3 | byte(at + 5) >> 5)
     packets[at + 1] = static_cast<char>(byte(at + 1) | 0x08);
