@@ -105,9 +105,10 @@ bool areSame(const FrameRun& a, const FrameRun& b) {
 
 }  // namespace
 
-std::unique_ptr<AACNoiseProbe> AACNoiseProbe::of(const Demuxer& demuxer, const AVPacket& packet,
-                                                 int channelCount) {
-  if (channelCount > 2 || !isPlainByConfiguration(*demuxer.stream().codecpar)) return nullptr;
+std::unique_ptr<AACNoiseProbe> AACNoiseProbe::of(const Demuxer& demuxer,
+                                                 const AVCodecParameters& parameters,
+                                                 const AVPacket& packet, int channelCount) {
+  if (channelCount > 2 || !isPlainByConfiguration(parameters)) return nullptr;
   std::vector<std::uint8_t> bytes = noiseBlock(channelCount);
   if (hasADTSHeader(bytesOf(packet))) putADTSHeader(bytes, bytesOf(packet));
   PacketPointer made = makePacket();
@@ -115,7 +116,7 @@ std::unique_ptr<AACNoiseProbe> AACNoiseProbe::of(const Demuxer& demuxer, const A
   std::copy(bytes.begin(), bytes.end(), made->data);
   std::unique_ptr<AACNoiseProbe> probe(new AACNoiseProbe(std::move(made)));
 
-  const CodecContextPointer codec = openCodec(demuxer);
+  const CodecContextPointer codec = openCodec(demuxer, parameters);
   for (std::size_t i = 0; i < kMostProbings; ++i)
     probe->answers_.push_back(probe->answerOf(*codec));
   const bool hears =

@@ -22,8 +22,9 @@ class AACNoiseProbe {
   /// For the stream of which that is a packet, in so many channels. Null where the answer would not
   /// hold: for other profiles than LC, whose decoders remember more than that and one packet, more
   /// than two channels, and decoders whose random numbers do not show. Throws `PlatformError`.
-  static std::unique_ptr<AACNoiseProbe> of(const Demuxer& demuxer, const AVPacket& packet,
-                                           int channelCount);
+  static std::unique_ptr<AACNoiseProbe> of(const Demuxer& demuxer,
+                                           const AVCodecParameters& parameters,
+                                           const AVPacket& packet, int channelCount);
 
   /// Whether a packet has the same fixed header as that of which the probe was made.
   bool suits(const AVPacket& packet) const;

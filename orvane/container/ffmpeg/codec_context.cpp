@@ -32,17 +32,27 @@ FramePointer makeFrame() {
   return frame;
 }
 
-CodecContextPointer openCodec(const Demuxer& demuxer, int flags2) {
-  const AVStream& stream = demuxer.stream();
-  const std::string name = avcodec_get_name(stream.codecpar->codec_id);
-  if (stream.codecpar->codec_id == AV_CODEC_ID_NONE)
+CodecParametersPointer copyOf(const AVCodecParameters& parameters) {
+  CodecParametersPointer copy(avcodec_parameters_alloc());
+  if (!copy || avcodec_parameters_copy(copy.get(), &parameters) < 0) throw std::bad_alloc();
+  return copy;
+}
+
+CodecContextPointer openCodec(const Demuxer& demuxer) {
+  return openCodec(demuxer, *demuxer.stream().codecpar);
+}
+
+CodecContextPointer openCodec(const Demuxer& demuxer, const AVCodecParameters& parameters,
+                              int flags2) {
+  const std::string name = avcodec_get_name(parameters.codec_id);
+  if (parameters.codec_id == AV_CODEC_ID_NONE)
     throw PlatformError(demuxer.path(), "There is no decoder for its codec");
   if (demuxer.codec() == nullptr)
     throw PlatformError(demuxer.path(), "There is no decoder for its codec, " + name);
   CodecContextPointer context(avcodec_alloc_context3(demuxer.codec()));
   if (!context) throw std::bad_alloc();
-  int result = avcodec_parameters_to_context(context.get(), stream.codecpar);
-  context->pkt_timebase = stream.time_base;
+  int result = avcodec_parameters_to_context(context.get(), &parameters);
+  context->pkt_timebase = demuxer.stream().time_base;
   context->thread_count = 1;
   context->flags2 |= flags2;
   context->get_buffer2 = allocateFrame;

@@ -48,6 +48,12 @@ int capacityOf(const AVFrame& piece) {
 
 }  // namespace
 
+std::size_t bytesOf(const AVFrame& frame) noexcept {
+  return static_cast<std::size_t>(frame.nb_samples) *
+         static_cast<std::size_t>(av_get_bytes_per_sample(formatOf(frame))) *
+         static_cast<std::size_t>(frame.ch_layout.nb_channels);
+}
+
 void FrameRun::append(const AVFrame& frame) {
   if (frame.nb_samples <= 0) return;
   if (!takes(frame)) beginPiece(frame);
@@ -55,6 +61,8 @@ void FrameRun::append(const AVFrame& frame) {
   av_samples_copy(piece.extended_data, frame.extended_data, piece.nb_samples, 0, frame.nb_samples,
                   frame.ch_layout.nb_channels, formatOf(frame));
   piece.nb_samples += frame.nb_samples;
+  frames_ += static_cast<std::size_t>(frame.nb_samples);
+  bytes_ += bytesOf(frame);
 }
 
 bool FrameRun::takes(const AVFrame& frame) const {

@@ -1,5 +1,6 @@
 #include "orvane/container/ffmpeg/packet_history.h"
 
+#include <algorithm>
 #include <new>
 #include <utility>
 
@@ -10,7 +11,7 @@ namespace orvane {
 void PacketHistory::add(const AVPacket& packet) {
   packets_.emplace_back(av_packet_clone(&packet));
   if (!packets_.back()) throw std::bad_alloc();
-  bytes_ += static_cast<std::size_t>(packet.size);
+  bytes_ += bytesHeldBy(packet);
 }
 
 void PacketHistory::replaceBy(std::span<const AVPacket* const> packets) {
@@ -30,8 +31,15 @@ std::vector<const AVPacket*> PacketHistory::packets() const {
   return all;
 }
 
-CodecContextPointer replay(const Demuxer& demuxer, std::span<const AVPacket* const> packets) {
-  CodecContextPointer codec = openCodec(demuxer);
+std::size_t bytesHeldBy(const AVPacket& packet) noexcept {
+  std::size_t bytes = static_cast<std::size_t>(std::max(packet.size, 0));
+  for (int i = 0; i < packet.side_data_elems; ++i) bytes += packet.side_data[i].size;
+  return bytes;
+}
+
+CodecContextPointer replay(const Demuxer& demuxer, const AVCodecParameters& parameters,
+                           std::span<const AVPacket* const> packets) {
+  CodecContextPointer codec = openCodec(demuxer, parameters);
   const FramePointer frame = makeFrame();
   for (const AVPacket* packet : packets) decodePacket(*codec, *packet, *frame, nullptr);
   return codec;

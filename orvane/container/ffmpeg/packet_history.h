@@ -29,7 +29,11 @@ class PacketHistory {
   std::size_t bytes_ = 0;
 };
 
+/// What a packet holds in memory.
+std::size_t bytesHeldBy(const AVPacket& packet) noexcept;
+
 /// A new decoder that has decoded those packets. Throws as `openCodec` does.
-CodecContextPointer replay(const Demuxer& demuxer, std::span<const AVPacket* const> packets);
+CodecContextPointer replay(const Demuxer& demuxer, const AVCodecParameters& parameters,
+                           std::span<const AVPacket* const> packets);
 
 }  // namespace orvane

@@ -43,7 +43,8 @@ class AACNoise : public testing::Test {
       ASSERT_GE(av_packet_ref(last_.get(), packet_.get()), 0);
     }
     ASSERT_TRUE(last_);
-    probe_ = AACNoiseProbe::of(*demuxer_, *last_, codec_->ch_layout.nb_channels);
+    probe_ = AACNoiseProbe::of(*demuxer_, *demuxer_->stream().codecpar, *last_,
+                               codec_->ch_layout.nb_channels);
   }
 
   test::TemporaryDirectory folder_{};

@@ -1,19 +1,15 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <bit>
 #include <cmath>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
-#include <iterator>
 #include <string>
 #include <vector>
 
-#include "orvane/container/audio_file.h"
-#include "orvane/platform/error.h"
-#include "tests/container/ffmpeg/compressed_files.h"
+#include "tests/container/ffmpeg/one_reading.h"
 #include "tests/support/random.h"
 #include "tests/support/signals.h"
 #include "tests/support/tool_runner.h"
@@ -57,41 +53,6 @@ std::string asMPEG2(std::string packets) {
   return packets;
 }
 
-/// All that a host can see of a reading.
-struct Reading {
-  std::vector<std::uint32_t> samples{};  ///< bits of them, block by block, channel by channel
-  std::vector<AudioFileWarning> warnings{};
-  std::string error{};
-  bool operator==(const Reading&) const = default;
-};
-
-/// Reads to the end in blocks of that many frames.
-template <typename Take>
-std::vector<AudioFileWarning> readBy(std::size_t threads, const std::filesystem::path& file,
-                                     std::uint32_t frames, Take&& take) {
-  AudioFileOpenOptions options;
-  options.execution.threadCount = threads;
-  const auto opened = AudioFile::open(file, options);
-  const auto buffer = PCMBuffer::make(opened->processingFormat(), frames);
-  for (opened->read(*buffer); buffer->frameLength() > 0; opened->read(*buffer)) take(*buffer);
-  return opened->description().warnings;
-}
-
-Reading readingBy(std::size_t threads, const std::filesystem::path& file) {
-  Reading reading;
-  try {
-    reading.warnings = readBy(threads, file, 100000, [&](const PCMBuffer& buffer) {
-      for (std::uint32_t c = 0; c < buffer.channelCount(); ++c)
-        std::transform(buffer.channel(c), buffer.channel(c) + buffer.frameLength(),
-                       std::back_inserter(reading.samples),
-                       [](float sample) { return std::bit_cast<std::uint32_t>(sample); });
-    });
-  } catch (const Error& error) {
-    reading.error = error.errorDescription();
-  }
-  return reading;
-}
-
 double processorSeconds(clockid_t clock) {
   timespec time{};
   clock_gettime(clock, &time);
@@ -102,7 +63,7 @@ double processorSeconds(clockid_t clock) {
 double shareOfOthers(const std::filesystem::path& file) {
   const double all = processorSeconds(CLOCK_PROCESS_CPUTIME_ID);
   const double own = processorSeconds(CLOCK_THREAD_CPUTIME_ID);
-  readBy(2, file, 1 << 16, [](const PCMBuffer&) {});
+  test::readThrough(2, file, 1 << 16);
   const double allSpent = processorSeconds(CLOCK_PROCESS_CPUTIME_ID) - all;
   return 1 - (processorSeconds(CLOCK_THREAD_CPUTIME_ID) - own) / allSpent;
 }
@@ -314,12 +275,6 @@ class EncodedProgramme : public testing::Test {
     return file;
   }
 
-  static void expectOneReading(const std::filesystem::path& file) {
-    const Reading serial = readingBy(1, file);
-    for (const std::size_t threads : {2U, 3U, 16U})
-      EXPECT_TRUE(readingBy(threads, file) == serial) << threads << " threads";
-  }
-
   inline static test::TemporaryDirectory* folder_ = nullptr;
 };
 
@@ -335,14 +290,14 @@ TEST_P(SegmentedDecoding, GivesWhatOneDecoderGives) {
     if (!isFull && i % 6 != 0) continue;
     SCOPED_TRACE(describe(all[i]));
     const auto file = encode(all[i]);
-    expectOneReading(file);
+    test::expectOneReading(file);
     std::string bytes = test::readFile(file);
     const std::size_t place = bytes.size() / 4 + random.below(bytes.size() / 2);
     for (std::size_t k = 0; k < 40 && place + k < bytes.size(); ++k)
       bytes[place + k] = static_cast<char>(random.below(256));
     test::writeFile(file, bytes);
     SCOPED_TRACE("damaged");
-    expectOneReading(file);
+    test::expectOneReading(file);
   }
 }
 
@@ -385,16 +340,16 @@ TEST_F(EncodedProgramme, KeepsTheRandomNumbersBetweenPiecesOfNoise) {
     // Packets with another header than the first are decoded between two stretches, and behind
     // the last of several.
     test::writeFile(stream, plain + asMPEG2(noise) + plain + noise + plain);
-    expectOneReading(stream);
+    test::expectOneReading(stream);
     std::string stretches;
     while (stretches.size() < 7 * plain.size()) stretches += plain;
     test::writeFile(stream, stretches + asMPEG2(noise));
-    expectOneReading(stream);
+    test::expectOneReading(stream);
     test::writeFile(stream, plain + noise + plain + noise + plain);
     test::runTool("ffmpeg", {"-v", "error", "-y", "-i", stream, "-c", "copy", track});
     for (const auto& file : {stream, track}) {
       SCOPED_TRACE(file.extension().string() + " of " + std::to_string(channels));
-      expectOneReading(file);
+      test::expectOneReading(file);
       EXPECT_TRUE(othersTakePart(file, 0.05)) << "what comes before the noise";
     }
   }
