@@ -19,8 +19,9 @@ class MP3Decoder {
   /// As if nothing had been decoded.
   void restart();
 
-  /// The packet's audio, channels interleaved, valid until the next call. Empty when libmpg123
-  /// refuses it, which it does of no packet that is sound from outside.
+  /// The packet's audio, channels interleaved, valid until the next call; zeros from where
+  /// libmpg123 finds it damaged. Empty when it refuses it, which it does of no packet that is sound
+  /// from outside.
   std::span<const float> decode(const MP3Packet& packet);
 
  private:

@@ -64,6 +64,15 @@ std::uint32_t MP3Packet::streamMark() const noexcept {
   return word & kMask;
 }
 
+MP3Packet emptied(const MP3Packet& packet, std::vector<std::byte>& memory) {
+  memory.assign(packet.bytes.begin(), packet.bytes.end());
+  // The first 9 or 8 bits tell where its main data begin, which the decoder goes by.
+  std::size_t at = kHeaderBytes + checksumBytes(packet.header) + 1;
+  if (packet.header.isMPEG1) memory[at++] &= std::byte{0x80};
+  for (; at < packet.overhead(); ++at) memory[at] = {};
+  return {.header = packet.header, .bytes = memory};
+}
+
 std::optional<MP3MainData> readMP3MainData(const MP3Packet& packet) noexcept {
   constexpr std::uint32_t kMostBigValues = 288;  // pairs of the 576 lines
   const MPEGFrameHeader& header = packet.header;

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <optional>
 #include <span>
+#include <vector>
 
 #include "orvane/container/sniff/mpeg_frame.h"
 
@@ -40,6 +41,10 @@ struct MP3MainData {
   std::size_t back = 0;  ///< bytes from the packet's own main data back to where they begin
   std::size_t bits = 0;  ///< that all granules take
 };
+
+/// The packet without audio of its own, in that memory: no granule takes any bits. What later
+/// packets need of it, it still has.
+MP3Packet emptied(const MP3Packet& packet, std::vector<std::byte>& memory);
 
 /// Absent where the side information is one that no encoder writes.
 std::optional<MP3MainData> readMP3MainData(const MP3Packet& packet) noexcept;

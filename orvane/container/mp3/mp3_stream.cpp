@@ -12,6 +12,15 @@ namespace orvane {
 namespace {
 
 constexpr std::int64_t kComparedPackets = 3;
+/// The bit reservoir: no packet needs more of what lies before it.
+constexpr std::size_t kReservoirBytes = 511;
+
+/// Whether a packet of some bits, decoded to that, ends in nothing: its last granule was dropped.
+bool isDropped(const MP3MainData& data, std::span<const float> audio) {
+  const auto granule = audio.last(audio.size() / 2);
+  return data.bits > 0 &&
+         std::all_of(granule.begin(), granule.end(), [](float sample) { return sample == 0; });
+}
 
 }  // namespace
 
@@ -38,7 +47,9 @@ void MP3Stream::enter(std::int64_t packet, std::int64_t decodedFrame) {
   const std::int64_t perPacket = map_->head.framesPerPacket;
   reader_.seek(map_->entries[static_cast<std::size_t>(packet / MP3Map::kEntryStep)]);
   decoder_.restart();
-  for (; packet <= decodedFrame / perPacket; ++packet) decodeNext();
+  isSound_ = true;
+  std::size_t mainData = packet == 0 ? kReservoirBytes : 0;
+  for (; packet <= decodedFrame / perPacket; ++packet) mainData += decodeNext(mainData);
   offset_ = static_cast<std::size_t>(decodedFrame % perPacket);
 }
 
@@ -49,7 +60,7 @@ std::size_t MP3Stream::read(MutablePlanarView room) {
       std::min(room.frameCount(), static_cast<std::size_t>(map_->frameCount - position_));
   for (std::size_t filled = 0, count = 0; filled < wanted; filled += count, offset_ += count) {
     if (offset_ == perPacket) {
-      decodeNext();
+      decodeNext(kReservoirBytes);
       offset_ = 0;
     }
     count = std::min(wanted - filled, perPacket - offset_);
@@ -60,11 +71,19 @@ std::size_t MP3Stream::read(MutablePlanarView room) {
   return wanted;
 }
 
-void MP3Stream::decodeNext() {
+/// Gives the packet's own main data; so many bytes of them lie before it, as far as the decoder has
+/// been given them. A packet that needs more would be dropped, and every later one rounded
+/// otherwise than after decoding from the start: it is given without its audio.
+std::size_t MP3Stream::decodeNext(std::size_t mainDataBefore) {
   const auto packet = reader_.next();
-  if (!packet) throw PlatformError(file_->path(), "The file changes while it is read");
-  packet_ = decoder_.decode(*packet);
+  const auto data = packet ? readMP3MainData(*packet) : std::nullopt;
+  if (!data || packet->streamMark() != map_->head.streamMark)
+    throw PlatformError(file_->path(), "The file changes while it is read");
+  const bool isWhole = data->back <= mainDataBefore;
+  packet_ = decoder_.decode(isWhole ? *packet : emptied(*packet, emptied_));
   if (packet_.empty()) throw PlatformError(file_->path(), "Its audio cannot be decoded");
+  if (isWhole && isDropped(*data, packet_)) isSound_ = false;
+  return packet->mainDataBytes();
 }
 
 bool MP3Stream::isFollowedBy(const MP3Stream& next, PlanarView audio, PlanarView /*nextAudio*/) {

@@ -28,15 +28,16 @@ class MP3Stream {
   /// The next frames, as many as there is room for; fewer only at the end.
   std::size_t read(MutablePlanarView room);
 
-  /// The map has seen to it that all of the audio is.
-  static bool isSound() noexcept { return true; }
+  /// Whether libmpg123 has decoded all packets so far: it fills up with zeros what it finds
+  /// damaged, and rounds otherwise from there on than a decoder that has not met the damage.
+  bool isSound() const noexcept { return isSound_; }
 
   /// Whether `audio`, read last, ends bit for bit with what `next` has decoded before its own.
   static bool isFollowedBy(const MP3Stream& next, PlanarView audio, PlanarView nextAudio);
 
  private:
   void enter(std::int64_t packet, std::int64_t decodedFrame);
-  void decodeNext();
+  std::size_t decodeNext(std::size_t mainDataBefore);
   std::size_t channelCount() const noexcept { return map_->head.format.channelCount; }
 
   std::shared_ptr<const InputFile> file_;
@@ -46,7 +47,9 @@ class MP3Stream {
   std::span<const float> packet_{};  ///< the present one's audio, interleaved
   std::size_t offset_ = 0;           ///< in its frames
   std::int64_t position_ = 0;        ///< in the audio
-  std::vector<float> leadIn_{};      ///< what came before the frame sought, channel by channel
+  bool isSound_ = true;
+  std::vector<std::byte> emptied_{};
+  std::vector<float> leadIn_{};  ///< what came before the frame sought, channel by channel
 };
 
 }  // namespace orvane
