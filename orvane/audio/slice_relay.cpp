@@ -64,7 +64,9 @@ class SliceRelay {
   void relay() {
     std::unique_lock lock(mutex_);
     while (!isOver()) {
-      // Reading is what the others wait for; a single thread takes what it has read first.
+      // Reading is what the others wait for, and slices are what is left to do while its last part
+      // is still at work; a single thread takes what it has read first.
+      if (isReading_ && changed_.help(lock)) continue;
       if (Lane* const lane = execution_.threadCount > 1 && mayRead() ? nullptr : readyLane())
         take(*lane, lock);
       else if (mayRead())

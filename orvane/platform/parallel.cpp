@@ -75,6 +75,18 @@ class Crew {
     if (!isOver()) helpWithin(Batch::ofThisThread(), lock);
   }
 
+  /// The same without waiting, and without the task's lock when there is something to help with.
+  bool helpAtOnce(std::unique_lock<std::mutex>& taskLock) {
+    std::unique_lock lock(mutex_);
+    Batch* const batch = openBatchWithin(Batch::ofThisThread());
+    if (batch == nullptr) return false;
+    taskLock.unlock();
+    work(*batch, lock);
+    lock.unlock();
+    taskLock.lock();
+    return true;
+  }
+
   template <typename Change>
   void notify(Change&& change) {
     const std::lock_guard lock(mutex_);
@@ -170,6 +182,11 @@ void HelpfulCondition::wait(std::unique_lock<std::mutex>& lock) {
   lock.unlock();
   crew->help([&] { return notifications_ != seen; });
   lock.lock();
+}
+
+bool HelpfulCondition::help(std::unique_lock<std::mutex>& lock) {
+  Crew* const crew = Crew::ofThisThread();
+  return crew != nullptr && crew->helpAtOnce(lock);
 }
 
 void HelpfulCondition::notifyAll() {

@@ -28,6 +28,10 @@ class ORVANE_API HelpfulCondition {
   /// task only, with the lock held under which what is waited for changes.
   void wait(std::unique_lock<std::mutex>& lock);
 
+  /// Helps with a call from within another task, without the lock, until nothing of it is left to
+  /// begin. False, with the lock held all the time, where there is nothing to help with.
+  bool help(std::unique_lock<std::mutex>& lock);
+
   /// To be called by tasks of the same call, with or without that lock.
   void notifyAll();
 

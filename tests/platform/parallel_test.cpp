@@ -169,6 +169,42 @@ TEST(HelpfulCondition, WhoWaitsHelpsMeanwhile) {
   EXPECT_TRUE(isDone);
 }
 
+TEST(HelpfulCondition, WhoHasSomethingElseToDoHelpsFirst) {
+  std::mutex mutex;
+  HelpfulCondition changed;
+  bool isDone = false;
+  std::atomic<int> helped{0};
+  Meeting meeting(2);
+  parallelFor(2, 2, [&](std::size_t i) {
+    if (i == 1) {
+      parallelFor(2, 2, [&](std::size_t) { meeting.come(); });
+      const std::lock_guard lock(mutex);
+      isDone = true;
+      return;
+    }
+    std::unique_lock lock(mutex);
+    while (!isDone) {
+      if (changed.help(lock)) ++helped;
+      EXPECT_TRUE(lock.owns_lock());
+      lock.unlock();
+      std::this_thread::yield();
+      lock.lock();
+    }
+    EXPECT_FALSE(changed.help(lock));
+  });
+  EXPECT_EQ(helped, 1);
+}
+
+TEST(HelpfulCondition, HasNothingToHelpWithOnASingleThread) {
+  std::mutex mutex;
+  HelpfulCondition changed;
+  parallelFor(1, 2, [&](std::size_t) {
+    std::unique_lock lock(mutex);
+    EXPECT_FALSE(changed.help(lock));
+    EXPECT_TRUE(lock.owns_lock());
+  });
+}
+
 TEST(HelpfulCondition, WhoWaitsHelpsWithNothingElse) {
   // The waiting task of the first call must not begin the second one's, which ends later.
   std::mutex mutex;
