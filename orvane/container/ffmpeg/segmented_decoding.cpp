@@ -1,13 +1,9 @@
 #include "orvane/container/ffmpeg/segmented_decoding.h"
 
 #include <algorithm>
-#include <array>
+#include <optional>
 #include <span>
 #include <utility>
-
-extern "C" {
-#include <libavutil/samplefmt.h>
-}
 
 #include "orvane/platform/parallel.h"
 
@@ -156,7 +152,7 @@ std::size_t SegmentedDecoding::cut() {
   const std::size_t share = (packets + (count - 1) * extra) / count;
   for (std::size_t i = 0, start = 0; i < count; ++i) {
     const std::size_t end = i + 1 < count ? share + i * (share - extra) : packets;
-    const auto leadIn = i == 0 ? 0 : leadInAt(start);
+    const auto leadIn = i == 0 ? std::optional<std::size_t>(0) : leadInAt(start);
     if (!leadIn) return 0;
     lay(i, *leadIn, start, end);
     start = end;
