@@ -1,5 +1,6 @@
 #include "tests/cli/program_fixture.h"
 #include "tests/support/tool_runner.h"
+#include "tests/support/whole_file.h"
 
 namespace orvane::cli::test {
 namespace {
@@ -49,23 +50,40 @@ TEST_F(ProgramBatch, GivesTheSameOutputWhateverTheJobs) {
 
 /// A single file is decoded on all cores, each of several on one.
 TEST_F(ProgramBatch, GivesTheSameFiguresOfCompressedFilesWhateverTheJobs) {
+  const auto encode = [&](const char* name, const char* source, std::vector<std::string> codec) {
+    std::vector<std::string> words = {"-v", "error", "-y", "-f", "lavfi", "-i", source, "-c:a"};
+    words.insert(words.end(), codec.begin(), codec.end());
+    words.push_back((folder() / name).string());
+    orvane::test::runTool("ffmpeg", words);
+    return orvane::test::readFile(folder() / name);
+  };
+  const char* const kNoise = "anoisesrc=d=30:c=pink:r=48000:a=0.3:seed=7";
+  const char* const kBursts =
+      "aevalsrc='if(lt(mod(t,0.9),0.5),0.3*sin(5000*t)+0.3*(random(0)-0.5),0)':d=10:s=48000";
   const std::pair<const char*, std::vector<std::string>> files[] = {
-      {"a.mp3", {"libmp3lame"}},
-      {"a.ogg", {"libvorbis"}},
-      {"a.opus", {"libopus"}},
+      {"a.mp3", {"libmp3lame", "-b:a", "128k"}},
+      {"a.ogg", {"libvorbis", "-b:a", "128k"}},
+      {"a.opus", {"libopus", "-b:a", "128k"}},
       {"a.m4a", {"alac"}},
       {"a.flac", {"flac"}},
-      {"b.m4a", {"aac"}},
-      {"c.m4a", {"aac", "-aac_pns", "0"}}};
+      {"b.m4a", {"aac", "-b:a", "128k"}},
+      {"c.m4a", {"aac", "-b:a", "128k", "-aac_pns", "0"}}};
+  std::vector<std::string> names;
+  for (const auto& [name, codec] : files) {
+    encode(name, kNoise, codec);
+    names.emplace_back(name);
+  }
+  // A chain of two streams, and one layer behind another.
+  const std::string low = encode("link.ogg", kBursts, {"libvorbis", "-q:a", "0"});
+  const std::string high = encode("link.ogg", kBursts, {"libvorbis", "-q:a", "8"});
+  folder().write("chain.ogg", low + high + low + high);
+  const std::string third = encode("part.mp3", kBursts, {"libmp3lame", "-b:a", "128k"});
+  folder().write("layers.mp3", third + encode("part.mp2", kBursts, {"mp2"}) + third);
+  names.insert(names.end(), {"chain.ogg", "layers.mp3"});
   std::vector<std::string> arguments = {"analyze", "--json", "--jobs", "4"};
   std::string alone;
-  for (const auto& [name, codec] : files) {
-    std::vector<std::string> words = {
-        "-v", "error", "-f", "lavfi", "-i", "anoisesrc=d=30:c=pink:r=48000:a=0.3:seed=7", "-c:a"};
-    words.insert(words.end(), codec.begin(), codec.end());
-    words.insert(words.end(), {"-b:a", "128k", (folder() / name).string()});
-    orvane::test::runTool("ffmpeg", words);
-    arguments.emplace_back(name);
+  for (const std::string& name : names) {
+    arguments.push_back(name);
     alone += run({"analyze", "--json", name}).output;
   }
   EXPECT_EQ(run(arguments).output, alone);
