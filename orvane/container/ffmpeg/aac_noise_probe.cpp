@@ -73,10 +73,6 @@ std::vector<std::uint8_t> noiseBlock(int channelCount) {
   return bits.bytes();
 }
 
-std::span<const std::uint8_t> bytesOf(const AVPacket& packet) {
-  return {packet.data, static_cast<std::size_t>(std::max(packet.size, 0))};
-}
-
 /// The syncword; a packet without header would end before its first element.
 bool hasADTSHeader(std::span<const std::uint8_t> packet) {
   return packet.size() >= kADTSHeaderBytes && packet[0] == 0xFF && (packet[1] & 0xF0) == 0xF0;

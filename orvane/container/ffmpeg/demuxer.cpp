@@ -126,6 +126,10 @@ PacketPointer makePacket() {
   return packet;
 }
 
+std::span<const std::uint8_t> bytesOf(const AVPacket& packet) noexcept {
+  return {packet.data, static_cast<std::size_t>(std::max(packet.size, 0))};
+}
+
 Demuxer::Demuxer(std::shared_ptr<const InputFile> file, const AudioFileOpenOptions& options,
                  FourCC containerHint)
     : source_(std::move(file), options.execution.observer) {

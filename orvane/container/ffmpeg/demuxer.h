@@ -1,10 +1,12 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <deque>
 #include <filesystem>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 
 extern "C" {
@@ -27,6 +29,7 @@ struct FreePacket {
 };
 using PacketPointer = std::unique_ptr<AVPacket, FreePacket>;
 PacketPointer makePacket();
+std::span<const std::uint8_t> bytesOf(const AVPacket& packet) noexcept;
 
 /// A file opened for its audio: container parsed, one audio stream chosen, packets in file order.
 class Demuxer {

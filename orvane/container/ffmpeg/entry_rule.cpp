@@ -9,13 +9,10 @@ extern "C" {
 }
 
 #include "orvane/container/ffmpeg/celt_frame.h"
+#include "orvane/container/ffmpeg/demuxer.h"
 
 namespace orvane {
 namespace {
-
-std::span<const std::uint8_t> bytesOf(const AVPacket& packet) {
-  return {packet.data, static_cast<std::size_t>(std::max(packet.size, 0))};
-}
 
 bool beginsWith(std::span<const std::uint8_t> packet, const char (&text)[5]) {
   return packet.size() >= 4 && std::memcmp(packet.data(), text, 4) == 0;

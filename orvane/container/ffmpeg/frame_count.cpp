@@ -57,7 +57,8 @@ struct FirstPacket {
 };
 
 FirstPacket decodeFirstPacket(Demuxer& demuxer) {
-  const CodecContextPointer codec = openCodec(demuxer, *demuxer.stream().codecpar, AV_CODEC_FLAG2_SKIP_MANUAL);
+  const CodecContextPointer codec =
+      openCodec(demuxer, *demuxer.stream().codecpar, AV_CODEC_FLAG2_SKIP_MANUAL);
   const PacketPointer packet = makePacket();
   const FramePointer frame = makeFrame();
   FirstPacket first;

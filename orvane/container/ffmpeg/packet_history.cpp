@@ -1,6 +1,5 @@
 #include "orvane/container/ffmpeg/packet_history.h"
 
-#include <algorithm>
 #include <new>
 #include <utility>
 
@@ -32,7 +31,7 @@ std::vector<const AVPacket*> PacketHistory::packets() const {
 }
 
 std::size_t bytesHeldBy(const AVPacket& packet) noexcept {
-  std::size_t bytes = static_cast<std::size_t>(std::max(packet.size, 0));
+  std::size_t bytes = bytesOf(packet).size();
   for (int i = 0; i < packet.side_data_elems; ++i) bytes += packet.side_data[i].size;
   return bytes;
 }
