@@ -31,8 +31,8 @@ std::optional<MP3Head> readMP3Head(const std::shared_ptr<const InputFile>& file)
 /// An MP3 that is sound as far as can be told without decoding it, and where its packets lie.
 struct MP3Map {
   /// A decoder whose first packet has a number divisible by this one rounds as one that has begun
-  /// with the first of all: in MPEG-2, where the ring of 16 places that the filter bank of
-  /// libmpg123 turns moves on by 18 a packet, it takes so many to come around.
+  /// with the first of all: where the ring of 16 places that the filter bank of libmpg123 turns
+  /// moves on by 18 a packet, as in MPEG-2, it takes so many to come around; elsewhere fewer do.
   static constexpr std::int64_t kEntryStep = 8;
 
   MP3Head head{};

@@ -17,7 +17,8 @@ namespace {
 using test::Arguments;
 using test::largestDifference;
 
-/// Both decoders round in 32 bits, in another order; the largest difference met was 1.6e-6.
+/// Both decoders round in 32 bits, in another order; of such noise the largest difference met
+/// was 1.6e-6.
 constexpr double kRounding = 2e-6;
 
 class MP3File : public test::MP3Files {
